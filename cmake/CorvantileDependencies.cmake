@@ -1,0 +1,21 @@
+# Third-party libraries. Each is a target with SYSTEM headers; header-only ones never reach an installed package.
+
+find_package(Threads REQUIRED)
+find_package(nlohmann_json 3.11 REQUIRED)
+
+if(CORVANTILE_BUILD_DESKTOP_PLATFORM)
+  find_path(CORVANTILE_ASIO_INCLUDE_DIR asio.hpp REQUIRED)
+  add_library(corvantile_asio INTERFACE)
+  target_include_directories(corvantile_asio SYSTEM INTERFACE ${CORVANTILE_ASIO_INCLUDE_DIR})
+  target_compile_definitions(corvantile_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+  target_link_libraries(corvantile_asio INTERFACE Threads::Threads)
+endif()
+if(CORVANTILE_BUILD_TESTS)
+  find_package(GTest REQUIRED)
+endif()
+if(CORVANTILE_BUILD_BENCHMARKS)
+  find_package(benchmark REQUIRED)
+endif()
+if(CORVANTILE_BUILD_TOOLS)
+  find_package(CLI11 REQUIRED)
+endif()
