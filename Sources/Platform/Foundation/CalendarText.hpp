@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Platform/Export.hpp"
+#include "Platform/Foundation/Date.hpp"
+
+#include <chrono>
+#include <string>
+
+namespace corvantile {
+
+// `2024-01-02 03:04:05.678` for `date` in a zone that is `offset` ahead of UTC; milliseconds are cut, not
+// rounded. Gregorian, ASCII digits.
+[[nodiscard]] CORVANTILE_API std::string timestamp(Date date, std::chrono::seconds offset);
+
+} // namespace corvantile

@@ -1,0 +1,7 @@
+#include "Platform/Foundation/Clock.hpp"
+
+namespace corvantile {
+
+Clock::~Clock() = default;
+
+} // namespace corvantile

@@ -1,0 +1,11 @@
+#include "Platform/Foundation/NSBundle.hpp"
+
+#include "Platform/Platform.hpp"
+
+namespace corvantile {
+
+NSBundle::~NSBundle() = default;
+
+std::shared_ptr<NSBundle> NSBundle::main() { return Platform::current().ports().mainBundle; }
+
+} // namespace corvantile
