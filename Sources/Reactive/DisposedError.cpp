@@ -1,0 +1,13 @@
+#include "Reactive/DisposedError.hpp"
+
+#include "Platform/Foundation/NSError.hpp"
+
+namespace corvantile::rx {
+
+std::exception_ptr disposedError() {
+    static const auto error = std::make_exception_ptr(
+        NSError("corvantile.rx", 1, {{NSError::localizedDescriptionKey, "Object was disposed."}}));
+    return error;
+}
+
+} // namespace corvantile::rx

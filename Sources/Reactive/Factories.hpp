@@ -1,0 +1,92 @@
+#pragma once
+
+#include "Reactive/AnyObserver.hpp"
+#include "Reactive/Observable.hpp"
+#include "Reactive/detail/Source.hpp"
+#include "Reactive/detail/Stage.hpp"
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace corvantile::rx {
+
+namespace detail {
+
+// Delivers everything inside the subscription.
+template <class T, class Deliver>
+class ImmediateSource final : public Source<T> {
+public:
+    explicit ImmediateSource(Deliver deliver) : deliver_(std::move(deliver)) {}
+
+    Upstream subscribe(std::shared_ptr<Observer<T>> observer, Chain& chain) override {
+        deliver_(*observer);
+        chain.dispose();
+        return {{}, 0, {}, std::move(observer)};
+    }
+
+private:
+    Deliver deliver_;
+};
+
+template <class T, class Deliver>
+[[nodiscard]] Observable<T> immediate(Deliver deliver) {
+    return Observable<T>(std::make_shared<ImmediateSource<T, Deliver>>(std::move(deliver)));
+}
+
+// Guards the grammar for a producer of the host.
+template <class T>
+class ProducerStage final : public Stage<T, T> {
+public:
+    using Stage<T, T>::Stage;
+    void onNext(const T& value) noexcept override { this->forward(value); }
+};
+
+template <class T>
+class CreatedSource final : public Source<T> {
+public:
+    using Body = std::function<Disposable(AnyObserver<T>)>;
+    explicit CreatedSource(Body body) : body_(std::move(body)) {}
+
+    Upstream subscribe(std::shared_ptr<Observer<T>> observer, Chain& chain) override {
+        auto stage = std::make_shared<ProducerStage<T>>(std::move(observer), chain);
+        auto production = body_(AnyObserver<T>(stage));
+        return {{}, 0, std::move(production), std::move(stage)};
+    }
+
+private:
+    Body body_;
+};
+
+} // namespace detail
+
+// One element, then completion.
+template <class T>
+[[nodiscard]] Observable<T> just(T value) {
+    return detail::immediate<T>([value = std::move(value)](Observer<T>& observer) {
+        observer.onNext(value);
+        observer.onCompleted();
+    });
+}
+
+template <class T>
+[[nodiscard]] Observable<T> empty() {
+    return detail::immediate<T>([](Observer<T>& observer) { observer.onCompleted(); });
+}
+
+template <class T>
+[[nodiscard]] Observable<T> error(std::exception_ptr error) {
+    return detail::immediate<T>(
+        [error = std::move(error)](Observer<T>& observer) { observer.onError(error); });
+}
+
+// `body` runs at every subscription, on the subscribing thread, and must not throw. What it returns is
+// disposed when the subscription ends or is disposed; at once, if either happened inside `body`. Whoever
+// keeps the observer keeps the subscription alive.
+template <class T>
+[[nodiscard]] Observable<T> create(std::function<Disposable(AnyObserver<T>)> body) {
+    return Observable<T>(std::make_shared<detail::CreatedSource<T>>(std::move(body)));
+}
+
+} // namespace corvantile::rx
