@@ -5,12 +5,19 @@
 namespace corvantile::rx {
 
 DisposeBag::~DisposeBag() {
-    for (const auto& disposable : content_) disposable.dispose();
+    std::unique_lock lock(mutex_);
+    isDisposed_ = true;
+    const auto content = std::move(content_);
+    lock.unlock();
+    for (const auto& disposable : content) disposable.dispose();
 }
 
 void DisposeBag::insert(Disposable disposable) {
-    const std::lock_guard lock(mutex_);
-    content_.push_back(std::move(disposable));
+    {
+        const std::lock_guard lock(mutex_);
+        if (!isDisposed_) return content_.push_back(std::move(disposable));
+    }
+    disposable.dispose();
 }
 
 } // namespace corvantile::rx

@@ -2,9 +2,11 @@
 
 #include "Reactive/AnyObserver.hpp"
 #include "Reactive/Observable.hpp"
+#include "Reactive/detail/ImmediateSource.hpp"
 #include "Reactive/detail/Source.hpp"
 #include "Reactive/detail/Stage.hpp"
 
+#include <atomic>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -14,33 +16,24 @@ namespace corvantile::rx {
 
 namespace detail {
 
-// Delivers everything inside the subscription.
-template <class T, class Deliver>
-class ImmediateSource final : public Source<T> {
-public:
-    explicit ImmediateSource(Deliver deliver) : deliver_(std::move(deliver)) {}
-
-    Upstream subscribe(std::shared_ptr<Observer<T>> observer, Chain& chain) override {
-        deliver_(*observer);
-        chain.dispose();
-        return {{}, 0, {}, std::move(observer)};
-    }
-
-private:
-    Deliver deliver_;
-};
-
-template <class T, class Deliver>
-[[nodiscard]] Observable<T> immediate(Deliver deliver) {
-    return Observable<T>(std::make_shared<ImmediateSource<T, Deliver>>(std::move(deliver)));
-}
-
-// Guards the grammar for a producer of the host.
+// Guards the grammar for a producer of the host: nothing passes after its first terminal, not even what it
+// emits from inside that.
 template <class T>
 class ProducerStage final : public Stage<T, T> {
 public:
     using Stage<T, T>::Stage;
-    void onNext(const T& value) noexcept override { this->forward(value); }
+    void onNext(const T& value) noexcept override {
+        if (!stopped_.load(std::memory_order_acquire)) this->forward(value);
+    }
+    void onError(const std::exception_ptr& error) noexcept override {
+        if (!stopped_.exchange(true, std::memory_order_acq_rel)) this->fail(error);
+    }
+    void onCompleted() noexcept override {
+        if (!stopped_.exchange(true, std::memory_order_acq_rel)) this->complete();
+    }
+
+private:
+    std::atomic<bool> stopped_{false};
 };
 
 template <class T>
@@ -64,21 +57,21 @@ private:
 // One element, then completion.
 template <class T>
 [[nodiscard]] Observable<T> just(T value) {
-    return detail::immediate<T>([value = std::move(value)](Observer<T>& observer) {
+    return Observable<T>(detail::immediate<T>([value = std::move(value)](Observer<T>& observer) {
         observer.onNext(value);
         observer.onCompleted();
-    });
+    }));
 }
 
 template <class T>
 [[nodiscard]] Observable<T> empty() {
-    return detail::immediate<T>([](Observer<T>& observer) { observer.onCompleted(); });
+    return Observable<T>(detail::immediate<T>([](Observer<T>& observer) { observer.onCompleted(); }));
 }
 
 template <class T>
 [[nodiscard]] Observable<T> error(std::exception_ptr error) {
-    return detail::immediate<T>(
-        [error = std::move(error)](Observer<T>& observer) { observer.onError(error); });
+    return Observable<T>(
+        detail::immediate<T>([error = std::move(error)](Observer<T>& observer) { observer.onError(error); }));
 }
 
 // `body` runs at every subscription, on the subscribing thread, and must not throw. What it returns is

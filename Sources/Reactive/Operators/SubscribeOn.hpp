@@ -4,7 +4,7 @@
 #include "Reactive/Scheduler.hpp"
 #include "Reactive/detail/Event.hpp"
 #include "Reactive/detail/LateUpstream.hpp"
-#include "Reactive/detail/Stage.hpp"
+#include "Reactive/detail/Source.hpp"
 
 #include <memory>
 #include <utility>
@@ -46,23 +46,17 @@ public:
     Upstream subscribe(std::shared_ptr<Observer<T>> observer, Chain& chain) override {
         chain.noteStage();
         const auto late = std::make_shared<LateUpstream>(scheduler_);
-        const auto kept = std::make_shared<Kept>(Kept{observer, Disposable()});
-        scheduler_->post([late, source = upstream_, weakKept = std::weak_ptr(kept), observer, &chain] {
+        const auto joint = std::make_shared<Joint>(Joint{observer, Disposable()});
+        scheduler_->post([late, source = upstream_, weakJoint = std::weak_ptr(joint), observer, &chain] {
             const auto above = std::make_shared<SubscribeOnObserver<T>>(observer, chain);
             if (!late->begin(above)) return;
             const auto handle = attach(*source, above);
-            if (const auto keep = weakKept.lock()) keep->above = handle;
+            if (const auto kept = weakJoint.lock()) kept->above = handle;
         });
-        return {{}, 0, Disposable(late), kept};
+        return {{}, 0, Disposable(late), joint};
     }
 
 private:
-    // What the caller's handle keeps alive: the chain below, and, once subscribed, the one above.
-    struct Kept {
-        std::shared_ptr<Observer<T>> below;
-        Disposable above;
-    };
-
     std::shared_ptr<Source<T>> upstream_;
     std::shared_ptr<Scheduler> scheduler_;
 };

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/FatalError.hpp"
-#include "Reactive/Factories.hpp"
 #include "Reactive/Observable.hpp"
+#include "Reactive/detail/ImmediateSource.hpp"
 #include "Reactive/detail/Stage.hpp"
 
 #include <memory>
@@ -36,7 +36,8 @@ private:
 template <class T>
 Observable<T> Observable<T>::take(long long count) const {
     if (count < 0) fatalError("take needs a count of zero or more.");
-    if (count == 0) return empty<T>();
+    if (count == 0)
+        return Observable(detail::immediate<T>([](Observer<T>& observer) { observer.onCompleted(); }));
     return Observable(
         detail::staged<T, T>(source_, [count](std::shared_ptr<Observer<T>> downstream, detail::Chain& chain) {
             return std::make_shared<detail::TakeStage<T>>(std::move(downstream), chain, count);

@@ -16,6 +16,10 @@
 //
 // Hence: while the source or the caller's handle lives the chain lives; with neither it is freed silently.
 // A handle merely dropped does not dispose.
+//
+// An operator below which a subscription may end later, or be left elsewhere, than above it (combineLatest,
+// observeOn, subscribeOn, replayAll) ends the chains above with an observer of its own, which hands on to the
+// chain below.
 namespace corvantile::rx::detail {
 
 // A source from which an observer can be taken out again.
@@ -41,6 +45,12 @@ struct CORVANTILE_API Upstream {
     std::shared_ptr<void> keep;
 
     void leave() noexcept;
+};
+
+// What the caller's handle keeps alive where one chain hands on to another.
+struct CORVANTILE_API Joint {
+    std::shared_ptr<void> below; // the observer handed on to
+    Disposable above;
 };
 
 // What one operator does when its subscription is torn down.

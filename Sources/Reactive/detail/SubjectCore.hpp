@@ -50,7 +50,7 @@ public:
     void dispose() noexcept override {
         Buffer buffer;
         std::unique_lock lock(mutex_);
-        ended_ = Terminal{disposedError()};
+        const auto ended = std::exchange(ended_, Terminal{disposedError()});
         buffer_.swap(buffer);
         const auto observers = std::move(observers_);
         lock.unlock();
