@@ -9,9 +9,13 @@ namespace corvantile {
 
 class Clock;
 class Console;
+class Cryptor;
 class DispatchQueues;
+class Locksmith;
 class NetworkReachabilityManagers;
 class NSBundle;
+class NSUserDefaults;
+class SecureRandom;
 class UIApplication;
 class UIDevice;
 
@@ -24,6 +28,10 @@ struct Ports {
     std::shared_ptr<Clock> clock;
     std::shared_ptr<Console> console;
     std::shared_ptr<NetworkReachabilityManagers> reachability;
+    std::shared_ptr<Locksmith> keychain;
+    std::shared_ptr<NSUserDefaults> userDefaults{};
+    std::shared_ptr<SecureRandom> random{};
+    std::shared_ptr<Cryptor> cryptor{};
 };
 
 // A platform is a process: the ports, the threads that run framework code, and the process's records.

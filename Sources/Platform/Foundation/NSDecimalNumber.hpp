@@ -17,7 +17,7 @@ namespace corvantile {
 class CORVANTILE_API NSDecimalNumber {
 public:
     static constexpr int maximumDigits = 38;
-    // Of texts and of parts; arithmetic may go beyond.
+    // Of the texts that are read.
     static constexpr int smallestExponent = -128;
     static constexpr int largestExponent = 127;
 
@@ -44,6 +44,8 @@ public:
     [[nodiscard]] std::string description() const;
 
     [[nodiscard]] NSDecimalNumber operator-() const;
+    // Where a sum needs more digits, the smaller number is first rounded to the last one that the larger can
+    // have.
     [[nodiscard]] NSDecimalNumber operator+(const NSDecimalNumber& other) const;
     [[nodiscard]] NSDecimalNumber operator-(const NSDecimalNumber& other) const { return *this + -other; }
 

@@ -1,0 +1,37 @@
+#include "Platform/Keychain/Locksmith.hpp"
+
+#include "Platform/Foundation/NSBundle.hpp"
+#include "Platform/Platform.hpp"
+
+namespace corvantile {
+
+namespace {
+
+Locksmith& installed() { return *Platform::current().ports().keychain; }
+
+} // namespace
+
+Locksmith::~Locksmith() = default;
+
+std::string Locksmith::defaultService() { return NSBundle::main()->bundleIdentifier(); }
+
+std::optional<KeychainDictionary> Locksmith::loadDataForUserAccount(std::string_view account,
+                                                                    std::string_view service) {
+    return installed().load(account, service);
+}
+
+void Locksmith::saveData(const KeychainDictionary& dictionary, std::string_view account,
+                         std::string_view service) {
+    installed().save(dictionary, account, service);
+}
+
+void Locksmith::updateData(const KeychainDictionary& dictionary, std::string_view account,
+                           std::string_view service) {
+    installed().update(dictionary, account, service);
+}
+
+bool Locksmith::deleteDataForUserAccount(std::string_view account, std::string_view service) {
+    return installed().remove(account, service);
+}
+
+} // namespace corvantile
