@@ -1,0 +1,167 @@
+#include "DesktopPlatform/DesktopPlatform.hpp"
+
+#include "Crypto/OpenSSLCryptor.hpp"
+#include "Crypto/OpenSSLRandom.hpp"
+#include "DesktopPlatform/Application/HostApplication.hpp"
+#include "DesktopPlatform/Application/LocalDevice.hpp"
+#include "DesktopPlatform/Foundation/DescriptorConsole.hpp"
+#include "DesktopPlatform/Foundation/FolderBundle.hpp"
+#include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
+#include "DesktopPlatform/Foundation/SystemClock.hpp"
+#include "DesktopPlatform/Keychain/Vault.hpp"
+#include "DesktopPlatform/Network/NetlinkReachabilityManager.hpp"
+#include "DesktopPlatform/Queues/DesktopQueues.hpp"
+#include "DesktopPlatform/Queues/Executors.hpp"
+#include "DesktopPlatform/Queues/SerialQueue.hpp"
+#include "Platform/FatalError.hpp"
+
+#include <asio/post.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <optional>
+#include <thread>
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+using Moment = std::chrono::steady_clock::time_point;
+
+// How long an idle loop leaves a condition unasked that another thread may have made true.
+constexpr std::chrono::milliseconds askAgain{5};
+
+// Two at least: an item that waits for the disk must not hold up every other queue.
+unsigned workerCount() { return std::clamp(std::thread::hardware_concurrency(), 2U, 4U); }
+
+Moment momentAfter(std::chrono::nanoseconds duration) {
+    const auto now = std::chrono::steady_clock::now();
+    return duration > Moment::max() - now ? Moment::max() : now + duration;
+}
+
+DesktopOptions checked(DesktopOptions options) {
+    const auto& name = options.bundleIdentifier;
+    if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos)
+        fatalError("A bundle identifier must be one file name: '" + name + "'.");
+    if (options.stateFolder.empty()) options.stateFolder = defaultStateFolder(name);
+    return options;
+}
+
+} // namespace
+
+// The ports under their own types, for the platform itself.
+struct DesktopPlatform::Parts {
+    [[nodiscard]] Ports ports(const DesktopOptions& options) {
+        const auto console = std::make_shared<DescriptorConsole>(options.consoleDescriptor);
+        const auto queues = std::make_shared<DesktopQueues>(executors);
+        vault = std::make_shared<Vault>(vaultOptions(options, console));
+        userDefaults = std::make_shared<SQLiteUserDefaults>(userDefaultsOptions(options, console, *queues));
+        return {.application = std::make_shared<HostApplication>(),
+                .device = std::make_shared<LocalDevice>(options.stateFolder, options.systemVersion),
+                .mainBundle =
+                    std::make_shared<FolderBundle>(options.bundleIdentifier, options.resourceFolder),
+                .queues = queues,
+                .clock = std::make_shared<SystemClock>(),
+                .console = console,
+                .reachability = reachability,
+                .keychain = vault,
+                .userDefaults = userDefaults,
+                .random = std::make_shared<OpenSSLRandom>(),
+                .cryptor = std::make_shared<OpenSSLCryptor>()};
+    }
+
+    [[nodiscard]] VaultOptions vaultOptions(const DesktopOptions& options,
+                                            std::shared_ptr<Console> console) const {
+        const auto& state = options.stateFolder;
+        return {.folder = state.empty() ? state : state / "keychain",
+                .console = std::move(console),
+                .reportsUnreadableEntries = options.reportsUnreadableEntries,
+                .inBackground = [executors = executors](std::function<void()> work) {
+                    asio::post(executors->workers(), std::move(work));
+                }};
+    }
+
+    [[nodiscard]] static UserDefaultsOptions userDefaultsOptions(const DesktopOptions& options,
+                                                                 std::shared_ptr<Console> console,
+                                                                 DesktopQueues& queues) {
+        const auto& state = options.stateFolder;
+        const auto queue = queues.makeSerial("corvantile.user-defaults", QualityOfService::background);
+        return {.file = state.empty() ? state : state / "user-defaults.sqlite",
+                .console = std::move(console),
+                .inBackground = [queue](std::function<void()> work) { queue->async(std::move(work)); }};
+    }
+
+    void requireMainThread() const {
+        if (!executors->isMainThread() || SerialQueue::runningItem())
+            fatalError("A platform's main loop runs and ends only on its main thread, outside any item.");
+    }
+
+    const std::shared_ptr<Executors> executors = std::make_shared<Executors>(workerCount());
+    const std::shared_ptr<NetlinkReachabilityManagers> reachability =
+        std::make_shared<NetlinkReachabilityManagers>(executors->workers());
+    std::shared_ptr<Vault> vault;
+    std::shared_ptr<SQLiteUserDefaults> userDefaults;
+};
+
+DesktopPlatform::DesktopPlatform(DesktopOptions options)
+    : DesktopPlatform(checked(std::move(options)), std::make_unique<Parts>()) {}
+
+DesktopPlatform::DesktopPlatform(DesktopOptions options, std::unique_ptr<Parts> parts)
+    : Platform(parts->ports(options)),
+      stateFolder_(std::move(options.stateFolder)),
+      parts_(std::move(parts)) {
+    install();
+}
+
+DesktopPlatform::~DesktopPlatform() { end(); }
+
+Vault& DesktopPlatform::vault() const { return *parts_->vault; }
+
+void DesktopPlatform::runMainLoop() {
+    parts_->requireMainThread();
+    auto& loop = parts_->executors->main();
+    do {
+        parts_->userDefaults->beginTurn();
+    } while (loop.run_one() != 0);
+    loop.restart();
+}
+
+bool DesktopPlatform::runMainLoopUntil(const std::function<bool()>& done, std::chrono::nanoseconds timeout) {
+    parts_->requireMainThread();
+    auto& loop = parts_->executors->main();
+    const auto end = momentAfter(timeout);
+    bool isDone = done();
+    for (; !isDone && !loop.stopped() && std::chrono::steady_clock::now() < end; isDone = done()) {
+        parts_->userDefaults->beginTurn();
+        loop.run_one_until(std::min(end, momentAfter(askAgain)));
+    }
+    loop.restart();
+    return isDone;
+}
+
+void DesktopPlatform::runMainLoopFor(std::chrono::nanoseconds duration) {
+    parts_->requireMainThread();
+    auto& loop = parts_->executors->main();
+    const auto end = momentAfter(duration);
+    do {
+        parts_->userDefaults->beginTurn();
+    } while (loop.run_one_until(end) != 0);
+    loop.restart();
+}
+
+void DesktopPlatform::stopMainLoop() { parts_->executors->main().stop(); }
+
+void DesktopPlatform::stop() {
+    parts_->requireMainThread();
+    parts_->executors->close();
+    parts_->reachability->close();
+    parts_->executors->discard();
+}
+
+void DesktopPlatform::reportOutlived(int count) {
+    std::fprintf(stderr, "Corvantile: %d plug-in(s) outlived their process: somebody still holds them.\n",
+                 count);
+}
+
+} // namespace corvantile

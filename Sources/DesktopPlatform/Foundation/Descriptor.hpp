@@ -1,0 +1,29 @@
+#pragma once
+
+#include <utility>
+
+#include <unistd.h>
+
+namespace corvantile {
+
+// An open file of the kernel's, closed with its owner. Negative: none.
+class Descriptor {
+public:
+    explicit Descriptor(int value = -1) : value_(value) {}
+    Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(value_, other.value_);
+        return *this;
+    }
+    ~Descriptor() {
+        if (value_ >= 0) ::close(value_);
+    }
+
+    [[nodiscard]] int value() const { return value_; }
+    explicit operator bool() const { return value_ >= 0; }
+
+private:
+    int value_;
+};
+
+} // namespace corvantile

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Platform/Foundation/Clock.hpp"
+
+#include <chrono>
+
+namespace corvantile {
+
+// The machine's clock, and its time zone as it is when this is made.
+class SystemClock final : public Clock {
+public:
+    SystemClock();
+
+    [[nodiscard]] Date now() const override;
+    [[nodiscard]] std::chrono::seconds localOffset(Date date) const override;
+};
+
+} // namespace corvantile

@@ -1,0 +1,224 @@
+#include "DesktopPlatform/Keychain/Vault.hpp"
+
+#include "Crypto/SealedBox.hpp"
+#include "DesktopPlatform/Keychain/DictionaryCoding.hpp"
+#include "DesktopPlatform/Keychain/MasterKey.hpp"
+#include "DesktopPlatform/Keychain/PrivateFolder.hpp"
+#include "DesktopPlatform/Keychain/VaultReader.hpp"
+#include "DesktopPlatform/Keychain/VaultWriter.hpp"
+#include "DesktopPlatform/Storage/SetAside.hpp"
+#include "Platform/Foundation/Console.hpp"
+#include "Platform/Keychain/KeychainError.hpp"
+
+#include <atomic>
+#include <mutex>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Both names, so that a box opens only in the place where it was saved. The length keeps "ab" + "c" apart
+// from "a" + "bc".
+std::string associatedData(std::string_view account, std::string_view service) {
+    return std::to_string(service.size()).append(":").append(service).append(account);
+}
+
+VaultOptions withAbsoluteFolder(VaultOptions options) {
+    std::error_code error;
+    if (!options.folder.empty()) options.folder = fs::absolute(options.folder, error);
+    return options;
+}
+
+struct Opened {
+    std::optional<KeychainDictionary> dictionary;
+    std::string fault;
+};
+
+} // namespace
+
+struct Vault::Parts {
+    explicit Parts(VaultOptions given)
+        : options(withAbsoluteFolder(std::move(given))),
+          reader(file()),
+          writer(
+              file(), reader, [this](const std::string& text) { say(text); }, options.inBackground) {}
+
+    // Empty: there is no place for one.
+    [[nodiscard]] fs::path file() const {
+        return options.folder.empty() ? fs::path() : options.folder / vaultFileName;
+    }
+
+    // Null: there is none.
+    std::shared_ptr<const MasterKey> knownKey() {
+        const std::lock_guard lock(mutex);
+        if (!key) key = readKey();
+        return key;
+    }
+
+    // The same, but never one whose file has gone or changed meanwhile.
+    std::shared_ptr<const MasterKey> presentKey() {
+        const std::lock_guard lock(mutex);
+        if (!key || !key->isStillIn(options.folder)) key = readKey();
+        return key;
+    }
+
+    std::shared_ptr<const MasterKey> keyForSealing() {
+        if (auto known = presentKey()) return known;
+        const std::lock_guard lock(mutex);
+        const auto folder = PrivateFolder::make(options.folder);
+        const auto folderLock = folder.lock();
+        auto found = MasterKey::read(folder); // another process may have been quicker
+        key = std::make_shared<const MasterKey>(found ? std::move(*found) : MasterKey::make(folder));
+        return key;
+    }
+
+    std::shared_ptr<const MasterKey> readKey() const {
+        const auto folder = PrivateFolder::find(options.folder);
+        auto found = folder ? MasterKey::read(*folder) : std::nullopt;
+        return found ? std::make_shared<const MasterKey>(std::move(*found)) : nullptr;
+    }
+
+    SealedEntry seal(const KeychainDictionary& dictionary, std::string_view account,
+                     std::string_view service) {
+        const auto master = keyForSealing();
+        auto box =
+            SealedBox::seal(master->key(), encodeDictionary(dictionary), associatedData(account, service));
+        if (!box) throw keychainError(KeychainStatus::notAvailable, "The entry could not be sealed.");
+        return {std::string(service), std::string(account), std::string(master->identifier()),
+                std::move(*box)};
+    }
+
+    Opened open(const SealedEntry& entry) {
+        auto master = knownKey();
+        if (master && entry.keyIdentifier != master->identifier()) master = presentKey();
+        if (!master) return {std::nullopt, "there is no master key."};
+        const auto bytes =
+            SealedBox::open(master->key(), entry.box, associatedData(entry.account, entry.service));
+        auto dictionary = bytes ? decodeDictionary(*bytes) : std::nullopt;
+        if (dictionary) return {std::move(dictionary), {}};
+        const bool isOfAnotherKey = entry.keyIdentifier != master->identifier();
+        return {std::nullopt, isOfAnotherKey ? "it was sealed under another master key." : "it is damaged."};
+    }
+
+    VaultInspection::Entry describe(SealedEntry entry) {
+        Opened opened{std::nullopt, "the keychain is locked."};
+        try {
+            if (!locked.load()) opened = open(entry);
+        } catch (const NSError& error) {
+            opened.fault = error.localizedDescription();
+        }
+        return {std::move(entry.service), std::move(entry.account), std::move(opened.dictionary),
+                std::move(opened.fault)};
+    }
+
+    void requireUnlocked() const {
+        if (locked.load()) throw keychainError(KeychainStatus::interactionNotAllowed);
+    }
+
+    // Runs what changes the vault. The user hears of a fault even where the caller ignores it.
+    template <class Change>
+    auto changing(Change change) {
+        requireUnlocked();
+        try {
+            return change();
+        } catch (const NSError& error) {
+            sayFault(error);
+            throw;
+        }
+    }
+
+    void sayFault(const NSError& error) {
+        const std::unique_lock lock(mutex);
+        const auto& [place, isNew] = said.insert(error.localizedDescription());
+        if (isNew) say("Keychain in " + options.folder.string() + ": " + *place);
+    }
+
+    void say(const std::string& text) const {
+        if (options.console) options.console->print(text);
+    }
+
+    void report(std::string_view account, std::string_view service, std::string_view reason) const {
+        if (options.reportsUnreadableEntries) say(unreadableEntryLine(account, service, reason));
+    }
+
+    const VaultOptions options;
+    std::atomic<bool> locked{false};
+    VaultReader reader;
+    VaultWriter writer;
+    std::mutex mutex; // of what follows
+    std::shared_ptr<const MasterKey> key;
+    std::set<std::string> said;
+};
+
+Vault::Vault(VaultOptions options) : parts_(std::make_unique<Parts>(std::move(options))) {}
+Vault::~Vault() = default;
+
+std::optional<KeychainDictionary> Vault::load(std::string_view account, std::string_view service) const {
+    if (isLocked()) {
+        parts_->report(account, service, "the keychain is locked.");
+        return std::nullopt;
+    }
+    try {
+        const auto entry = parts_->reader.find(account, service);
+        if (!entry) return std::nullopt;
+        auto [dictionary, fault] = parts_->open(*entry);
+        if (!dictionary) parts_->report(account, service, fault);
+        return std::move(dictionary);
+    } catch (const NSError& error) {
+        parts_->sayFault(error);
+        parts_->report(account, service, error.localizedDescription());
+        return std::nullopt;
+    }
+}
+
+void Vault::save(const KeychainDictionary& dictionary, std::string_view account, std::string_view service) {
+    const bool isAdded = parts_->changing([&] {
+        // Without a key the entry could not be read; a new key, made only to find it there, would hide why.
+        if (!parts_->presentKey() && parts_->reader.find(account, service)) return false;
+        return parts_->writer.add(parts_->seal(dictionary, account, service));
+    });
+    if (!isAdded) throw keychainError(KeychainStatus::duplicateItem);
+}
+
+void Vault::update(const KeychainDictionary& dictionary, std::string_view account, std::string_view service) {
+    parts_->changing([&] { parts_->writer.put(parts_->seal(dictionary, account, service)); });
+}
+
+bool Vault::remove(std::string_view account, std::string_view service) {
+    return parts_->changing([&] {
+        // The writer would make a vault where there is none.
+        return parts_->reader.find(account, service) && parts_->writer.remove(account, service);
+    });
+}
+
+void Vault::setLocked(bool locked) { parts_->locked.store(locked); }
+bool Vault::isLocked() const { return parts_->locked.load(); }
+
+VaultInspection Vault::inspect() const {
+    VaultInspection inspection;
+    const auto attempt = [&inspection](auto look) {
+        try {
+            look();
+        } catch (const NSError& error) {
+            inspection.faults.push_back(error.localizedDescription());
+        }
+    };
+    std::vector<SealedEntry> sealed;
+    attempt([&] { parts_->reader.all(sealed); });
+    attempt([&] {
+        if (!parts_->presentKey() && !sealed.empty())
+            inspection.faults.emplace_back("There is no master key.");
+    });
+    for (auto& entry : sealed) inspection.entries.push_back(parts_->describe(std::move(entry)));
+    for (const auto* const name : {vaultFileName, MasterKey::fileName})
+        for (auto& file : filesSetAside(parts_->options.folder / name))
+            inspection.setAside.push_back(std::move(file));
+    return inspection;
+}
+
+} // namespace corvantile

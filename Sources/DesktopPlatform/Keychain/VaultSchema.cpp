@@ -1,0 +1,70 @@
+#include "DesktopPlatform/Keychain/VaultSchema.hpp"
+
+#include "DesktopPlatform/Storage/Sqlite.hpp"
+#include "Platform/Keychain/KeychainError.hpp"
+
+#include <cstdint>
+#include <system_error>
+
+#include <sqlite3.h>
+
+namespace corvantile {
+
+namespace {
+
+constexpr std::int64_t applicationIdentifier = 0x43565654; // "CVVT"
+constexpr std::int64_t version = 1;
+
+} // namespace
+
+VaultContent contentOf(SqliteDatabase& database) {
+    if (database.integer("PRAGMA application_id") == applicationIdentifier)
+        return database.integer("PRAGMA user_version") > version ? VaultContent::later : VaultContent::vault;
+    const bool hasTables = database.integer("SELECT count(*) FROM sqlite_schema") > 0;
+    return hasTables ? VaultContent::foreign : VaultContent::empty;
+}
+
+void makeVault(SqliteDatabase& database) {
+    database.execute("PRAGMA journal_mode = WAL");
+    database.execute("BEGIN IMMEDIATE;"
+                     "CREATE TABLE entries (service BLOB NOT NULL, account BLOB NOT NULL,"
+                     " key BLOB NOT NULL, box BLOB NOT NULL, PRIMARY KEY (service, account)) WITHOUT ROWID;"
+                     "PRAGMA application_id = 0x43565654;"
+                     "PRAGMA user_version = 1;"
+                     "COMMIT");
+}
+
+void emptyVaultLog(const std::filesystem::path& file) {
+    try {
+        SqliteDatabase database(file, SqliteDatabase::Missing::fails);
+        database.keepLog();
+        // The first commit into an emptied log flushes its header as well. This one says nothing new; it
+        // takes that flush upon itself.
+        if (database.emptyLog()) database.execute("PRAGMA user_version = 1");
+    } catch (const SqliteError&) {
+        // The log stays as it is, and the next save that finds it long asks again.
+    }
+}
+
+bool isEmptyUnderItsLog(const std::filesystem::path& file) {
+    std::error_code error;
+    if (std::filesystem::file_size(file, error) != 0 || error) return false;
+    const auto logSize = std::filesystem::file_size(file.string() + "-wal", error);
+    return !error && logSize > 0;
+}
+
+NSError vaultError(const SqliteError& error) {
+    switch (error.code()) {
+    case SQLITE_FULL: return keychainError(KeychainStatus::diskFull);
+    case SQLITE_BUSY: return keychainError(KeychainStatus::notAvailable, "Another process holds the vault.");
+    case SQLITE_NOTADB:
+    case SQLITE_CORRUPT: return keychainError(KeychainStatus::io, "The vault is damaged.");
+    }
+    return keychainError(KeychainStatus::io, std::string("The vault: ") + error.what() + ".");
+}
+
+NSError laterVersionError() {
+    return keychainError(KeychainStatus::notAvailable, "A later version has made the vault.");
+}
+
+} // namespace corvantile

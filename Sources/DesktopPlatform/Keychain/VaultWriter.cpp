@@ -1,0 +1,128 @@
+#include "DesktopPlatform/Keychain/VaultWriter.hpp"
+
+#include "DesktopPlatform/Keychain/PrivateFolder.hpp"
+#include "DesktopPlatform/Keychain/VaultReader.hpp"
+#include "DesktopPlatform/Storage/SetAside.hpp"
+#include "DesktopPlatform/Storage/Sqlite.hpp"
+#include "Platform/Keychain/KeychainError.hpp"
+
+#include <utility>
+
+#include <sys/stat.h>
+
+namespace corvantile {
+
+namespace {
+
+constexpr int longLog = 1000; // pages, about as many saves
+
+} // namespace
+
+struct VaultWriter::Connection {
+    explicit Connection(std::unique_ptr<SqliteDatabase> opened) : database(std::move(opened)) {}
+
+    std::unique_ptr<SqliteDatabase> database;
+    SqliteStatement add = database->prepare(
+        "INSERT INTO entries (service, account, key, box) VALUES (?1, ?2, ?3, ?4) ON CONFLICT DO NOTHING");
+    SqliteStatement put =
+        database->prepare("INSERT INTO entries (service, account, key, box) VALUES (?1, ?2, ?3, ?4)"
+                          " ON CONFLICT DO UPDATE SET key = excluded.key, box = excluded.box");
+    SqliteStatement remove = database->prepare("DELETE FROM entries WHERE service = ?1 AND account = ?2");
+};
+
+VaultWriter::VaultWriter(std::filesystem::path file, VaultReader& reader,
+                         std::function<void(const std::string&)> say, Background inBackground)
+    : file_(std::move(file)), reader_(reader), say_(std::move(say)), inBackground_(std::move(inBackground)) {}
+
+VaultWriter::~VaultWriter() = default;
+
+bool VaultWriter::add(const SealedEntry& entry) {
+    return change([&entry](const Connection& connection) {
+               return connection.add.run({entry.service, entry.account, entry.keyIdentifier, entry.box});
+           }) > 0;
+}
+
+void VaultWriter::put(const SealedEntry& entry) {
+    change([&entry](const Connection& connection) {
+        return connection.put.run({entry.service, entry.account, entry.keyIdentifier, entry.box});
+    });
+}
+
+bool VaultWriter::remove(std::string_view account, std::string_view service) {
+    return change([account, service](const Connection& connection) {
+               return connection.remove.run({service, account});
+           }) > 0;
+}
+
+// Each change is one statement, hence one transaction. SQLite takes the write lock before it looks for the
+// row, so what it decides about the row still holds when it writes.
+template <class Change>
+int VaultWriter::change(Change run) {
+    const std::lock_guard lock(mutex_);
+    try {
+        if (connection_ && connection_->database->hasMoved()) connection_.reset();
+        if (!connection_) open();
+        run(*connection_).next();
+        const int changes = connection_->database->changes();
+        if (connection_->database->logPages() >= longLog) shortenLog();
+        return changes;
+    } catch (const SqliteError& error) {
+        throw vaultError(error);
+    }
+}
+
+void VaultWriter::open() {
+    const auto folder = PrivateFolder::make(file_.parent_path());
+    // Of several processes that find no usable file, one makes it and the others open what it made.
+    const auto lock = folder.lock();
+    connection_ = connect();
+    if (!connection_) {
+        setFileAside();
+        connection_ = connect();
+    }
+    if (!connection_) throw keychainError(KeychainStatus::io, "A new vault does not open.");
+    reader_.reopen();
+}
+
+// Null: nothing in the file can be read.
+std::unique_ptr<VaultWriter::Connection> VaultWriter::connect() const {
+    if (isEmptyUnderItsLog(file_)) return nullptr;
+    // SQLite itself would make the file readable for others. No descriptor is opened for this: closing one
+    // would drop the locks of every connection that this process has to the file.
+    ::mknod(file_.c_str(), S_IFREG | 0600, 0);
+    try {
+        auto database = std::make_unique<SqliteDatabase>(file_, SqliteDatabase::Missing::isMade);
+        const auto content = contentOf(*database);
+        if (content == VaultContent::later) throw laterVersionError();
+        if (content == VaultContent::foreign) return nullptr;
+        if (content == VaultContent::empty) makeVault(*database);
+        database->execute("PRAGMA journal_mode = WAL");
+        database->execute("PRAGMA synchronous = FULL");
+        database->keepLog();
+        return std::make_unique<Connection>(std::move(database));
+    } catch (const SqliteError& error) {
+        if (error.isUnreadable()) return nullptr;
+        throw;
+    }
+}
+
+void VaultWriter::setFileAside() {
+    const auto name = setAside(file_, {"-journal", "-wal", "-shm"});
+    if (!name) throw keychainError(KeychainStatus::io, "The vault is damaged and cannot be set aside.");
+    say_("Nothing in " + file_.string() + " can be read. It is kept as " + name->filename().string() +
+         ", and a new keychain begins.");
+}
+
+void VaultWriter::shortenLog() {
+    if (isShortening_->exchange(true)) return;
+    auto work = [file = file_, isShortening = isShortening_] {
+        emptyVaultLog(file);
+        isShortening->store(false);
+    };
+    if (inBackground_)
+        inBackground_(std::move(work));
+    else
+        work();
+}
+
+} // namespace corvantile

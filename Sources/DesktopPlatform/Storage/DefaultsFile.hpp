@@ -1,0 +1,70 @@
+#pragma once
+
+#include "DesktopPlatform/Storage/Sqlite.hpp"
+#include "Platform/Foundation/NSUserDefaults.hpp"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace corvantile {
+
+// The file that holds user defaults; Docs/Files/UserDefaults.md describes it. Threads: one at a time; any
+// number of processes. Errors: SqliteError.
+class DefaultsFile {
+public:
+    using Change = std::optional<NSUserDefaults::Value>; // no value: the key goes
+    using Changes = std::map<std::string, Change, std::less<>>;
+
+    struct Opened {
+        std::unique_ptr<DefaultsFile> file;
+        std::optional<std::filesystem::path>
+            setAside;       // where the former file is now, if it could not be used,
+        std::string reason; // and why
+    };
+
+    // Begins a new file where there is none, or none that can be used; that one is kept under another name.
+    [[nodiscard]] static Opened openOrBegin(const std::filesystem::path& file);
+
+    // Opens a file that is there. Throws also when it is damaged, or is no file of defaults.
+    explicit DefaultsFile(const std::filesystem::path& file);
+
+    [[nodiscard]] NSUserDefaults::Dictionary load();
+
+    // All of it survives the end of the process once the call has returned, or none of it was written.
+    void write(std::string_view key, const Change& change);
+    void write(const Changes& changes);
+
+    // Another connection has written since the last `load`.
+    [[nodiscard]] bool hasChangedElsewhere();
+    // The name leads to another file by now, or to none.
+    [[nodiscard]] bool hasMoved() const { return database_.hasMoved(); }
+
+    [[nodiscard]] int logPages() const { return database_.logPages(); }
+
+    // Moves the write-ahead log into the file, waiting for the disk, on a connection of its own: for another
+    // thread.
+    static void emptyLog(const std::filesystem::path& file);
+
+    // What was written so far survives a power loss once it has returned. Also on a connection of its own.
+    static void flush(const std::filesystem::path& file);
+
+private:
+    std::int64_t version();
+    void rollBack();
+
+    SqliteDatabase database_;
+    SqliteStatement select_;
+    SqliteStatement setText_;
+    SqliteStatement setBoolean_;
+    SqliteStatement remove_;
+    SqliteStatement version_;
+    std::int64_t loadedVersion_ = 0;
+};
+
+} // namespace corvantile

@@ -1,0 +1,112 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace corvantile {
+
+// What SQLite answered instead of doing what it was asked. Caught where a store meets its port.
+class SqliteError final : public std::exception {
+public:
+    SqliteError(int extendedCode, std::string message);
+    ~SqliteError() override;
+
+    [[nodiscard]] int code() const { return extendedCode_ & 0xFF; } // primary, such as SQLITE_FULL
+    [[nodiscard]] int extendedCode() const { return extendedCode_; }
+    // The file is no database, or its content contradicts itself.
+    [[nodiscard]] bool isUnreadable() const;
+    [[nodiscard]] const char* what() const noexcept override { return message_.c_str(); }
+
+private:
+    int extendedCode_;
+    std::string message_;
+};
+
+// One run of a statement. Its end makes the statement ready for the next run and frees its locks.
+class SqliteRun {
+public:
+    explicit SqliteRun(sqlite3_stmt* statement) : statement_(statement) {}
+    SqliteRun(const SqliteRun&) = delete;
+    SqliteRun& operator=(const SqliteRun&) = delete;
+    ~SqliteRun();
+
+    // True: a row can be read. Throws SqliteError.
+    bool next();
+
+    // Columns of the row. The bytes last until the next call of `next`.
+    [[nodiscard]] std::string_view bytes(int column) const;
+    [[nodiscard]] std::int64_t integer(int column) const;
+
+private:
+    sqlite3_stmt* const statement_;
+};
+
+class SqliteStatement {
+public:
+    explicit SqliteStatement(sqlite3_stmt* statement) : statement_(statement) {}
+
+    // Binds the texts as blobs, in order, and starts. They are borrowed until the run ends. One run at a
+    // time.
+    [[nodiscard]] SqliteRun run(std::initializer_list<std::string_view> blobs = {}) const;
+
+private:
+    struct Finalize {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+};
+
+// A connection to one database file. Threads: one at a time, with the statements made here, which end before
+// it. A call waits for other connections' locks, but not for ever; every member throws SqliteError.
+class SqliteDatabase {
+public:
+    enum class Missing { fails, isMade };
+
+    SqliteDatabase(const std::filesystem::path& file, Missing missing);
+    SqliteDatabase(const SqliteDatabase&) = delete;
+    SqliteDatabase& operator=(const SqliteDatabase&) = delete;
+    // Leaves the write-ahead log as it is: ending a process never waits for the disk.
+    ~SqliteDatabase();
+
+    // Any number of statements, whose rows are passed over.
+    void execute(const char* statements);
+    // The first column of the first row; 0 when there is none.
+    [[nodiscard]] std::int64_t integer(std::string_view query);
+    // A statement that is kept.
+    [[nodiscard]] SqliteStatement prepare(std::string_view statement);
+
+    // Rows that the last statement changed.
+    [[nodiscard]] int changes() const;
+
+    // From now on the log grows until somebody moves it into the database, and `logPages` says how long it
+    // was at the last commit of this connection.
+    void keepLog();
+    [[nodiscard]] int logPages() const { return logPages_; }
+    // Moves what it can from the log into the database without stopping anybody. True: all of it.
+    bool emptyLog();
+    // What was committed before, by anybody, survives a power loss once it has returned. Only after a read.
+    void flush();
+
+    // The name no longer leads to the file that is open here.
+    [[nodiscard]] bool hasMoved() const;
+
+private:
+    struct Close {
+        void operator()(sqlite3* database) const;
+    };
+    [[noreturn]] void fail(int code) const;
+    void check(int code) const;
+
+    std::unique_ptr<sqlite3, Close> database_;
+    int logPages_ = 0;
+};
+
+} // namespace corvantile
