@@ -1,0 +1,14 @@
+#include "HostCore/PluggableApplicationDelegateService.hpp"
+
+#include "Platform/Platform.hpp"
+
+namespace corvantile {
+
+PluggableApplicationDelegateService::PluggableApplicationDelegateService()
+    : livePlugins_(Platform::current().process().livePlugins()) {
+    livePlugins_->fetch_add(1);
+}
+
+PluggableApplicationDelegateService::~PluggableApplicationDelegateService() { livePlugins_->fetch_sub(1); }
+
+} // namespace corvantile
