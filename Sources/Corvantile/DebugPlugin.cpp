@@ -1,0 +1,21 @@
+#include "Corvantile/DebugPlugin.hpp"
+
+#include "Corvantile/Corvantile.hpp"
+#include "CorvantileIAP/InappHelper.hpp"
+#include "HostCore/HostCore.hpp"
+#include "Platform/FatalError.hpp"
+
+namespace corvantile {
+
+DebugPlugin::DebugPlugin(bool debug, bool enableDryRun) {
+    HostCore::setDebug(debug);
+    InappHelper::setDebug(debug);
+    Corvantile::setDebug(debug);
+    Corvantile::setDryRun(debug && enableDryRun);
+}
+
+DebugPlugin::DebugPlugin() { unimplementedInitializer("DebugPlugin"); }
+
+DebugPlugin::~DebugPlugin() = default;
+
+} // namespace corvantile

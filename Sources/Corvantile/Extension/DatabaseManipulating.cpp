@@ -1,0 +1,14 @@
+#include "Corvantile/Extension/DatabaseManipulating.hpp"
+
+#include "Platform/Foundation/NSError.hpp"
+
+namespace corvantile {
+
+DatabaseCryptor::~DatabaseCryptor() = default;
+DatabaseManipulating::~DatabaseManipulating() = default;
+
+void DatabaseManipulating::throwTypeError() {
+    throw NSError("sdad", 1, {{NSError::localizedDescriptionKey, "error type"}});
+}
+
+} // namespace corvantile

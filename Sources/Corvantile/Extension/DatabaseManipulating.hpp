@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Corvantile/Extension/DatabaseCryptor.hpp"
+#include "Corvantile/Extension/Encodable.hpp"
+#include "Platform/Export.hpp"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace corvantile {
+
+// A store of records: JSON text by key, encrypted on its way in. Plain text is never written, though plain
+// text that somebody else wrote can be read. Cryptors are borrowed for the call. Threads: one at a time.
+class CORVANTILE_API DatabaseManipulating {
+public:
+    static constexpr std::string_view typeName = "DatabaseManipulating";
+    // What every stored key begins with, before an underscore and the caller's key.
+    static constexpr std::string_view prefix = "appconfig";
+
+    DatabaseManipulating() = default;
+    DatabaseManipulating(const DatabaseManipulating&) = delete;
+    DatabaseManipulating& operator=(const DatabaseManipulating&) = delete;
+    virtual ~DatabaseManipulating();
+
+    // Throws NSError "sdad" / 1 when there is no value or its type has no encoder, and whatever the encoder
+    // throws. A value that cannot be encrypted, or comes without a cryptor, removes the key instead.
+    template <class T>
+    void setObject(const std::optional<T>& value, std::string_view key, DatabaseCryptor* with) {
+        if constexpr (Encodable<T>) {
+            if (value) return setText(toString(*value), key, with);
+        }
+        throwTypeError();
+    }
+    template <class T>
+    void setObject(const T& value, std::string_view key, DatabaseCryptor* with) {
+        setObject(std::optional<T>(value), key, with);
+    }
+
+    // `decoding`: from the record's JSON to an optional T. nullopt when nothing is stored, or what is stored
+    // cannot be decrypted or decoded.
+    template <class T, class Decoding>
+    [[nodiscard]] std::optional<T> getObject(std::string_view key, DatabaseCryptor* with,
+                                             Decoding decoding) const {
+        const auto data = getData(key, with);
+        if (!data) return std::nullopt;
+        return decoding(*data);
+    }
+
+    [[nodiscard]] virtual std::optional<std::string> getData(std::string_view key,
+                                                             DatabaseCryptor* with) const = 0;
+
+    // Removes every key that begins with the text as it stands; no prefix is added. The empty text stands for
+    // `prefix`, which also takes keys of others that happen to begin so.
+    virtual void deleteAll(std::string_view with) = 0;
+    void deleteAll() { deleteAll({}); }
+
+private:
+    // No text: nothing is touched.
+    virtual void setText(const std::optional<std::string>& text, std::string_view key,
+                         DatabaseCryptor* with) = 0;
+    [[noreturn]] static void throwTypeError();
+};
+
+} // namespace corvantile

@@ -1,0 +1,127 @@
+#include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
+
+#include "Corvantile/Corvantile.hpp"
+#include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
+#include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
+#include "Platform/FatalError.hpp"
+#include "Platform/Foundation/DispatchQueue.hpp"
+#include "Reactive/ConnectableObservable.hpp"
+#include "Reactive/DebugLabel.hpp"
+#include "Reactive/SerialDispatchQueueScheduler.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <typeinfo>
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+using Sinks = std::vector<std::shared_ptr<AnalyticComponent>>;
+
+// The sinks that accept one event. Allocates nothing for as many as a host is likely to have.
+class AcceptingSinks {
+public:
+    AcceptingSinks(const Sinks& sinks, const AnalyticEvent& event) {
+        if (sinks.size() > few_.size()) {
+            many_ = std::make_unique<AnalyticComponent*[]>(sinks.size());
+            chosen_ = many_.get();
+        }
+        for (const auto& sink : sinks)
+            if (sink->shouldTrack(event)) chosen_[count_++] = sink.get();
+    }
+
+    [[nodiscard]] AnalyticComponent* const* begin() const { return chosen_; }
+    [[nodiscard]] AnalyticComponent* const* end() const { return chosen_ + count_; }
+
+private:
+    std::array<AnalyticComponent*, 16> few_;
+    std::unique_ptr<AnalyticComponent*[]> many_;
+    AnalyticComponent** chosen_ = few_.data();
+    std::size_t count_ = 0;
+};
+
+AnalyticComponent* firstConsole(const Sinks& sinks) {
+    const auto found = std::find_if(sinks.begin(), sinks.end(), [](const auto& sink) {
+        const AnalyticComponent& component = *sink;
+        return typeid(component) == typeid(ConsoleComponent);
+    });
+    return found == sinks.end() ? nullptr : found->get();
+}
+
+std::shared_ptr<rx::Scheduler> backgroundScheduler() {
+    return std::make_shared<rx::SerialDispatchQueueScheduler>(QualityOfService::background);
+}
+
+} // namespace
+
+AnalyticPlugin::AnalyticPlugin() {
+    lists_.push_back(std::make_unique<const Services>());
+    services_ = lists_.back().get();
+}
+
+AnalyticPlugin::~AnalyticPlugin() { disposable_.disposeAndClear(); }
+
+void AnalyticPlugin::track(const AnalyticEvent& event) {
+    route(event, [&](AnalyticComponent& sink) { sink.track(event); });
+}
+
+void AnalyticPlugin::track(const AnalyticEvent& event, const NSDecimalNumber& revenue,
+                           const std::string& currency) {
+    route(event, [&](AnalyticComponent& sink) { sink.track(event, revenue, currency); });
+}
+
+template <class Deliver>
+void AnalyticPlugin::route(const AnalyticEvent& event, const Deliver& deliver) {
+    const auto& sinks = services();
+    if (sinks.empty()) return buffer(event);
+    if (Corvantile::dryRun()) {
+        if (auto* const console = firstConsole(sinks)) deliver(*console);
+        return;
+    }
+    for (auto* const sink : AcceptingSinks(sinks, event)) deliver(*sink);
+}
+
+void AnalyticPlugin::buffer(const AnalyticEvent& event) {
+    if (const auto subject = events_.subject()) subject->onNext(event);
+}
+
+void AnalyticPlugin::registerComponents(
+    std::initializer_list<std::shared_ptr<AnalyticComponent>> components) {
+    if (std::find(components.begin(), components.end(), nullptr) != components.end())
+        fatalError("The router was given a null AnalyticComponent.");
+    auto next = std::make_unique<Services>(services());
+    next->insert(next->end(), components.begin(), components.end());
+    lists_.push_back(std::move(next));
+    services_.store(lists_.back().get(), std::memory_order_release);
+}
+
+void AnalyticPlugin::flush() {
+    const auto subject = events_.subject();
+    if (!subject) return;
+    // Left unconnected on purpose: hosts count on what was tracked before they had a sink staying unsent.
+    auto pipeline = subject->replayAll().observeOn(backgroundScheduler()).subscribeOn(backgroundScheduler());
+    if (Corvantile::debug())
+        pipeline = pipeline.debug(
+            rx::debugLabel("Sources/Corvantile/Plugin/AdNetwork/AnalyticPlugin", 70, "flush()"));
+    const auto weak = weak_from_this();
+    // The subscription that this one replaces goes on.
+    disposable_.exchange(pipeline.subscribe(
+        [weak](const AnalyticEvent& event) {
+            if (const auto self = weak.lock()) self->track(event);
+        },
+        {},
+        [weak] {
+            if (const auto self = weak.lock()) self->events_.discard();
+        }));
+}
+
+void AnalyticPlugin::trackIAPSubs(const NSDecimalNumber& price, const std::string& currency,
+                                  const std::string& transId, const std::optional<Date>& date,
+                                  const std::optional<std::string>& region) {
+    for (const auto& sink : services()) sink->trackIAPSubs(price, currency, transId, date, region);
+}
+
+} // namespace corvantile

@@ -1,0 +1,7 @@
+#include "Corvantile/Plugin/Analytic/AnalyticProtocol.hpp"
+
+namespace corvantile {
+
+AnalyticProtocol::~AnalyticProtocol() = default;
+
+} // namespace corvantile

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Corvantile/Plugin/Database/Application.hpp"
+#include "Platform/Export.hpp"
+#include "Platform/Foundation/Date.hpp"
+#include "Reactive/Observable.hpp"
+#include "Reactive/ReplaySubject.hpp"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace corvantile {
+
+// A mirror of the application record for hosts that bind to properties rather than to records. The framework
+// never writes one. Threads: one at a time.
+class CORVANTILE_API ApplicationState final {
+public:
+    static constexpr std::string_view typeName = "ApplicationState";
+
+    ApplicationState();
+    explicit ApplicationState(const Application& application);
+    ApplicationState(const ApplicationState&) = delete;
+    ApplicationState& operator=(const ApplicationState&) = delete;
+    ~ApplicationState();
+
+    [[nodiscard]] std::int64_t primaryID() const { return primaryID_; }
+    void setPrimaryID(std::int64_t primaryID);
+    [[nodiscard]] Date updatedTime() const { return updatedTime_; }
+    void setUpdatedTime(Date updatedTime);
+
+    // The value of the moment, then each one set.
+    [[nodiscard]] rx::Observable<std::int64_t> observePrimaryID() const { return primaryIDSubject_; }
+    [[nodiscard]] rx::Observable<Date> observeUpdatedTime() const { return updatedTimeSubject_; }
+
+    // As a record, and from one: `primaryID` stays.
+    [[nodiscard]] Application application() const { return {updatedTime_}; }
+    void setApplication(const Application& application) { setUpdatedTime(application.updatedTime); }
+
+    // Null when the text does not hold both properties.
+    [[nodiscard]] static std::shared_ptr<ApplicationState> fromJSON(std::string_view json);
+
+private:
+    std::int64_t primaryID_ = 0;
+    Date updatedTime_;
+    const rx::ReplaySubject<std::int64_t> primaryIDSubject_ = rx::ReplaySubject<std::int64_t>::create(1);
+    const rx::ReplaySubject<Date> updatedTimeSubject_ = rx::ReplaySubject<Date>::create(1);
+};
+
+[[nodiscard]] CORVANTILE_API std::string encodeJSON(const ApplicationState& state);
+
+} // namespace corvantile

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Corvantile/Plugin/Database/FirstDateProtocol.hpp"
+#include "HostCore/PluggableApplicationDelegateService.hpp"
+#include "Platform/Export.hpp"
+
+#include <string_view>
+
+namespace corvantile {
+
+// The plug-in under which the first-install date is looked up.
+class CORVANTILE_API FirstDatePluggable : public virtual PluggableApplicationDelegateService,
+                                          public FirstDateProtocol {
+public:
+    static constexpr std::string_view typeName = "FirstDatePluggable";
+
+    ~FirstDatePluggable() override;
+};
+
+} // namespace corvantile

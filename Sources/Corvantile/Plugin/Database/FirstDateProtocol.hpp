@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Platform/Export.hpp"
+#include "Platform/Foundation/Date.hpp"
+#include "Reactive/Observable.hpp"
+
+#include <string_view>
+
+namespace corvantile {
+
+// Tells when the app was first run on this device.
+class CORVANTILE_API FirstDateProtocol {
+public:
+    static constexpr std::string_view typeName = "FirstDateProtocol";
+
+    FirstDateProtocol() = default;
+    FirstDateProtocol(const FirstDateProtocol&) = delete;
+    FirstDateProtocol& operator=(const FirstDateProtocol&) = delete;
+    virtual ~FirstDateProtocol();
+
+    // Midnight, UTC, of the first day; once for each activation that could load or record it, replaying the
+    // last. Emits on main.
+    [[nodiscard]] virtual rx::Observable<Date> firstDate() = 0;
+};
+
+} // namespace corvantile

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Corvantile/Corvantile.hpp"
+#include "Platform/FatalError.hpp"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+// How a plug-in finds another one that it cannot do without. Ask at the moment of use; do not keep the
+// answer.
+namespace corvantile {
+
+[[nodiscard]] inline std::string missingServiceMessage(std::string_view service) {
+    return std::string("This service require ").append(service).append(".");
+}
+
+// The host's first plug-in that is a `Service`. Ends the process, naming the caller's file and line, when the
+// host has none: it was wired wrongly.
+template <class Service>
+[[nodiscard]] std::shared_ptr<Service> requireService(const char* file = __builtin_FILE(),
+                                                      int line = __builtin_LINE()) {
+    if (auto service = Corvantile::queryAppDelegate<Service>()) return service;
+    fatalError(missingServiceMessage(Service::typeName), file, line);
+}
+
+// The same where the place named is part of the contract. `stem` comes without folder and ending.
+template <class Service>
+[[nodiscard]] std::shared_ptr<Service> requireServiceAt(std::string_view stem, int line) {
+    if (auto service = Corvantile::queryAppDelegate<Service>()) return service;
+    fatalErrorAt(stem, line, missingServiceMessage(Service::typeName));
+}
+
+} // namespace corvantile
