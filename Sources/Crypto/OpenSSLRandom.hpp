@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Platform/Export.hpp"
+#include "Platform/Security/SecureRandom.hpp"
+
+namespace corvantile {
+
+class CORVANTILE_API OpenSSLRandom final : public SecureRandom {
+public:
+    OpenSSLRandom();
+    ~OpenSSLRandom() override;
+
+    bool copyBytes(unsigned char* bytes, std::size_t count) override;
+};
+
+} // namespace corvantile

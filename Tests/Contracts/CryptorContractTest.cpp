@@ -1,0 +1,154 @@
+#include "Platform/Foundation/Base64.hpp"
+#include "Platform/Security/Cryptor.hpp"
+#include "Platform/Security/SecureRandom.hpp"
+#include "Tests/Contracts/Harness.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <optional>
+#include <string>
+
+namespace corvantile {
+namespace {
+
+using namespace std::string_literals;
+
+constexpr auto encrypt = Cryptor::Operation::encrypt;
+constexpr auto decrypt = Cryptor::Operation::decrypt;
+constexpr std::uint32_t cbc = 0;
+constexpr auto padded = Cryptor::pkcs7Padding;
+constexpr auto ecb = Cryptor::ecbMode;
+
+std::string fromHex(std::string_view hex) {
+    std::string bytes;
+    for (std::size_t i = 0; i < hex.size(); i += 2)
+        bytes += static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16));
+    return bytes;
+}
+
+// The published examples of the modes of operation (NIST SP 800-38A, appendix F).
+const auto key = fromHex("2b7e151628aed2a6abf7158809cf4f3c");
+const auto iv = fromHex("000102030405060708090a0b0c0d0e0f");
+const auto plaintext = fromHex("6bc1bee22e409f96e93d7e117393172aae2d8a571e03ac9c9eb76fac45af8e51"
+                               "30c81c46a35ce411e5fbc1191a0a52eff69f2445df4f9b17ad2b417be66c3710");
+const auto cbcText = fromHex("7649abac8119b246cee98e9b12e9197d5086cb9b507219ee95db113a917678b2"
+                             "73bed6b8e3c1743b7116e69e222295163ff1caa1681fac09120eca307586e1a7");
+const auto ecbText = fromHex("3ad77bb40d7a3660a89ecaf32466ef97f5d3d58503b9699de785895a96fdbaaf"
+                             "43b1cd7f598ece23881b00e3ed0306887b0c785e27e8ad3f8223207104725dd4");
+
+template <class Harness>
+class CryptorContract : public PortContract<Harness> {
+protected:
+    [[nodiscard]] Cryptor& cryptor() { return *this->ports().cryptor; }
+};
+TYPED_TEST_SUITE(CryptorContract, Harnesses);
+
+TYPED_TEST(CryptorContract, AgreesWithThePublishedExamplesOfBothModes) {
+    const struct {
+        std::uint32_t options;
+        std::string ciphertext;
+    } cases[] = {{cbc, cbcText}, {ecb, ecbText}, {cbc | 4U, cbcText}};
+    for (const auto& [options, ciphertext] : cases) {
+        SCOPED_TRACE(options);
+        EXPECT_EQ(this->cryptor().crypt(encrypt, options, key, iv, plaintext), ciphertext);
+        EXPECT_EQ(this->cryptor().crypt(decrypt, options, key, iv, ciphertext), plaintext);
+
+        const auto longer = this->cryptor().crypt(encrypt, options | padded, key, iv, plaintext);
+        ASSERT_TRUE(longer);
+        EXPECT_EQ(longer->size(), ciphertext.size() + Cryptor::blockSize);
+        EXPECT_TRUE(longer->starts_with(ciphertext));
+        EXPECT_EQ(this->cryptor().crypt(decrypt, options | padded, key, iv, *longer), plaintext);
+    }
+}
+
+// Sealed with `openssl enc -aes-128-cbc -K … -iv … | base64 -w64`.
+TYPED_TEST(CryptorContract, ReadsAndWritesARecordAsTheCommandLineToolDoes) {
+    const auto recordKey = "kT1vZ0uQmXc9Yb7w"s;
+    const auto recordIV = "2uHc9ZsRwJ7pLA=="s;
+    const auto record =
+        R"({"manageSubscriptionEnabled":true,"reviewAppEnabled":false,"iapPolicy":["Payment is charged to your )"
+        R"(account at confirmation of purchase.","It renews — unless cancelled 24 hours before."]})"s;
+    const auto sealed = "Z7QlJwNZAcRUJYTOnvAwsc8ejVuTufvRrjJKkvMgB5NnOOO7I244kD2W5XzeQQ/k\r\n"
+                        "ACZmDTTvCkNqmAt2tbL0kpqmw9EZf1+GklUG0tGe2DA7fYPoj+qT0CBXvx62+yRP\r\n"
+                        "bTF7ubdFP/IA7SrMAleu9YnW9XCDu2olEY0lpc6Rp4CPxjiVNB8YmfOsExy1aKjs\r\n"
+                        "SgLeErC+iiBHGxxP4xJdDBgcmFQNvflTDytuETHe7nxsExJu1qj49FhtNGgvgCll"s;
+
+    const auto written = this->cryptor().crypt(encrypt, padded, recordKey, recordIV, record);
+    const auto read =
+        this->cryptor().crypt(decrypt, padded, recordKey, recordIV, bytesOfBase64(sealed).value());
+
+    EXPECT_EQ(base64Lines(written.value()), sealed);
+    EXPECT_EQ(read, record);
+}
+
+TYPED_TEST(CryptorContract, FillsUpEveryLengthWithPadding) {
+    for (std::size_t size : {0U, 1U, 15U, 16U, 17U, 1000U}) {
+        SCOPED_TRACE(size);
+        const std::string text(size, 't');
+        const auto sealed = this->cryptor().crypt(encrypt, padded, key, iv, text);
+        ASSERT_TRUE(sealed);
+        EXPECT_EQ(sealed->size(), (size / 16 + 1) * 16);
+        EXPECT_EQ(this->cryptor().crypt(decrypt, padded, key, iv, *sealed), text);
+    }
+}
+
+TYPED_TEST(CryptorContract, RefusesWhatDoesNotFit) {
+    const auto block = cbcText.substr(0, 16);
+    const struct {
+        const char* why;
+        Cryptor::Operation operation;
+        std::uint32_t options;
+        std::string key, iv, input;
+    } cases[] = {{"15 bytes without padding", encrypt, cbc, key, iv, std::string(15, 'x')},
+                 {"17 bytes without padding", encrypt, ecb, key, iv, std::string(17, 'x')},
+                 {"half a block", decrypt, cbc, key, iv, cbcText.substr(0, 24)},
+                 {"half a block, padded", decrypt, padded, key, iv, cbcText.substr(0, 24)},
+                 {"nothing, padded", decrypt, padded, key, iv, ""},
+                 {"no padding at its end", decrypt, padded, key, iv, block},
+                 {"a short key", encrypt, padded, key.substr(1), iv, "text"},
+                 {"no key", decrypt, cbc, "", iv, block},
+                 {"a short IV", encrypt, padded, key, iv.substr(1), "text"}};
+    for (const auto& [why, operation, options, shortKey, shortIV, input] : cases)
+        EXPECT_EQ(this->cryptor().crypt(operation, options, shortKey, shortIV, input), std::nullopt) << why;
+
+    EXPECT_EQ(this->cryptor().crypt(encrypt, cbc, key, iv, ""), "");
+    EXPECT_EQ(this->cryptor().crypt(decrypt, cbc, key, iv, ""), "");
+}
+
+TYPED_TEST(CryptorContract, LooksAtNoMoreOfKeyAndIVThanItNeeds) {
+    EXPECT_EQ(this->cryptor().crypt(encrypt, cbc, key + "more", iv + "more", plaintext), cbcText);
+    EXPECT_EQ(this->cryptor().crypt(encrypt, ecb, key, "", plaintext), ecbText);
+}
+
+TYPED_TEST(CryptorContract, StartsEveryTextAfreshWhateverTheLastOneWas) {
+    const auto other = std::string(16, 'o');
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(this->cryptor().crypt(decrypt, padded, key, iv, cbcText.substr(0, 32)), std::nullopt);
+        EXPECT_EQ(this->cryptor().crypt(decrypt, cbc, key, iv, cbcText), plaintext);
+        EXPECT_NE(this->cryptor().crypt(encrypt, cbc, key, other, plaintext), cbcText);
+        EXPECT_NE(this->cryptor().crypt(encrypt, cbc, other, iv, plaintext), cbcText);
+        EXPECT_EQ(this->cryptor().crypt(encrypt, cbc, key, iv, plaintext), cbcText);
+    }
+}
+
+template <class Harness>
+class SecureRandomContract : public PortContract<Harness> {};
+TYPED_TEST_SUITE(SecureRandomContract, Harnesses);
+
+TYPED_TEST(SecureRandomContract, FillsTheWholeBufferWithOtherBytesEachTime) {
+    std::array<unsigned char, 64> first{};
+    std::array<unsigned char, 64> second{};
+    const auto& random = this->ports().random;
+
+    EXPECT_TRUE(random->copyBytes(first.data(), first.size()));
+    EXPECT_TRUE(random->copyBytes(second.data(), second.size()));
+    EXPECT_TRUE(random->copyBytes(nullptr, 0));
+
+    const std::array<unsigned char, 8> zeros{};
+    EXPECT_NE(first, second);
+    EXPECT_FALSE(std::equal(zeros.begin(), zeros.end(), first.end() - 8));
+}
+
+} // namespace
+} // namespace corvantile

@@ -1,0 +1,238 @@
+#include "Platform/Foundation/DispatchQueue.hpp"
+
+#include "Platform/Foundation/Clock.hpp"
+#include "Tests/Contracts/Harness.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace corvantile {
+namespace {
+
+using namespace std::chrono_literals;
+
+using Numbers = std::vector<int>;
+
+Numbers numbersBelow(int count) {
+    Numbers numbers;
+    for (int i = 0; i < count; ++i) numbers.push_back(i);
+    return numbers;
+}
+
+// What a queue's items note down: the queue orders them, `count` tells the test that they are there.
+struct Journal {
+    Numbers notes;
+    std::atomic<int> count{0};
+
+    void note(int number) {
+        notes.push_back(number);
+        ++count;
+    }
+};
+
+// Something that an item owns, with an end to watch.
+class Probe {
+public:
+    explicit Probe(std::function<void()> atEnd) : atEnd_(std::move(atEnd)) {}
+    Probe(const Probe&) = delete;
+    Probe& operator=(const Probe&) = delete;
+    ~Probe() { atEnd_(); }
+
+    static std::shared_ptr<Probe> make(std::function<void()> atEnd) {
+        return std::make_shared<Probe>(std::move(atEnd));
+    }
+
+private:
+    std::function<void()> atEnd_;
+};
+
+template <class Harness>
+class DispatchQueueContract : public PortContract<Harness> {
+protected:
+    // The main queue and one of the others: what holds for every queue is tried on both.
+    std::vector<std::shared_ptr<DispatchQueue>> bothKinds() { return {this->mainQueue(), this->makeQueue()}; }
+
+    bool runUntilNoted(const Journal& journal, int count) {
+        return this->runUntil([&] { return journal.count >= count; });
+    }
+
+    // Runs `body` as an item of `queue` and waits for its end.
+    bool runOn(DispatchQueue& queue, const std::function<void()>& body) {
+        std::atomic<bool> done{false};
+        queue.async([&] {
+            body();
+            done = true;
+        });
+        return this->runUntil([&] { return done.load(); });
+    }
+};
+TYPED_TEST_SUITE(DispatchQueueContract, Harnesses);
+
+TYPED_TEST(DispatchQueueContract, KeepsEachProducersOrderAndRunsOneItemAtATime) {
+    constexpr int producerCount = 4;
+    constexpr int itemsEach = 500;
+    for (const auto& queue : this->bothKinds()) {
+        std::vector<Numbers> seen(producerCount);
+        std::atomic<bool> isBusy{false};
+        std::atomic<int> overlaps{0};
+        std::atomic<int> count{0};
+        std::vector<std::thread> producers;
+
+        for (auto& numbers : seen)
+            producers.emplace_back([&] {
+                for (int i = 0; i < itemsEach; ++i)
+                    queue->async([&, i] {
+                        if (isBusy.exchange(true)) ++overlaps;
+                        numbers.push_back(i);
+                        isBusy = false;
+                        ++count;
+                    });
+            });
+        for (auto& producer : producers) producer.join();
+        EXPECT_TRUE(this->runUntil([&] { return count == producerCount * itemsEach; }));
+
+        EXPECT_EQ(overlaps, 0);
+        for (const auto& numbers : seen) EXPECT_EQ(numbers, numbersBelow(itemsEach));
+    }
+}
+
+TYPED_TEST(DispatchQueueContract, NeverRunsAnItemInsideTheCallThatPostsIt) {
+    for (const auto& queue : this->bothKinds()) {
+        Journal journal;
+
+        EXPECT_TRUE(this->runOn(*queue, [&] {
+            queue->async([&] { journal.note(1); });
+            queue->asyncAfter(0ns, [&] { journal.note(2); });
+            queue->asyncAfter(-1h, [&] { journal.note(3); });
+            journal.note(0);
+        }));
+        EXPECT_TRUE(this->runUntilNoted(journal, 4));
+
+        EXPECT_EQ(journal.notes.front(), 0);
+    }
+    bool ran = false;
+    this->mainQueue()->async([&] { ran = true; });
+    EXPECT_FALSE(ran);
+    EXPECT_TRUE(this->runUntil([&] { return ran; }));
+}
+
+TYPED_TEST(DispatchQueueContract, WaitsTheWholeDelayAndOrdersTimersByDeadlineThenCall) {
+    for (const auto& queue : this->bothKinds()) {
+        const auto& clock = *this->ports().clock;
+        const auto start = clock.now();
+        Journal journal;
+        std::vector<std::chrono::duration<double>> waited;
+
+        for (const int delay : {60, 20, 40})
+            queue->asyncAfter(std::chrono::milliseconds(delay), [&, delay] {
+                waited.push_back(clock.now() - start);
+                journal.note(delay);
+            });
+        EXPECT_TRUE(this->runUntilNoted(journal, 3));
+
+        ASSERT_EQ(journal.notes, (Numbers{20, 40, 60}));
+        for (std::size_t i = 0; i < 3; ++i) EXPECT_GE(waited[i], (20 * (i + 1)) * 1ms - 1us);
+    }
+}
+
+TYPED_TEST(DispatchQueueContract, RunsTimersOfOneDelayInTheOrderOfTheCalls) {
+    for (const auto& queue : this->bothKinds()) {
+        Journal journal;
+
+        for (const int number : numbersBelow(100))
+            queue->asyncAfter(5ms, [&journal, number] { journal.note(number); });
+        EXPECT_TRUE(this->runUntilNoted(journal, 100));
+
+        EXPECT_EQ(journal.notes, numbersBelow(100));
+    }
+}
+
+TYPED_TEST(DispatchQueueContract, KeepsQueuesOfOneLabelApart) {
+    const auto first = this->makeQueue("same");
+    const auto second = this->makeQueue("same");
+
+    EXPECT_NE(first, second);
+    EXPECT_EQ(first->label(), second->label());
+    EXPECT_EQ(first->qualityOfService(), QualityOfService::utility);
+    EXPECT_TRUE(this->runOn(*first, [&] { EXPECT_FALSE(second->isCurrent()); }));
+}
+
+TYPED_TEST(DispatchQueueContract, DrainsAQueueThatNobodyHoldsAnyMore) {
+    Journal journal;
+    auto queue = this->makeQueue();
+    const std::weak_ptr<DispatchQueue> weak = queue;
+
+    queue->asyncAfter(10ms, [&] { journal.note(2); });
+    for (const int number : {0, 1}) queue->async([&journal, number] { journal.note(number); });
+    queue.reset();
+
+    EXPECT_TRUE(this->runUntilNoted(journal, 3));
+    EXPECT_EQ(journal.notes, (Numbers{0, 1, 2}));
+    EXPECT_TRUE(this->runUntil([&] { return weak.expired(); }));
+}
+
+TYPED_TEST(DispatchQueueContract, KnowsWhereTheCallerIs) {
+    const auto main = this->mainQueue();
+    const auto serial = this->makeQueue();
+    // "main, serial" as each place sees it.
+    const auto view = [&] { return std::pair(main->isCurrent(), serial->isCurrent()); };
+
+    EXPECT_EQ(view(), std::pair(true, false));
+    EXPECT_TRUE(this->runOn(*main, [&] { EXPECT_EQ(view(), std::pair(true, false)); }));
+    EXPECT_TRUE(this->runOn(*serial, [&] { EXPECT_EQ(view(), std::pair(false, true)); }));
+    std::thread([&] { EXPECT_EQ(view(), std::pair(false, false)); }).join();
+    EXPECT_EQ(view(), std::pair(true, false));
+}
+
+TYPED_TEST(DispatchQueueContract, LetsAnItemsEndPostAgain) {
+    for (const auto& queue : this->bothKinds()) {
+        Journal journal;
+
+        queue->async(
+            [&, p = Probe::make([&] { queue->async([&] { journal.note(1); }); })] { journal.note(0); });
+
+        EXPECT_TRUE(this->runUntilNoted(journal, 2));
+        EXPECT_EQ(journal.notes, (Numbers{0, 1}));
+    }
+}
+
+TYPED_TEST(DispatchQueueContract, DestroysUnrunWhatWaitsWhenTheProcessEnds) {
+    const auto main = this->mainQueue();
+    const auto serial = this->makeQueue();
+    std::atomic<int> ended{0};
+    std::atomic<int> ran{0};
+    const auto item = [&ran](std::shared_ptr<Probe> probe) {
+        return [&ran, p = std::move(probe)] { ++ran; };
+    };
+    const auto plain = [&] { return item(Probe::make([&] { ++ended; })); };
+    // Each end posts once more, to both: gone at once.
+    const auto posting = [&] {
+        return item(Probe::make([&] {
+            main->async(plain());
+            serial->asyncAfter(-1s, plain());
+            ++ended;
+        }));
+    };
+
+    main->async(posting());
+    main->asyncAfter(1h, plain());
+    serial->asyncAfter(1h, posting());
+    this->endProcess();
+    EXPECT_EQ(ended, 7);
+    main->async(plain());
+    serial->async(plain());
+    serial->asyncAfter(1s, plain());
+    EXPECT_EQ(ended, 10);
+    EXPECT_EQ(ran, 0);
+}
+
+} // namespace
+} // namespace corvantile

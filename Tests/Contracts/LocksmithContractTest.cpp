@@ -1,0 +1,191 @@
+#include "Platform/Keychain/Locksmith.hpp"
+
+#include "Platform/Keychain/KeychainError.hpp"
+#include "Tests/Contracts/Harness.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <limits>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace corvantile {
+namespace {
+
+using namespace std::string_literals;
+
+const auto service = contractBundle;
+
+template <class Harness>
+class LocksmithContract : public PortContract<Harness> {
+protected:
+    [[nodiscard]] Locksmith& keychain() { return *this->ports().keychain; }
+
+    // The status that the call is refused with; nullopt when it is not.
+    template <class Call>
+    static std::optional<int> refusal(Call call) {
+        try {
+            call();
+        } catch (const NSError& error) {
+            EXPECT_EQ(error.domain(), keychainErrorDomain);
+            EXPECT_FALSE(error.localizedDescription().empty());
+            return error.code();
+        }
+        return std::nullopt;
+    }
+};
+TYPED_TEST_SUITE(LocksmithContract, Harnesses);
+
+constexpr auto duplicate = static_cast<int>(KeychainStatus::duplicateItem);
+constexpr auto lockedOut = static_cast<int>(KeychainStatus::interactionNotAllowed);
+
+TYPED_TEST(LocksmithContract, GivesBackEveryKindOfValueAsItWas) {
+    using Integers = std::numeric_limits<std::int64_t>;
+    using Reals = std::numeric_limits<double>;
+    const KeychainDictionary everything = {
+        {"", "an empty key"},
+        {"text", "p\0ä\U0001F511"s},
+        {"empty text", ""},
+        {"boolean", true},
+        {"integer 1", 1},
+        {"real 1", 1.0},
+        {"smallest", Integers::min()},
+        {"largest", Integers::max()},
+        {"tiny", Reals::denorm_min()},
+        {"endless", -Reals::infinity()},
+        {"date", Date{725846400.1}},
+        {"early date", Date{-Reals::max()}},
+        {"data", KeychainData{0, 255, 10}},
+        {"empty data", KeychainData{}},
+    };
+
+    this->keychain().save(everything, "everything", service);
+    this->keychain().save({}, "nothing", service);
+
+    EXPECT_EQ(this->keychain().load("everything", service), everything);
+    EXPECT_EQ(this->keychain().load("nothing", service), KeychainDictionary{});
+    EXPECT_EQ(this->keychain().load("never saved", service), std::nullopt);
+}
+
+TYPED_TEST(LocksmithContract, AddsOnlyWhereThereIsNoEntry) {
+    const KeychainDictionary first = {{"number", 1}};
+    this->keychain().save(first, "account", service);
+
+    EXPECT_EQ(this->refusal([&] { this->keychain().save({{"number", 2}}, "account", service); }), duplicate);
+    EXPECT_EQ(this->keychain().load("account", service), first);
+}
+
+TYPED_TEST(LocksmithContract, ReplacesAWholeEntryAndAddsAMissingOne) {
+    this->keychain().save({{"old", 1}, {"both", 1}}, "there", service);
+
+    for (const auto* const account : {"there", "not there"}) {
+        this->keychain().update({{"both", 2}}, account, service);
+        EXPECT_EQ(this->keychain().load(account, service), (KeychainDictionary{{"both", 2}})) << account;
+    }
+}
+
+TYPED_TEST(LocksmithContract, DeletesAnEntryOnce) {
+    EXPECT_FALSE(this->keychain().remove("account", service));
+    this->keychain().save({{"number", 1}}, "account", service);
+    this->keychain().save({{"number", 2}}, "other", service);
+
+    EXPECT_TRUE(this->keychain().remove("account", service));
+    EXPECT_FALSE(this->keychain().remove("account", service));
+    EXPECT_EQ(this->keychain().load("account", service), std::nullopt);
+    EXPECT_NE(this->keychain().load("other", service), std::nullopt);
+    this->keychain().save({{"number", 3}}, "account", service);
+}
+
+TYPED_TEST(LocksmithContract, KeepsEveryAccountOfEveryServiceApart) {
+    const std::vector<std::pair<std::string, std::string>> names = {
+        {"", ""},           {"a", ""},          {"", "a"},
+        {"ab", "c"},        {"a", "bc"},        {"a\0"s, ""},
+        {"a\0b"s, ""},      {"A", ""},          {"ä", ""},
+        {"a\u0308", ""},    {"'; DROP --", ""}, {"%", "_"},
+        {"\xFF\xFE", "\n"}, {"🔑", "com.x"},     {std::string(5000, 'x'), "long"},
+    };
+    for (std::size_t i = 0; i < names.size(); ++i)
+        this->keychain().save({{"number", static_cast<int>(i)}}, names[i].first, names[i].second);
+
+    for (std::size_t i = 0; i < names.size(); ++i)
+        EXPECT_EQ(this->keychain().load(names[i].first, names[i].second),
+                  (KeychainDictionary{{"number", static_cast<int>(i)}}))
+            << names[i].first << " of " << names[i].second;
+}
+
+TYPED_TEST(LocksmithContract, LetsExactlyOneOfManyThreadsAddAnAccount) {
+    constexpr int threadCount = 6;
+    constexpr int accountCount = 20;
+    std::vector<std::atomic<int>> winners(accountCount);
+    std::latch start(threadCount);
+    {
+        std::vector<std::thread> threads;
+        for (int number = 1; number <= threadCount; ++number)
+            threads.emplace_back([&, number] {
+                start.arrive_and_wait();
+                for (int account = 0; account < accountCount; ++account) {
+                    const auto refused = this->refusal([&] {
+                        this->keychain().save({{"winner", number}}, std::to_string(account), service);
+                    });
+                    if (!refused)
+                        winners[static_cast<std::size_t>(account)] += number;
+                    else
+                        EXPECT_EQ(refused, duplicate);
+                }
+            });
+        for (auto& thread : threads) thread.join();
+    }
+
+    for (int account = 0; account < accountCount; ++account)
+        EXPECT_EQ(this->keychain().load(std::to_string(account), service),
+                  (KeychainDictionary{{"winner", winners[static_cast<std::size_t>(account)].load()}}));
+}
+
+TYPED_TEST(LocksmithContract, KeepsEntriesWhenTheAppIsLaunchedAgain) {
+    this->keychain().save({{"number", 1}}, "saved", service);
+    this->keychain().save({{"number", 1}}, "updated", service);
+    this->keychain().update({{"number", 2}}, "updated", service);
+    this->keychain().save({{"number", 1}}, "removed", service);
+    this->keychain().remove("removed", service);
+
+    this->relaunch();
+
+    EXPECT_EQ(this->keychain().load("saved", service), (KeychainDictionary{{"number", 1}}));
+    EXPECT_EQ(this->keychain().load("updated", service), (KeychainDictionary{{"number", 2}}));
+    EXPECT_EQ(this->keychain().load("removed", service), std::nullopt);
+    EXPECT_EQ(this->refusal([&] { this->keychain().save({}, "saved", service); }), duplicate);
+}
+
+TYPED_TEST(LocksmithContract, ReadsNothingAndRefusesTheRestWhileLocked) {
+    const KeychainDictionary entry = {{"number", 1}};
+    this->keychain().save(entry, "account", service);
+    this->harness().setKeychainLocked(true);
+
+    EXPECT_EQ(this->keychain().load("account", service), std::nullopt);
+    EXPECT_EQ(this->refusal([&] { this->keychain().save({}, "account", service); }), lockedOut);
+    EXPECT_EQ(this->refusal([&] { this->keychain().save({}, "new", service); }), lockedOut);
+    EXPECT_EQ(this->refusal([&] { this->keychain().update({}, "account", service); }), lockedOut);
+    EXPECT_EQ(this->refusal([&] { this->keychain().remove("account", service); }), lockedOut);
+
+    this->harness().setKeychainLocked(false);
+    EXPECT_EQ(this->keychain().load("account", service), entry);
+    EXPECT_EQ(this->keychain().load("new", service), std::nullopt);
+}
+
+TYPED_TEST(LocksmithContract, BelongsToTheAppUnlessAServiceIsNamed) {
+    Locksmith::saveData({{"number", 1}}, "account");
+    Locksmith::updateData({{"number", 2}}, "account");
+    Locksmith::saveData({{"number", 3}}, "account", "another service");
+
+    EXPECT_EQ(Locksmith::loadDataForUserAccount("account"), (KeychainDictionary{{"number", 2}}));
+    EXPECT_EQ(this->keychain().load("account", service), (KeychainDictionary{{"number", 2}}));
+    EXPECT_TRUE(Locksmith::deleteDataForUserAccount("account"));
+    EXPECT_EQ(Locksmith::loadDataForUserAccount("account"), std::nullopt);
+    EXPECT_NE(Locksmith::loadDataForUserAccount("account", "another service"), std::nullopt);
+}
+
+} // namespace
+} // namespace corvantile

@@ -1,0 +1,137 @@
+#include "Platform/Network/NetworkReachabilityManager.hpp"
+
+#include "Platform/Foundation/DispatchQueue.hpp"
+#include "Tests/Contracts/Harness.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace corvantile {
+namespace {
+
+using namespace std::chrono_literals;
+
+using Status = NetworkReachabilityStatus;
+
+// What one listener heard, and whether the platform still holds it.
+class Ear {
+public:
+    NetworkReachabilityManager::Listener listener(std::function<void()> then = [] {}) {
+        return [this, grip = grip_, act = std::move(then)](Status) {
+            ++heard;
+            act();
+        };
+    }
+    // Call once, when no more listeners are made.
+    bool isReleased() {
+        const std::weak_ptr<int> weak = grip_;
+        return weak.use_count() == 1;
+    }
+
+    std::atomic<int> heard{0};
+
+private:
+    std::shared_ptr<int> grip_ = std::make_shared<int>(0);
+};
+
+template <class Harness>
+class NetworkReachabilityContract : public PortContract<Harness> {
+protected:
+    std::shared_ptr<NetworkReachabilityManager> manager_ =
+        this->ports().reachability->make("www.example.com");
+    std::shared_ptr<DispatchQueue> queue_ = this->makeQueue();
+
+    // Runs `body` as an item of the listeners' queue, so that no delivery comes in between, and waits until
+    // deliveries have had their time.
+    bool runOnQueue(const std::function<void()>& body) {
+        std::atomic<bool> done{false};
+        queue_->async([&] {
+            body();
+            queue_->asyncAfter(30ms, [&] { done = true; });
+        });
+        return this->runUntil([&] { return done.load(); });
+    }
+};
+TYPED_TEST_SUITE(NetworkReachabilityContract, Harnesses);
+
+TYPED_TEST(NetworkReachabilityContract, TellsThePresentStatusOnTheQueueAndNeverInsideTheCall) {
+    Ear ear;
+
+    EXPECT_TRUE(this->runOnQueue([&] {
+        EXPECT_TRUE(this->manager_->startListening(
+            this->queue_, ear.listener([queue = this->queue_] { EXPECT_TRUE(queue->isCurrent()); })));
+        EXPECT_EQ(ear.heard, 0);
+    }));
+
+    EXPECT_TRUE(this->runUntil([&] { return ear.heard >= 1; }));
+}
+
+TYPED_TEST(NetworkReachabilityContract, IsSilentOnceStoppedReplacedOrDestroyed) {
+    const struct {
+        const char* act;
+        std::function<void(Ear& next)> silence;
+        int heardByNext;
+    } cases[] = {
+        {"stopped", [&](Ear&) { this->manager_->stopListening(); }, 0},
+        {"replaced", [&](Ear& next) { this->manager_->startListening(this->queue_, next.listener()); }, 1},
+        {"destroyed", [&](Ear&) { this->manager_.reset(); }, 0},
+    };
+    for (const auto& [act, silence, heardByNext] : cases) {
+        SCOPED_TRACE(act);
+        Ear ear;
+        Ear next;
+
+        EXPECT_TRUE(this->runOnQueue([&, &quiet = silence] {
+            this->manager_->startListening(this->queue_, ear.listener());
+            quiet(next);
+        }));
+
+        EXPECT_EQ(ear.heard, 0);
+        EXPECT_EQ(next.heard, heardByNext);
+        EXPECT_TRUE(this->runUntil([&] { return ear.isReleased(); }));
+        if (this->manager_) this->manager_->stopListening(); // `next` goes out of scope
+    }
+}
+
+TYPED_TEST(NetworkReachabilityContract, ListensAgainAfterAStop) {
+    Ear ear;
+    this->manager_->startListening(this->queue_, ear.listener());
+    this->manager_->stopListening();
+
+    EXPECT_TRUE(this->runOnQueue([&] { this->manager_->startListening(this->queue_, ear.listener()); }));
+
+    EXPECT_TRUE(this->runUntil([&] { return ear.heard >= 1; }));
+}
+
+TYPED_TEST(NetworkReachabilityContract, MayEndInsideItsOwnDelivery) {
+    Ear ear;
+
+    EXPECT_TRUE(this->runOnQueue([&] {
+        this->manager_->startListening(this->queue_, ear.listener([&] { this->manager_.reset(); }));
+    }));
+
+    EXPECT_TRUE(this->runUntil([&] { return ear.heard == 1 && ear.isReleased(); }));
+    EXPECT_EQ(this->manager_, nullptr);
+}
+
+TYPED_TEST(NetworkReachabilityContract, RefusesAHostWithoutAName) {
+    EXPECT_EQ(this->ports().reachability->make(""), nullptr);
+}
+
+TYPED_TEST(NetworkReachabilityContract, LetsAManagerOutliveTheProcess) {
+    Ear ear;
+    this->manager_->startListening(this->queue_, ear.listener());
+
+    this->endProcess();
+    this->manager_->startListening(this->queue_, ear.listener());
+    this->manager_.reset();
+
+    EXPECT_TRUE(ear.isReleased());
+}
+
+} // namespace
+} // namespace corvantile

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+#include "Tests/Contracts/ContractApp.hpp"
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace corvantile {
+
+// TestPlatform as the contracts see it: waiting means that virtual time passes.
+class TestHarness {
+public:
+    [[nodiscard]] Platform& platform() { return *platform_; }
+    [[nodiscard]] bool runUntil(const std::function<bool()>& done) { return platform_->runUntil(done); }
+    void relaunch() { platform_ = TestPlatform::relaunch(std::move(platform_)); }
+    void setKeychainLocked(bool locked) { device_.keychain().setLocked(locked); }
+
+private:
+    TestDevice device_;
+    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(
+        device_, {.bundleIdentifier = contractBundle,
+                  .resources = {{contractResourceName + "." + contractResourceExtension, contractResource}},
+                  .echoesConsole = true});
+};
+
+} // namespace corvantile

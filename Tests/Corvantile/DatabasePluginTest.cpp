@@ -1,0 +1,288 @@
+#include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
+
+#include "Corvantile/Corvantile.hpp"
+#include "Corvantile/Extension/UserDefaultsDatabase.hpp"
+#include "Corvantile/Plugin/Database/ApplicationState.hpp"
+#include "Corvantile/Plugin/Database/UserPreference.hpp"
+#include "Platform/Application/UIApplication.hpp"
+#include "Platform/Foundation/NSError.hpp"
+#include "TestPlatform/RecordingConsole.hpp"
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace corvantile {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr const char* keyAccount = "realm_encryption_key";
+
+// A host with the two storage plug-ins; each launch is a process of its own on the same device.
+class Storage : public testing::Test {
+protected:
+    void launch() {
+        if (platform_) end();
+        platform_ = TestPlatform::launch(device_);
+        preference_ = std::make_shared<UserPreference>(std::make_shared<UserDefaultsDatabase>());
+        database_ = std::make_shared<DatabasePlugin>();
+        auto delegate = std::make_shared<PluggableApplicationDelegate>(
+            PluggableApplicationDelegate::Plugins{preference_, database_});
+        UIApplication::shared()->setDelegate(delegate);
+        EXPECT_TRUE(delegate->didFinishLaunchingWithOptions(*UIApplication::shared(), {}));
+        follow();
+    }
+    void launchAndLoad() {
+        launch();
+        platform_->advance(1s);
+    }
+    void TearDown() override { end(); }
+
+    void end() {
+        preference_.reset();
+        database_.reset();
+        platform_.reset();
+        trace_.clear();
+    }
+    void follow() {
+        database_->application().subscribe([this](const Application& record) {
+            trace_.push_back("application " + describe(record.updatedTime));
+        });
+        database_->setting().subscribe([this](const Setting& record) {
+            trace_.push_back(record.reviewAppEnabled ? "setting review" : "setting quiet");
+        });
+        database_->isLoaded().subscribe([this](bool) { trace_.push_back("loaded"); });
+    }
+    std::vector<std::string> news() {
+        platform_->runUntilIdle();
+        return std::exchange(trace_, {});
+    }
+    std::vector<std::string> storedKeys() {
+        std::vector<std::string> keys;
+        for (const auto& [key, value] : device_.defaults().values()) keys.push_back(key);
+        return keys;
+    }
+
+    TestDevice device_;
+    std::unique_ptr<TestPlatform> platform_;
+    std::shared_ptr<UserPreference> preference_;
+    std::shared_ptr<DatabasePlugin> database_;
+    std::vector<std::string> trace_;
+    const std::string never_ = "application 1970-01-01 00:00:00 +0000";
+};
+
+TEST_F(Storage, LoadsDefaultsOnAFreshInstallExactlyASecondAfterLaunch) {
+    launch();
+    platform_->advance(1s - 1ns);
+    EXPECT_THAT(news(), IsEmpty());
+
+    platform_->advance(1ns);
+
+    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+    const auto id = *device_.vendorIdentifier();
+    EXPECT_THAT(storedKeys(),
+                ElementsAre("appconfig_Application_" + id, "appconfig_Setting_" + id, "appconfig_uuidKey"));
+}
+
+TEST_F(Storage, KeepsUpdatesThroughARelaunchAndLosesThemWithAReinstall) {
+    launchAndLoad();
+    database_->update({{"a"}, true, false});
+    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded", "setting quiet"));
+
+    launchAndLoad();
+    EXPECT_THAT(news(), ElementsAre(never_, "setting quiet", "loaded"));
+
+    end();
+    device_.reinstall();
+    launchAndLoad();
+    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+}
+
+TEST_F(Storage, ResetsOnceAndReloadsWhatItStored) {
+    launch();
+    database_->resetApplication(); // waits for the first record
+    platform_->advance(1s);
+    const std::string now = "application " + describe(device_.now());
+    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded", now));
+
+    database_->reloadApplication();
+    EXPECT_THAT(news(), ElementsAre(now));
+}
+
+TEST_F(Storage, StandsADefaultInForARecordThatCannotBeRead) {
+    launchAndLoad();
+    database_->resetApplication();
+    news();
+    device_.defaults().set("appconfig_Application_" + *device_.vendorIdentifier(), "damaged");
+
+    database_->reloadApplication();
+    database_->resetApplication(); // neither emitted nor written
+    EXPECT_THAT(news(), IsEmpty());
+
+    launchAndLoad();
+    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+}
+
+TEST_F(Storage, ReadsRecordsAsAbsentWhileTheKeychainIsLockedAtLaunch) {
+    launchAndLoad();
+    database_->update({{}, true, false});
+    news();
+    device_.keychain().setLocked(true);
+    launchAndLoad();
+    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded")) << "sealed with a throwaway key";
+    device_.keychain().setLocked(false);
+
+    launchAndLoad();
+    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+}
+
+TEST_F(Storage, DoesNothingWithoutAUser) {
+    launchAndLoad();
+    news();
+    preference_->invalidate();
+
+    database_->update({{}, true, false});
+    database_->reloadApplication();
+    preference_->asyncOpen([this](DatabaseManipulating&, const std::string&) { trace_.push_back("opened"); });
+    EXPECT_THAT(news(), IsEmpty());
+
+    preference_->asyncOpen(
+        [this](DatabaseManipulating&, const std::string& user) { trace_.push_back(user); });
+    preference_->loadDatabase("somebody"); // before the main queue gets to the block
+    EXPECT_THAT(news(), ElementsAre("somebody"));
+}
+
+TEST_F(Storage, ADelayedLoadStillPendingBringsAnInvalidatedUserBack) {
+    launch();
+    preference_->invalidate();
+    platform_->advance(1s);
+    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+}
+
+TEST_F(Storage, PrintsWhatABlockThrows) {
+    launchAndLoad();
+    preference_->asyncOpen([](DatabaseManipulating&, const std::string&) { throw NSError("d", 3); });
+    preference_->asyncOpen([](DatabaseManipulating&, const std::string&) { throw std::string("odd"); });
+    platform_->runUntilIdle();
+
+    EXPECT_THAT(platform_->console().lines(), ElementsAre(HasSubstr("(d error 3.)"), "unknown error"));
+}
+
+TEST_F(Storage, HonoursAnIdentifierThatTheHostPutUnderThePlainKey) {
+    device_.defaults().set("uuidKey", "host's own");
+    launchAndLoad();
+    EXPECT_THAT(storedKeys(),
+                ElementsAre("appconfig_Application_host's own", "appconfig_Setting_host's own", "uuidKey"));
+}
+
+TEST_F(Storage, MakesAnIdentifierWhereTheDeviceHasNone) {
+    device_.setVendorIdentifier(std::nullopt);
+    launchAndLoad();
+    const auto key = storedKeys().front();
+    EXPECT_THAT(key.substr(key.rfind('_') + 1),
+                testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+}
+
+TEST_F(Storage, MakesTheStorageKeyOnceAndDerivesFromItsTwoEnds) {
+    launchAndLoad();
+    const auto entries = device_.keychain().entries();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0].account, keyAccount);
+    EXPECT_EQ(entries[0].service, "com.example.app");
+    const auto& text = *entries[0].dictionary.at("key").as<std::string>();
+    EXPECT_EQ(text.size(), 88u);
+    EXPECT_TRUE(text.ends_with("=="));
+    const auto sealed = preference_->encrypt("secret");
+
+    launchAndLoad();
+
+    EXPECT_EQ(device_.keychain().entries(), entries);
+    EXPECT_EQ(preference_->decrypt(*sealed), "secret");
+}
+
+TEST_F(Storage, AForeignKeyThatIsTooShortEncryptsNothing) {
+    device_.keychain().save({{"key", "fifteen chars.."}}, keyAccount, "com.example.app");
+    launchAndLoad();
+    // That nothing was stored is no failure to store: the defaults are emitted.
+    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+    EXPECT_THAT(storedKeys(), IsEmpty());
+}
+
+TEST_F(Storage, DeletesEverythingOnDemand) {
+    launchAndLoad();
+    preference_->deleteAll();
+    platform_->runUntilIdle();
+    EXPECT_THAT(storedKeys(), IsEmpty());
+}
+
+class PreferenceWithoutCipher final : public UserPreferenceProtocol {
+public:
+    rx::Observable<bool> isLoaded() override { return loaded; }
+    void loadDatabase(const std::string&) override {}
+    void invalidate() override {}
+    void asyncOpen(Block block) override { block(store, "user"); }
+    UserDefaultsDatabase store;
+    rx::ReplaySubject<bool> loaded = rx::ReplaySubject<bool>::create(1);
+};
+
+TEST_F(Storage, LoadsNothingFromAPreferenceThatIsNoCryptor) {
+    platform_ = TestPlatform::launch(device_);
+    database_ = std::make_shared<DatabasePlugin>();
+    auto preference = std::make_shared<PreferenceWithoutCipher>();
+    Corvantile::setAppDelegate(std::make_shared<PluggableApplicationDelegate>(
+        PluggableApplicationDelegate::Plugins{preference, database_}));
+    follow();
+    database_->didFinishLaunchingWithOptions(*UIApplication::shared(), {});
+    preference->loaded.onNext(true);
+    EXPECT_THAT(news(), IsEmpty());
+    preference.reset();
+}
+
+TEST_F(Storage, NamesItsPipelinesInDebug) {
+    launch();
+    Corvantile::setDebug(true);
+    database_->resetApplication();
+    platform_->runUntilIdle();
+    EXPECT_THAT(platform_->console().text(), HasSubstr(" (resetApplication()) -> subscribed"));
+}
+
+TEST(DatabasePluginDeathTest, LaunchingWithoutAUserPreferenceIsFatal) {
+    TestDevice device;
+    const auto platform = TestPlatform::launch(device);
+    const auto database = std::make_shared<DatabasePlugin>();
+    EXPECT_DEATH(
+        database->didFinishLaunchingWithOptions(*UIApplication::shared(), {}),
+        "Corvantile/DatabasePlugin:[0-9]+: Fatal error: This service require UserPreferenceProtocol\\.");
+}
+
+TEST(ApplicationState, MirrorsTheRecordAndTellsOfChanges) {
+    ApplicationState state(Application{Date{5}});
+    std::vector<double> times;
+    state.observeUpdatedTime().subscribe([&](Date time) { times.push_back(time.secondsSinceReference); });
+    state.setPrimaryID(3);
+    state.setApplication({Date{0.1}});
+
+    EXPECT_THAT(times, ElementsAre(5, 0.1));
+    EXPECT_EQ(state.application(), Application{Date{0.1}});
+    EXPECT_EQ(encodeJSON(state), R"({"primaryID":3,"updatedTime":0.1})");
+    EXPECT_EQ(ApplicationState::fromJSON(encodeJSON(state))->primaryID(), 3);
+    for (const char* const bad :
+         {R"({"primaryID":3})", R"({"primaryID":3.5,"updatedTime":0})",
+          R"({"primaryID":true,"updatedTime":0})", R"({"primaryID":9223372036854775808,"updatedTime":0})"})
+        EXPECT_EQ(ApplicationState::fromJSON(bad), nullptr) << bad;
+}
+
+} // namespace
+} // namespace corvantile

@@ -1,0 +1,144 @@
+#include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
+
+#include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
+#include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
+#include "HostCore/PluggableApplicationDelegate.hpp"
+#include "Platform/Application/UIApplication.hpp"
+#include "Platform/Keychain/KeychainError.hpp"
+#include "TestPlatform/RecordingConsole.hpp"
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace corvantile {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+constexpr const char* service = "com.example.app";
+constexpr Date noon = Date::fromUnixSeconds(1704196800.25); // 2024-01-02 12:00:00.250 UTC
+
+class FirstDate : public testing::Test {
+protected:
+    void SetUp() override {
+        analytics_->registerComponents({std::make_shared<ConsoleComponent>()});
+        UIApplication::shared()->setDelegate(std::make_shared<PluggableApplicationDelegate>(
+            PluggableApplicationDelegate::Plugins{analytics_, plugin_}));
+        plugin_->firstDate().subscribe([this](Date date) { published_.push_back(describe(date)); });
+        device_.setNow(noon);
+    }
+    void activate() { plugin_->didBecomeActive(*UIApplication::shared()); }
+    std::vector<std::string> lines() { return platform_->console().lines(); }
+    void keep(const KeychainDictionary& entry) { device_.keychain().update(entry, "firstDate", service); }
+
+    TestDevice device_;
+    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
+    std::shared_ptr<AnalyticPlugin> analytics_ = std::make_shared<AnalyticPlugin>();
+    std::shared_ptr<FirstDatePlugin> plugin_ = std::make_shared<FirstDatePlugin>();
+    std::vector<std::string> published_;
+    const std::string midnight_ = "2024-01-02 00:00:00 +0000";
+};
+
+TEST_F(FirstDate, IsRecordedOnceAndPublishedAtEveryActivation) {
+    activate();
+    device_.pass(72h);
+    activate();
+
+    EXPECT_THAT(published_, ElementsAre(midnight_, midnight_));
+    EXPECT_THAT(lines(), ElementsAre("\"First time install had been recorded at: 2024-01-02T00:00:00.000Z\"",
+                                     "\"First time install had been loaded (2024-01-02T00:00:00.000Z).\""));
+    const auto entries = device_.keychain().entries();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0].dictionary, (KeychainDictionary{{"firstDate", Date::fromUnixSeconds(1704153600)}}));
+}
+
+TEST_F(FirstDate, IsMidnightOfTheDayInUTCWhateverTheZone) {
+    const struct {
+        double now;
+        std::chrono::hours zone;
+        std::string day;
+    } cases[] = {{1704151800, 14h, "2024-01-01"},
+                 {1704151800, -11h, "2024-01-01"},
+                 {1704153600, -11h, "2024-01-02"},
+                 {-1, 0h, "1969-12-31"}};
+    for (const auto& [now, zone, day] : cases) {
+        SCOPED_TRACE(day);
+        device_.keychain().removeAll();
+        device_.setNow(Date::fromUnixSeconds(now));
+        device_.setTimeZoneOffset(zone);
+        activate();
+        EXPECT_EQ(published_.back(), day + " 00:00:00 +0000");
+    }
+}
+
+TEST_F(FirstDate, IsPublishedAsItIsStored) {
+    keep({{"firstDate", noon}, {"another", Date{0}}});
+    activate();
+    EXPECT_THAT(published_, ElementsAre("2024-01-02 12:00:00 +0000"));
+    EXPECT_THAT(lines(), ElementsAre("\"First time install had been loaded (2024-01-02T12:00:00.250Z).\""));
+}
+
+TEST_F(FirstDate, TakesThePlaceOfAnEntryThatIsNotOurs) {
+    for (const auto& entry : {KeychainDictionary{}, KeychainDictionary{{"other", Date{0}}},
+                              KeychainDictionary{{"firstDate", "text"}},
+                              KeychainDictionary{{"firstDate", Date{0}}, {"more", 1}}}) {
+        keep(entry);
+        activate();
+        EXPECT_EQ(published_.back(), midnight_);
+    }
+    device_.keychain().makeUnreadable("firstDate", service);
+    activate();
+    EXPECT_EQ(published_.back(), midnight_);
+    EXPECT_TRUE(device_.keychain().entries()[0].isReadable);
+}
+
+TEST_F(FirstDate, IsNotLostWhenTheKeychainOpensBetweenLoadAndSave) {
+    keep({{"firstDate", Date::fromUnixSeconds(0)}});
+    device_.keychain().lockForNextLoad();
+    activate();
+    EXPECT_THAT(published_, ElementsAre("1970-01-01 00:00:00 +0000"));
+    EXPECT_EQ(device_.keychain().entries()[0].dictionary,
+              (KeychainDictionary{{"firstDate", Date::fromUnixSeconds(0)}}));
+}
+
+TEST_F(FirstDate, ReportsARefusalAsAnEventAndPublishesNothing) {
+    device_.keychain().denyNextSave(KeychainStatus::diskFull);
+    activate();
+    EXPECT_THAT(published_, IsEmpty());
+    EXPECT_THAT(lines(),
+                ElementsAre(StartsWith("Error Domain=NSOSStatusErrorDomain Code=-34 \""),
+                            AllOf(HasSubstr("locksmith_create_firstdate"), HasSubstr("\\\"error\\\" : "))));
+
+    keep({});
+    device_.keychain().denyNextUpdate();
+    activate();
+    EXPECT_THAT(published_, IsEmpty());
+    EXPECT_EQ(lines().size(), 4u);
+
+    activate();
+    EXPECT_THAT(published_, ElementsAre(midnight_));
+}
+
+TEST(FirstDateDeathTest, ActivatingWithoutARouterIsFatalEvenWithADate) {
+    TestDevice device;
+    device.keychain().save({{"firstDate", Date{0}}}, "firstDate", service);
+    const auto platform = TestPlatform::launch(device);
+    const auto plugin = std::make_shared<FirstDatePlugin>();
+    EXPECT_DEATH(plugin->didBecomeActive(*UIApplication::shared()),
+                 "Corvantile/FirstDatePlugin:[0-9]+: Fatal error: This service require AnalyticPluggable\\.");
+}
+
+} // namespace
+} // namespace corvantile

@@ -1,0 +1,66 @@
+#include "Tests/DesktopPlatform/ChildProcess.hpp"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <stdexcept>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace corvantile {
+
+ChildProcess::ChildProcess(const std::function<void(int out)>& work) {
+    std::array<int, 2> ends{};
+    if (::pipe(ends.data()) != 0) throw std::runtime_error("No pipe");
+    process_ = ::fork();
+    if (process_ < 0) throw std::runtime_error("No process");
+    if (process_ == 0) {
+        ::close(ends[0]);
+        try {
+            work(ends[1]);
+            ::_exit(0);
+        } catch (...) {
+            ::_exit(1);
+        }
+    }
+    ::close(ends[1]);
+    in_ = ends[0];
+}
+
+ChildProcess::~ChildProcess() {
+    kill();
+    wait();
+    ::close(in_);
+}
+
+void ChildProcess::kill() {
+    if (process_ > 0) ::kill(process_, SIGKILL);
+}
+
+std::string ChildProcess::readAll() {
+    std::string all;
+    std::array<char, 4096> bytes{};
+    for (;;) {
+        const auto count = ::read(in_, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        all.append(bytes.data(), static_cast<std::size_t>(count));
+    }
+    wait();
+    return all;
+}
+
+bool ChildProcess::endedWell() {
+    wait();
+    return WIFEXITED(status_) && WEXITSTATUS(status_) == 0;
+}
+
+void ChildProcess::wait() {
+    if (process_ <= 0) return;
+    while (::waitpid(process_, &status_, 0) < 0 && errno == EINTR) {
+    }
+    process_ = -1;
+}
+
+} // namespace corvantile

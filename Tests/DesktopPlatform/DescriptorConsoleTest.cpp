@@ -1,0 +1,88 @@
+#include "DesktopPlatform/DesktopPlatform.hpp"
+#include "Platform/Foundation/Console.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace corvantile {
+
+namespace {
+
+struct Pipe {
+    Pipe() { EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0); }
+    ~Pipe() {
+        closeReader();
+        closeWriter();
+    }
+    void closeReader() { closeEnd(0); }
+    void closeWriter() { closeEnd(1); }
+    [[nodiscard]] int writer() const { return ends[1]; }
+
+    // Everything until the writing end is closed.
+    [[nodiscard]] std::string readAll() const {
+        std::string all;
+        char buffer[512];
+        for (ssize_t count = 0; (count = ::read(ends[0], buffer, sizeof buffer)) > 0;)
+            all.append(buffer, static_cast<std::size_t>(count));
+        return all;
+    }
+
+private:
+    void closeEnd(int end) {
+        if (ends[end] >= 0) ::close(ends[end]);
+        ends[end] = -1;
+    }
+    int ends[2] = {-1, -1};
+};
+
+} // namespace
+
+TEST(DescriptorConsole, KeepsLinesOfSeveralThreadsWholeOnAFullPipe) {
+    Pipe pipe;
+    ::fcntl(pipe.writer(), F_SETPIPE_SZ, 4096);
+    ::fcntl(pipe.writer(), F_SETFL, O_NONBLOCK); // the console must wait on its own
+    DesktopPlatform platform({.consoleDescriptor = pipe.writer()});
+    auto& console = *platform.ports().console;
+    std::string all;
+
+    std::thread reader([&] { all = pipe.readAll(); });
+    std::vector<std::thread> writers;
+    for (const char letter : {'a', 'b', 'c'})
+        writers.emplace_back([&console, letter] {
+            for (int i = 0; i < 20; ++i) console.print(std::string(6000, letter));
+        });
+    for (auto& writer : writers) writer.join();
+    pipe.closeWriter();
+    reader.join();
+
+    ASSERT_EQ(all.size(), 3U * 20 * 6001);
+    for (std::size_t line = 0; line < all.size(); line += 6001) {
+        ASSERT_EQ(all.find_first_not_of(all[line], line), line + 6000);
+        ASSERT_EQ(all[line + 6000], '\n');
+    }
+}
+
+TEST(DescriptorConsole, IsSilentWhenItsReaderHasGone) {
+    Pipe pipe;
+    pipe.closeReader();
+
+    for (const int descriptor : {pipe.writer(), -1}) {
+        DesktopPlatform platform({.consoleDescriptor = descriptor});
+        platform.ports().console->print("nobody reads this");
+    }
+
+    sigset_t blocked;
+    ASSERT_EQ(pthread_sigmask(SIG_SETMASK, nullptr, &blocked), 0);
+    EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
+}
+
+} // namespace corvantile

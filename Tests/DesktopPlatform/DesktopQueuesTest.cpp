@@ -1,0 +1,131 @@
+#include "DesktopPlatform/DesktopPlatform.hpp"
+#include "Platform/Foundation/DispatchQueue.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <latch>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <pthread.h>
+
+namespace corvantile {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// Something that an item holds: counted while alive, and doing something in its end.
+class Held {
+public:
+    explicit Held(std::atomic<int>& alive, std::function<void()> atEnd = {})
+        : alive_(alive), atEnd_(std::move(atEnd)) {
+        ++alive_;
+    }
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+    ~Held() {
+        --alive_;
+        if (atEnd_) atEnd_();
+    }
+
+private:
+    std::atomic<int>& alive_;
+    std::function<void()> atEnd_;
+};
+
+WorkItem holding(std::atomic<int>& alive, std::function<void()> atEnd = {}) {
+    return [held = std::make_shared<Held>(alive, std::move(atEnd))] { FAIL() << "This item must not run."; };
+}
+
+std::shared_ptr<DispatchQueue> makeQueue() {
+    return Platform::current().ports().queues->makeSerial("test", QualityOfService::standard);
+}
+
+} // namespace
+
+TEST(DesktopQueues, DestroyWhatIsQueuedAtTheEndAndWhatThatPosts) {
+    std::atomic<int> alive{0};
+    auto platform = std::make_unique<DesktopPlatform>();
+    const auto worker = makeQueue();
+    const auto main = DispatchQueue::main();
+    const auto postMore = [&] {
+        main->async(holding(alive, [&] { makeQueue()->async(holding(alive)); }));
+        worker->asyncAfter(0s, holding(alive));
+    };
+    main->async(holding(alive, postMore));
+    main->asyncAfter(1h, holding(alive, postMore));
+    worker->asyncAfter(1h, holding(alive, postMore));
+    EXPECT_EQ(alive, 3);
+
+    platform.reset();
+
+    EXPECT_EQ(alive, 0);
+    worker->async(holding(alive)); // the queue outlives its platform
+    main->asyncAfter(0s, holding(alive));
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(DesktopQueues, LoseNoItemThatIsPostedWhileThePlatformEnds) {
+    for (int round = 0; round < 20; ++round) {
+        std::atomic<int> alive{0};
+        std::atomic<bool> ended{false};
+        auto platform = std::make_unique<DesktopPlatform>();
+        const std::vector<std::shared_ptr<DispatchQueue>> queues = {makeQueue(), DispatchQueue::main()};
+        std::latch posted(1);
+        std::thread poster([&] {
+            for (int count = 0; !ended; ++count) {
+                for (const auto& queue : queues) {
+                    queue->async([held = std::make_shared<Held>(alive)] {});
+                    queue->asyncAfter(1us, [held = std::make_shared<Held>(alive)] {});
+                }
+                if (count == 10) posted.count_down();
+            }
+        });
+        posted.wait();
+
+        platform.reset();
+        ended = true;
+        poster.join();
+
+        ASSERT_EQ(alive, 0);
+    }
+}
+
+TEST(DesktopQueues, ThatAreNeverEmptyLeaveOthersTheirTurn) {
+    DesktopPlatform platform;
+    std::atomic<bool> done{false};
+    std::vector<std::function<void()>> loops(8);
+    for (auto& loop : loops) {
+        loop = [&, queue = makeQueue()] {
+            if (!done) queue->async(loop);
+        };
+        loop();
+    }
+
+    makeQueue()->async([&] { done = true; });
+
+    EXPECT_TRUE(platform.runMainLoopUntil([&] { return done.load(); }, 10s));
+    done = true; // or the loops would go on while they are taken down
+}
+
+TEST(DesktopQueues, LeaveSignalsToTheHostsThreads) {
+    DesktopPlatform platform;
+    std::atomic<int> blocked{-1};
+
+    makeQueue()->async([&] {
+        sigset_t signals;
+        pthread_sigmask(SIG_SETMASK, nullptr, &signals);
+        blocked = sigismember(&signals, SIGINT);
+    });
+
+    EXPECT_TRUE(platform.runMainLoopUntil([&] { return blocked >= 0; }, 10s));
+    EXPECT_EQ(blocked, 1);
+}
+
+} // namespace corvantile

@@ -1,0 +1,137 @@
+#include "HostCore/ActivityIndicator.hpp"
+
+#include "Platform/Foundation/DispatchQueue.hpp"
+#include "Reactive/Factories.hpp"
+#include "Reactive/PublishSubject.hpp"
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace corvantile {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Activity : public testing::Test {
+protected:
+    Activity() { listen(seen_); }
+
+    void listen(std::vector<bool>& into) {
+        indicator_.asObservable().subscribe([&into](bool isActive) { into.push_back(isActive); });
+    }
+    rx::Disposable start() { return indicator_.trackActivity(source_.asObservable()).subscribe(); }
+    // What the indicator told up to the end of this turn of the main queue.
+    std::vector<bool> turn() {
+        platform_->runUntilIdle();
+        return std::exchange(seen_, {});
+    }
+
+    TestDevice device_;
+    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
+    ActivityIndicator indicator_;
+    rx::PublishSubject<int> source_;
+    std::vector<bool> seen_;
+};
+
+TEST_F(Activity, IsTrueFromTheFirstSubscriptionToTheLastEnd) {
+    const auto tracked = indicator_.trackActivity(source_.asObservable());
+    EXPECT_THAT(turn(), ElementsAre(false));
+
+    const auto one = tracked.subscribe();
+    EXPECT_THAT(seen_, IsEmpty()) << "told by the main queue alone";
+    EXPECT_THAT(turn(), ElementsAre(true));
+    const auto two = tracked.subscribe();
+    one.dispose();
+    one.dispose();
+    EXPECT_THAT(turn(), IsEmpty());
+    source_.onError(std::make_exception_ptr(std::runtime_error("x")));
+    two.dispose();
+    EXPECT_THAT(turn(), ElementsAre(false));
+    indicator_.trackActivity(rx::just(1)).subscribe();
+    start();
+    EXPECT_THAT(turn(), IsEmpty()) << "ended inside its subscription, both of them";
+}
+
+TEST_F(Activity, SeesStopAndStartWithinOneTurnAsUnbroken) {
+    const auto first = start();
+    EXPECT_THAT(turn(), ElementsAre(false, true));
+    first.dispose();
+    const auto second = start();
+    EXPECT_THAT(turn(), IsEmpty());
+    second.dispose();
+    EXPECT_THAT(turn(), ElementsAre(false));
+}
+
+TEST_F(Activity, TellsEverySubscriberTheStateOfTheMomentFirst) {
+    std::vector<bool> early, late;
+    const auto running = start();
+    listen(early);
+    EXPECT_THAT(early, ElementsAre(true)) << "the count is up, though the main queue has not told yet";
+    turn();
+    listen(late);
+    running.dispose();
+    turn();
+
+    EXPECT_THAT(early, ElementsAre(true, false));
+    EXPECT_THAT(late, ElementsAre(true, false));
+}
+
+TEST_F(Activity, IsStillTrueInsideTheLastHandlers) {
+    std::vector<std::string> trace;
+    const auto note = [&](std::string where) {
+        return [&, where] {
+            indicator_.asObservable()
+                .subscribe([&](bool now) { trace.push_back(where + (now ? " true" : " false")); })
+                .dispose();
+        };
+    };
+    rx::PublishSubject<int> other;
+    indicator_.trackActivity(source_.asObservable()).subscribe({}, {}, note("completed"), note("disposed"));
+    source_.onCompleted();
+    note("after")();
+    // At a dispose the count goes down before the handler runs.
+    indicator_.trackActivity(other.asObservable()).subscribe({}, {}, {}, note("left")).dispose();
+
+    EXPECT_THAT(trace, ElementsAre("completed true", "disposed true", "after false", "left false"));
+}
+
+TEST_F(Activity, CountsOnAnyThreadAndTellsOnMain) {
+    turn();
+    std::vector<bool> onMain;
+    indicator_.asObservable().subscribe([&](bool) { onMain.push_back(DispatchQueue::main()->isCurrent()); });
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([this] {
+            for (int n = 0; n < 100; ++n) start().dispose();
+            start();
+        });
+    for (auto& thread : threads) thread.join();
+
+    EXPECT_THAT(seen_, IsEmpty());
+    EXPECT_THAT(turn(), ElementsAre(true));
+    EXPECT_THAT(onMain, ElementsAre(true, true));
+    source_.onCompleted();
+    EXPECT_THAT(turn(), ElementsAre(false));
+}
+
+TEST_F(Activity, ChangesWithoutHarmWhenItsProcessHasEnded) {
+    const auto running = start();
+    platform_.reset();
+    running.dispose();
+    std::vector<bool> late;
+    listen(late);
+    EXPECT_THAT(late, ElementsAre(false));
+}
+
+} // namespace
+} // namespace corvantile

@@ -1,0 +1,96 @@
+#include "Platform/Process.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace corvantile {
+namespace {
+
+std::vector<std::string> journal;
+
+template <char name>
+struct Journaled {
+    ~Journaled() { journal.push_back(std::string("destroyed ") + name); }
+    void release() { journal.push_back(std::string("released ") + name); }
+};
+
+struct Counter {
+    int value = 0;
+};
+
+TEST(Process, KeepsOneRecordOfEachType) {
+    Process first;
+    Process second;
+
+    first.record<Counter>().value = 7;
+
+    EXPECT_EQ(first.record<Counter>().value, 7);
+    EXPECT_EQ(second.record<Counter>().value, 0);
+}
+
+TEST(Process, ReleasesFirstMadeFirstAndDestroysLastMadeFirst) {
+    journal.clear();
+    {
+        Process process;
+        static_cast<void>(process.record<Journaled<'a'>>());
+        static_cast<void>(process.record<Counter>()); // has nothing to release
+        static_cast<void>(process.record<Journaled<'b'>>());
+
+        process.release();
+    }
+
+    EXPECT_EQ(journal, (std::vector<std::string>{"released a", "released b", "destroyed b", "destroyed a"}));
+}
+
+// While it lets go, somebody may still ask for a record that was never needed before.
+struct Late {
+    Process* process = nullptr;
+    void release() { static_cast<void>(process->record<Journaled<'z'>>()); }
+};
+
+TEST(Process, ReleasesWhatIsMadeWhileReleasing) {
+    journal.clear();
+    {
+        Process process;
+        process.record<Late>().process = &process;
+
+        process.release();
+    }
+
+    EXPECT_EQ(journal, (std::vector<std::string>{"released z", "destroyed z"}));
+}
+
+struct MadeOnce {
+    static inline std::atomic<int> made{0};
+    MadeOnce() {
+        ++made;
+        std::this_thread::yield();
+    }
+};
+
+TEST(Process, MakesARecordOnceForManyThreads) {
+    constexpr int threadCount = 8;
+    Process process;
+    std::latch start(threadCount);
+    std::vector<void*> records(threadCount);
+    std::vector<std::thread> threads;
+
+    for (auto& record : records)
+        threads.emplace_back([&process, &start, &record] {
+            start.arrive_and_wait();
+            record = &process.record<MadeOnce>();
+        });
+    for (auto& thread : threads) thread.join();
+
+    EXPECT_EQ(MadeOnce::made, 1);
+    EXPECT_EQ(std::set<void*>(records.begin(), records.end()).size(), 1u);
+}
+
+} // namespace
+} // namespace corvantile
