@@ -35,11 +35,3 @@ if(PROJECT_IS_TOP_LEVEL)
     add_link_options(-fsanitize=${CORVANTILE_SANITIZE})
   endif()
 endif()
-
-# Adds a folder that has a CMakeLists.txt; the configure step is repeated when one appears.
-function(corvantile_add_folder folder)
-  file(GLOB lists CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/CMakeLists.txt)
-  if(lists)
-    add_subdirectory(${PROJECT_SOURCE_DIR}/${folder} ${PROJECT_BINARY_DIR}/${folder})
-  endif()
-endfunction()

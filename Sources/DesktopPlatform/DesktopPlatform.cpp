@@ -48,12 +48,17 @@ DesktopOptions checked(DesktopOptions options) {
     return options;
 }
 
+std::shared_ptr<Console> consoleOf(const DesktopOptions& options) {
+    if (options.console) return options.console;
+    return std::make_shared<DescriptorConsole>(options.consoleDescriptor);
+}
+
 } // namespace
 
 // The ports under their own types, for the platform itself.
 struct DesktopPlatform::Parts {
     [[nodiscard]] Ports ports(const DesktopOptions& options) {
-        const auto console = std::make_shared<DescriptorConsole>(options.consoleDescriptor);
+        const auto console = consoleOf(options);
         const auto queues = std::make_shared<DesktopQueues>(executors);
         vault = std::make_shared<Vault>(vaultOptions(options, console));
         userDefaults = std::make_shared<SQLiteUserDefaults>(userDefaultsOptions(options, console, *queues));

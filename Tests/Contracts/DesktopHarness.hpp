@@ -26,6 +26,9 @@ public:
         platform_.reset();
         platform_ = std::make_unique<DesktopPlatform>(prepare(folder_.path()));
     }
+    [[nodiscard]] std::unique_ptr<Platform> launchAnother() {
+        return std::make_unique<DesktopPlatform>(prepare(folder_.path()));
+    }
     void setKeychainLocked(bool locked) { platform_->vault().setLocked(locked); }
 
 private:

@@ -20,7 +20,8 @@ namespace corvantile {
 
 // A harness launches ContractApp on its platform. It offers `Platform& platform()` and
 // `bool runUntil(const std::function<bool()>& done)`, which runs the main thread's work and answers false
-// when `done` is still false after ten seconds of the platform's time; `relaunch()` in the same place; and
+// when `done` is still false after ten seconds of the platform's time; `relaunch()` in the same place;
+// `launchAnother()`, a second process beside the first, which it must not outlive; and
 // `setKeychainLocked(bool)`. Its end is the process's.
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
 using Harnesses = testing::Types<TestHarness, DesktopHarness>;
@@ -44,6 +45,7 @@ protected:
     [[nodiscard]] Harness& harness() { return *harness_; }
 
     void relaunch() { harness_->relaunch(); }
+    [[nodiscard]] std::unique_ptr<Platform> launchAnother() { return harness_->launchAnother(); }
     void endProcess() { harness_.reset(); }
 
 private:

@@ -16,6 +16,7 @@ public:
     [[nodiscard]] Platform& platform() { return *platform_; }
     [[nodiscard]] bool runUntil(const std::function<bool()>& done) { return platform_->runUntil(done); }
     void relaunch() { platform_ = TestPlatform::relaunch(std::move(platform_)); }
+    [[nodiscard]] std::unique_ptr<Platform> launchAnother() { return TestPlatform::launch(device_); }
     void setKeychainLocked(bool locked) { device_.keychain().setLocked(locked); }
 
 private:

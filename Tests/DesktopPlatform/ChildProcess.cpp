@@ -38,15 +38,22 @@ void ChildProcess::kill() {
     if (process_ > 0) ::kill(process_, SIGKILL);
 }
 
+std::string ChildProcess::read(std::size_t count) {
+    std::string bytes(count, '\0');
+    std::size_t size = 0;
+    while (size < count) {
+        const auto more = ::read(in_, bytes.data() + size, count - size);
+        if (more < 0 && errno == EINTR) continue;
+        if (more <= 0) break;
+        size += static_cast<std::size_t>(more);
+    }
+    bytes.resize(size);
+    return bytes;
+}
+
 std::string ChildProcess::readAll() {
     std::string all;
-    std::array<char, 4096> bytes{};
-    for (;;) {
-        const auto count = ::read(in_, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
-        all.append(bytes.data(), static_cast<std::size_t>(count));
-    }
+    for (auto some = read(4096); !some.empty(); some = read(4096)) all += some;
     wait();
     return all;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -19,8 +20,11 @@ public:
 
     // Ends it as a power cut does.
     void kill();
-    // All that it wrote, once it has ended. True from `endedWell` when it was neither killed nor threw.
+    // The next `count` bytes that it writes; fewer when it ends before.
+    [[nodiscard]] std::string read(std::size_t count);
+    // The rest of what it writes until its end.
     [[nodiscard]] std::string readAll();
+    // Waits for its end. False: it was killed, or `work` threw.
     [[nodiscard]] bool endedWell();
 
 private:

@@ -1,6 +1,5 @@
 #include "Reactive/DisposableSlot.hpp"
 #include "Reactive/DisposeBag.hpp"
-#include "Reactive/PublishSubject.hpp"
 #include "Tests/Reactive/Recorder.hpp"
 
 #include <gtest/gtest.h>
@@ -10,9 +9,11 @@
 
 namespace corvantile::rx {
 
-TEST(Disposables, RunTheirActionOnceForAllCopies) {
+TEST(Disposables, RunTheirActionOnceForAllCopiesAndLetItGo) {
     Recorder recorder;
-    const auto handle = Disposable::create(recorder.noting("action"));
+    auto captured = std::make_shared<int>();
+    const std::weak_ptr<int> watch = captured;
+    const auto handle = Disposable::create([&, captured = std::move(captured)] { recorder.note("action"); });
     const auto copy = handle;
     EXPECT_FALSE(copy.isDisposed());
 
@@ -20,28 +21,13 @@ TEST(Disposables, RunTheirActionOnceForAllCopies) {
     copy.dispose();
 
     EXPECT_EQ(recorder.take(), "action");
-    EXPECT_TRUE(copy.isDisposed());
-    EXPECT_TRUE(Disposable().isDisposed());
-}
-
-TEST(Disposables, ReleaseTheActionThoughTheHandleIsKept) {
-    auto captured = std::make_shared<int>();
-    const std::weak_ptr<int> watch = captured;
-    const auto handle = Disposable::create([captured = std::move(captured)] {});
-
-    handle.dispose();
-
-    EXPECT_TRUE(watch.expired());
+    EXPECT_TRUE(watch.expired() && copy.isDisposed() && Disposable().isDisposed());
 }
 
 TEST(Disposables, DisposeOfTheirPartsInTheOrderGiven) {
     Recorder recorder;
-    const auto all = Disposable::all(
-        {Disposable::create(recorder.noting("1")), Disposable(), Disposable::create(recorder.noting("2"))});
-
-    all.dispose();
-    all.dispose();
-
+    const auto part = [&](const char* name) { return Disposable::create(recorder.noting(name)); };
+    Disposable::all({part("1"), Disposable(), part("2")}).dispose();
     EXPECT_EQ(recorder.take(), "1, 2");
 }
 
@@ -57,27 +43,7 @@ TEST(Disposables, OfSubscriptionsEndNothingWhenDroppedOrOverwritten) {
     EXPECT_EQ(recorder.take(), "A next 1, B next 1");
 }
 
-TEST(Disposables, OfASubscriptionAreDisposedOnceItHasEnded) {
-    PublishSubject<int> subject;
-    const auto handle = subject.subscribe();
-    EXPECT_FALSE(handle.isDisposed());
-
-    subject.onCompleted();
-
-    EXPECT_TRUE(handle.isDisposed());
-}
-
-TEST(DisposeBags, DisposeInTheOrderInsertedWhenTheyAreDestroyed) {
-    Recorder recorder;
-    {
-        DisposeBag bag;
-        for (const auto* name : {"1", "2", "3"}) bag.insert(Disposable::create(recorder.noting(name)));
-        EXPECT_EQ(recorder.take(), "");
-    }
-    EXPECT_EQ(recorder.take(), "1, 2, 3");
-}
-
-TEST(DisposeBags, DisposeAtOnceOfWhatIsInsertedDuringTheirDestruction) {
+TEST(DisposeBags, DisposeInTheOrderInsertedWhenTheyAreDestroyedAndAtOnceMeanwhile) {
     Recorder recorder;
     {
         DisposeBag bag;
@@ -86,41 +52,27 @@ TEST(DisposeBags, DisposeAtOnceOfWhatIsInsertedDuringTheirDestruction) {
             recorder.note("first");
         }));
         bag.insert(Disposable::create(recorder.noting("second")));
+        EXPECT_EQ(recorder.take(), "");
     }
     EXPECT_EQ(recorder.take(), "late, first, second");
 }
 
-TEST(DisposableSlots, ExchangeWithoutDisposing) {
-    Recorder recorder;
-    DisposableSlot slot;
-    EXPECT_TRUE(slot.isEmpty());
-
-    slot.exchange(Disposable::create(recorder.noting("old")));
-    const auto old = slot.exchange(Disposable::create(recorder.noting("new")));
-    EXPECT_FALSE(slot.isEmpty());
-    EXPECT_EQ(recorder.take(), "");
-
-    slot.disposeAndClear();
-    slot.disposeAndClear();
-    EXPECT_TRUE(slot.isEmpty());
-    EXPECT_EQ(recorder.take(), "new");
-
-    old.dispose();
-    EXPECT_EQ(recorder.take(), "old");
-}
-
-TEST(DisposableSlots, DisposeOutsideTheirLockAndNotAtTheirEnd) {
+TEST(DisposableSlots, DisposeOnlyWhenToldAndOutsideTheirLock) {
     Recorder recorder;
     {
         DisposableSlot slot;
-        slot.exchange(Disposable::create([&] {
+        slot.exchange(Disposable::create(recorder.noting("old")));
+        const auto old = slot.exchange(Disposable::create([&] {
             recorder.note(slot.isEmpty() ? "empty" : "filled");
             slot.exchange(Disposable::create(recorder.noting("never")));
         }));
+        EXPECT_EQ(recorder.take(), "");
+
         slot.disposeAndClear();
         EXPECT_FALSE(slot.isEmpty());
+        old.dispose();
     }
-    EXPECT_EQ(recorder.take(), "empty");
+    EXPECT_EQ(recorder.take(), "empty, old");
 }
 
 } // namespace corvantile::rx

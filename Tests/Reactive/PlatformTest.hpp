@@ -13,11 +13,17 @@
 
 namespace corvantile::rx {
 
-// A fresh process for each test.
+// A fresh process for each test, and a trace.
 class PlatformTest : public testing::Test {
 protected:
     [[nodiscard]] static std::shared_ptr<Scheduler> makeScheduler() {
         return std::make_shared<SerialDispatchQueueScheduler>(QualityOfService::standard);
+    }
+    std::string take() { return recorder_.take(); }
+    // Runs what is queued first.
+    std::string run() {
+        platform_->runUntilIdle();
+        return take();
     }
 
     TestDevice device_;

@@ -2,16 +2,20 @@
 
 #include "Platform/Foundation/NSError.hpp"
 #include "Reactive/Describe.hpp"
+#include "Reactive/Factories.hpp"
 #include "Reactive/Observable.hpp"
+#include "Reactive/PublishSubject.hpp"
+#include "Reactive/ReplaySubject.hpp"
 
 #include <exception>
 #include <functional>
 #include <string>
 #include <utility>
 
+// What nearly every test of streams needs.
 namespace corvantile::rx {
 
-// What happened, in order, as one text: "next 1, next 2, completed, disposed". Not for several threads.
+// What happened, in order, as one text: "next 1, next 2, completed, disposed". For one thread.
 class Recorder {
 public:
     void note(const std::string& text) { trace_.append(trace_.empty() ? "" : ", ").append(text); }
@@ -25,15 +29,14 @@ public:
     Disposable subscribe(const Observable<T>& stream, const std::string& name = "",
                          std::function<void(const T&)> react = {}) {
         const auto prefix = name.empty() ? "" : name + " ";
-        return stream.subscribe(
-            [this, prefix, react](const T& value) {
-                note(prefix + "next " + describeValue(value));
-                if (react) react(value);
-            },
-            [this, prefix](const std::exception_ptr& error) {
-                note(prefix + "error " + localizedDescription(error));
-            },
-            noting(prefix + "completed"), noting(prefix + "disposed"));
+        const auto onNext = [this, prefix, react](const T& value) {
+            note(prefix + "next " + describeValue(value));
+            if (react) react(value);
+        };
+        const auto onError = [this, prefix](const auto& error) {
+            note(prefix + "error " + localizedDescription(error));
+        };
+        return stream.subscribe(onNext, onError, noting(prefix + "completed"), noting(prefix + "disposed"));
     }
 
     // The trace so far; the next one begins empty.

@@ -1,6 +1,7 @@
 #include "DesktopPlatform/Application/LocalDevice.hpp"
 
 #include "DesktopPlatform/Foundation/AtomicFile.hpp"
+#include "Platform/Foundation/UUID.hpp"
 
 #include <array>
 #include <cstddef>
@@ -37,15 +38,7 @@ std::optional<std::string> newIdentifier() {
     std::array<unsigned char, 16> bytes{};
     // So few bytes come whole; an error is left only where the kernel has no random numbers at all.
     if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) return std::nullopt;
-    bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40); // version: random
-    bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80); // variant
-    std::string text;
-    for (const auto byte : bytes) {
-        if (isHyphenPlace(text.size())) text += '-';
-        text += upperCaseHex[byte >> 4];
-        text += upperCaseHex[byte & 0x0F];
-    }
-    return text;
+    return uuidText(bytes);
 }
 
 } // namespace

@@ -45,8 +45,10 @@ struct Vault::Parts {
     explicit Parts(VaultOptions given)
         : options(withAbsoluteFolder(std::move(given))),
           reader(file()),
-          writer(
-              file(), reader, [this](const std::string& text) { say(text); }, options.inBackground) {}
+          writer(file(), reader,
+                 {.say = [this](const std::string& text) { say(text); },
+                  .canRead = [this](const SealedEntry& entry) { return open(entry).dictionary.has_value(); },
+                  .inBackground = options.inBackground}) {}
 
     // Empty: there is no place for one.
     [[nodiscard]] fs::path file() const {
@@ -103,6 +105,15 @@ struct Vault::Parts {
         if (dictionary) return {std::move(dictionary), {}};
         const bool isOfAnotherKey = entry.keyIdentifier != master->identifier();
         return {std::nullopt, isOfAnotherKey ? "it was sealed under another master key." : "it is damaged."};
+    }
+
+    // False also where that cannot be told.
+    bool holds(std::string_view account, std::string_view service) {
+        try {
+            return reader.find(account, service).has_value();
+        } catch (const NSError&) {
+            return false; // the writer will find out why
+        }
     }
 
     VaultInspection::Entry describe(SealedEntry entry) {
@@ -179,7 +190,7 @@ std::optional<KeychainDictionary> Vault::load(std::string_view account, std::str
 void Vault::save(const KeychainDictionary& dictionary, std::string_view account, std::string_view service) {
     const bool isAdded = parts_->changing([&] {
         // Without a key the entry could not be read; a new key, made only to find it there, would hide why.
-        if (!parts_->presentKey() && parts_->reader.find(account, service)) return false;
+        if (!parts_->presentKey() && parts_->holds(account, service)) return false;
         return parts_->writer.add(parts_->seal(dictionary, account, service));
     });
     if (!isAdded) throw keychainError(KeychainStatus::duplicateItem);
@@ -208,8 +219,9 @@ VaultInspection Vault::inspect() const {
             inspection.faults.push_back(error.localizedDescription());
         }
     };
-    std::vector<SealedEntry> sealed;
-    attempt([&] { parts_->reader.all(sealed); });
+    std::string fault;
+    auto sealed = parts_->reader.all(fault);
+    if (!fault.empty()) inspection.faults.push_back(fault);
     attempt([&] {
         if (!parts_->presentKey() && !sealed.empty())
             inspection.faults.emplace_back("There is no master key.");

@@ -18,17 +18,17 @@ class Console;
 struct VaultOptions {
     // Holds the vault and its master key; made by the first save, for its user alone. Empty: every save is
     // refused, since a keychain that forgets would let a purchase be reported once more at each launch.
-    std::filesystem::path folder;
+    std::filesystem::path folder = {};
 
     // Hears once of each thing that a person must put right. May be null.
-    std::shared_ptr<Console> console;
+    std::shared_ptr<Console> console = nullptr;
 
     // Prints a line for each load that finds an entry but cannot read it.
     bool reportsUnreadableEntries = false;
 
     // Runs work that waits for the disk and that nobody waits for, on another thread or never. Empty: the
     // save that caused it does it.
-    std::function<void(std::function<void()>)> inBackground;
+    std::function<void(std::function<void()>)> inBackground = nullptr;
 };
 
 // What a vault holds, for people.

@@ -3,6 +3,7 @@
 #include "DesktopPlatform/Storage/Sqlite.hpp"
 #include "Platform/Keychain/KeychainError.hpp"
 
+#include <iterator>
 #include <utility>
 
 namespace corvantile {
@@ -13,8 +14,10 @@ struct VaultReader::Connection {
     std::unique_ptr<SqliteDatabase> database;
     SqliteStatement find =
         database->prepare("SELECT key, box FROM entries WHERE service = ?1 AND account = ?2");
-    SqliteStatement all =
+    SqliteStatement ascending =
         database->prepare("SELECT service, account, key, box FROM entries ORDER BY service, account");
+    SqliteStatement descending = database->prepare(
+        "SELECT service, account, key, box FROM entries ORDER BY service DESC, account DESC");
 };
 
 VaultReader::VaultReader(std::filesystem::path file) : file_(std::move(file)) {}
@@ -33,17 +36,37 @@ std::optional<SealedEntry> VaultReader::find(std::string_view account, std::stri
     }
 }
 
-void VaultReader::all(std::vector<SealedEntry>& entries) {
+std::vector<SealedEntry> VaultReader::all(std::string& fault) {
     const std::lock_guard lock(mutex_);
+    std::vector<SealedEntry> entries;
     try {
-        if (!open()) return;
-        auto run = connection_->all.run();
-        while (run.next())
-            entries.push_back({std::string(run.bytes(0)), std::string(run.bytes(1)),
-                               std::string(run.bytes(2)), std::string(run.bytes(3))});
+        if (open()) append(entries, connection_->ascending);
     } catch (const SqliteError& error) {
-        throw vaultError(error);
+        fault = vaultError(error).localizedDescription();
+    } catch (const NSError& error) {
+        fault = error.localizedDescription();
     }
+    if (!fault.empty() && connection_) appendFromTheOtherEnd(entries);
+    return entries;
+}
+
+void VaultReader::append(std::vector<SealedEntry>& entries, const SqliteStatement& select) {
+    auto run = select.run();
+    while (run.next())
+        entries.push_back({std::string(run.bytes(0)), std::string(run.bytes(1)), std::string(run.bytes(2)),
+                           std::string(run.bytes(3))});
+}
+
+// What lies behind a damaged page, which stopped the way from the beginning.
+void VaultReader::appendFromTheOtherEnd(std::vector<SealedEntry>& entries) {
+    std::vector<SealedEntry> reversed;
+    try {
+        append(reversed, connection_->descending);
+    } catch (const SqliteError&) {
+        // It stops at the damaged page again.
+    }
+    entries.insert(entries.end(), std::make_move_iterator(reversed.rbegin()),
+                   std::make_move_iterator(reversed.rend()));
 }
 
 void VaultReader::reopen() {

@@ -8,10 +8,13 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 namespace corvantile {
+
+class SqliteStatement;
 
 // Reads the vault's file on a connection of its own, so that nobody who reads waits while another thread's
 // save is flushed. It makes no file and changes no entry. Threads: any. Errors: NSError.
@@ -21,8 +24,8 @@ public:
     ~VaultReader();
 
     [[nodiscard]] std::optional<SealedEntry> find(std::string_view account, std::string_view service);
-    // Appends all of them, by service and account; before a throw, those that can be read.
-    void all(std::vector<SealedEntry>& entries);
+    // All of them, by service and account; of a damaged file what can be read, and `fault` says so.
+    [[nodiscard]] std::vector<SealedEntry> all(std::string& fault);
 
     // Forgets the file that is open: its name may lead to another now.
     void reopen();
@@ -35,6 +38,9 @@ private:
         FileIdentity file;
         NSError error;
     };
+
+    static void append(std::vector<SealedEntry>& entries, const SqliteStatement& select);
+    void appendFromTheOtherEnd(std::vector<SealedEntry>& entries);
 
     // False: there is nothing to read.
     [[nodiscard]] bool open();

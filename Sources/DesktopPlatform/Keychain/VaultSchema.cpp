@@ -18,10 +18,17 @@ constexpr std::int64_t version = 1;
 } // namespace
 
 VaultContent contentOf(SqliteDatabase& database) {
-    if (database.integer("PRAGMA application_id") == applicationIdentifier)
-        return database.integer("PRAGMA user_version") > version ? VaultContent::later : VaultContent::vault;
+    const bool isOurs = database.integer("PRAGMA application_id") == applicationIdentifier;
+    if (isOurs && database.integer("PRAGMA user_version") > version) return VaultContent::later;
+    const auto columns = database.integer("SELECT count(*) FROM pragma_table_info('entries')"
+                                          " WHERE name IN ('service', 'account', 'key', 'box')");
+    if (isOurs && columns == 4) return VaultContent::vault;
     const bool hasTables = database.integer("SELECT count(*) FROM sqlite_schema") > 0;
-    return hasTables ? VaultContent::foreign : VaultContent::empty;
+    return isOurs || hasTables ? VaultContent::foreign : VaultContent::empty;
+}
+
+bool isWhole(SqliteDatabase& database) {
+    return database.integer("SELECT count(*) FROM pragma_quick_check(1) WHERE quick_check <> 'ok'") == 0;
 }
 
 void makeVault(SqliteDatabase& database) {

@@ -31,6 +31,9 @@ enum class VaultContent {
 // Throws SqliteError.
 [[nodiscard]] VaultContent contentOf(SqliteDatabase& database);
 
+// No page contradicts another. Takes time in proportion to the file. Throws SqliteError.
+[[nodiscard]] bool isWhole(SqliteDatabase& database);
+
 // Makes an empty file a vault, as a whole or not at all. Throws SqliteError.
 void makeVault(SqliteDatabase& database);
 

@@ -7,6 +7,7 @@
 #include "Platform/Keychain/KeychainError.hpp"
 
 #include <utility>
+#include <vector>
 
 #include <sys/stat.h>
 
@@ -28,24 +29,24 @@ struct VaultWriter::Connection {
         database->prepare("INSERT INTO entries (service, account, key, box) VALUES (?1, ?2, ?3, ?4)"
                           " ON CONFLICT DO UPDATE SET key = excluded.key, box = excluded.box");
     SqliteStatement remove = database->prepare("DELETE FROM entries WHERE service = ?1 AND account = ?2");
+
+    [[nodiscard]] static SqliteRun run(const SqliteStatement& statement, const SealedEntry& entry) {
+        return statement.run({entry.service, entry.account, entry.keyIdentifier, entry.box});
+    }
 };
 
-VaultWriter::VaultWriter(std::filesystem::path file, VaultReader& reader,
-                         std::function<void(const std::string&)> say, Background inBackground)
-    : file_(std::move(file)), reader_(reader), say_(std::move(say)), inBackground_(std::move(inBackground)) {}
+VaultWriter::VaultWriter(std::filesystem::path file, VaultReader& reader, Help help)
+    : file_(std::move(file)), reader_(reader), help_(std::move(help)) {}
 
 VaultWriter::~VaultWriter() = default;
 
 bool VaultWriter::add(const SealedEntry& entry) {
-    return change([&entry](const Connection& connection) {
-               return connection.add.run({entry.service, entry.account, entry.keyIdentifier, entry.box});
-           }) > 0;
+    return change([&entry](const Connection& connection) { return Connection::run(connection.add, entry); }) >
+           0;
 }
 
 void VaultWriter::put(const SealedEntry& entry) {
-    change([&entry](const Connection& connection) {
-        return connection.put.run({entry.service, entry.account, entry.keyIdentifier, entry.box});
-    });
+    change([&entry](const Connection& connection) { return Connection::run(connection.put, entry); });
 }
 
 bool VaultWriter::remove(std::string_view account, std::string_view service) {
@@ -67,6 +68,7 @@ int VaultWriter::change(Change run) {
         if (connection_->database->logPages() >= longLog) shortenLog();
         return changes;
     } catch (const SqliteError& error) {
+        if (error.isUnreadable()) connection_.reset(); // to be looked over when it is opened again
         throw vaultError(error);
     }
 }
@@ -76,15 +78,11 @@ void VaultWriter::open() {
     // Of several processes that find no usable file, one makes it and the others open what it made.
     const auto lock = folder.lock();
     connection_ = connect();
-    if (!connection_) {
-        setFileAside();
-        connection_ = connect();
-    }
-    if (!connection_) throw keychainError(KeychainStatus::io, "A new vault does not open.");
+    if (!connection_) beginAnew();
     reader_.reopen();
 }
 
-// Null: nothing in the file can be read.
+// Null: the file cannot be used.
 std::unique_ptr<VaultWriter::Connection> VaultWriter::connect() const {
     if (isEmptyUnderItsLog(file_)) return nullptr;
     // SQLite itself would make the file readable for others. No descriptor is opened for this: closing one
@@ -95,7 +93,10 @@ std::unique_ptr<VaultWriter::Connection> VaultWriter::connect() const {
         const auto content = contentOf(*database);
         if (content == VaultContent::later) throw laterVersionError();
         if (content == VaultContent::foreign) return nullptr;
-        if (content == VaultContent::empty) makeVault(*database);
+        if (content == VaultContent::empty)
+            makeVault(*database);
+        else if (!isWhole(*database))
+            return nullptr;
         database->execute("PRAGMA journal_mode = WAL");
         database->execute("PRAGMA synchronous = FULL");
         database->keepLog();
@@ -106,11 +107,26 @@ std::unique_ptr<VaultWriter::Connection> VaultWriter::connect() const {
     }
 }
 
-void VaultWriter::setFileAside() {
-    const auto name = setAside(file_, {"-journal", "-wal", "-shm"});
-    if (!name) throw keychainError(KeychainStatus::io, "The vault is damaged and cannot be set aside.");
-    say_("Nothing in " + file_.string() + " can be read. It is kept as " + name->filename().string() +
-         ", and a new keychain begins.");
+void VaultWriter::beginAnew() {
+    const auto left = readableEntries();
+    const auto kept = setAside(file_, {"-journal", "-wal", "-shm"});
+    if (!kept) throw keychainError(KeychainStatus::io, "The vault is damaged and cannot be set aside.");
+    auto connection = connect();
+    if (!connection) throw keychainError(KeychainStatus::io, "A new vault does not open.");
+    connection->database->execute("BEGIN IMMEDIATE");
+    for (const auto& entry : left) (void)Connection::run(connection->put, entry).next();
+    connection->database->execute("COMMIT");
+    connection_ = std::move(connection);
+    help_.say(file_.string() + " is damaged. It is kept as " + kept->filename().string() +
+              ", and a new keychain begins with what could be read: " + std::to_string(left.size()) +
+              (left.size() == 1 ? " entry." : " entries."));
+}
+
+std::vector<SealedEntry> VaultWriter::readableEntries() const {
+    std::string fault; // known already
+    auto entries = VaultReader(file_).all(fault);
+    std::erase_if(entries, [this](const SealedEntry& entry) { return !help_.canRead(entry); });
+    return entries;
 }
 
 void VaultWriter::shortenLog() {
@@ -119,8 +135,8 @@ void VaultWriter::shortenLog() {
         emptyVaultLog(file);
         isShortening->store(false);
     };
-    if (inBackground_)
-        inBackground_(std::move(work));
+    if (help_.inBackground)
+        help_.inBackground(std::move(work));
     else
         work();
 }

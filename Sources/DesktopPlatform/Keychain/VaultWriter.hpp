@@ -9,6 +9,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace corvantile {
 
@@ -18,12 +19,17 @@ class VaultReader;
 // first one makes folder and file, which takes more. Threads: any. Errors: NSError.
 class VaultWriter {
 public:
-    using Background = std::function<void(std::function<void()>)>;
+    struct Help {
+        // Tells the user.
+        std::function<void(const std::string&)> say;
+        // Whether the entry can be read. Asked when a damaged file is replaced, about what is left in it.
+        std::function<bool(const SealedEntry&)> canRead;
+        // Runs work that waits for the disk; empty: the caller runs it.
+        std::function<void(std::function<void()>)> inBackground;
+    };
 
-    // `say` tells the user; `inBackground` runs work that waits for the disk, as does the caller when it is
-    // empty. `reader` is told when the file has become another one.
-    VaultWriter(std::filesystem::path file, VaultReader& reader, std::function<void(const std::string&)> say,
-                Background inBackground);
+    // `reader` is told when the file has become another one.
+    VaultWriter(std::filesystem::path file, VaultReader& reader, Help help);
     ~VaultWriter();
 
     // False: there is one already, which stands.
@@ -39,13 +45,13 @@ private:
     int change(Change run);
     void open();
     [[nodiscard]] std::unique_ptr<Connection> connect() const;
-    void setFileAside();
+    void beginAnew();
+    [[nodiscard]] std::vector<SealedEntry> readableEntries() const;
     void shortenLog();
 
     const std::filesystem::path file_;
     VaultReader& reader_;
-    const std::function<void(const std::string&)> say_;
-    const Background inBackground_;
+    const Help help_;
     std::mutex mutex_;
     std::unique_ptr<Connection> connection_;
     std::shared_ptr<std::atomic<bool>> isShortening_ = std::make_shared<std::atomic<bool>>(false);

@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 
 constexpr std::int64_t applicationIdentifier = 0x43565544; // "CVUD"
 constexpr std::int64_t formatVersion = 1;
-constexpr const char* restartLog = "PRAGMA user_version = 1"; // any write: this one says nothing new
+constexpr const char* anyWrite = "PRAGMA user_version = 1"; // says nothing new
 
 // The write-ahead mode comes last: what is made before it is all in the one file. Nothing here waits for the
 // disk, for there is nothing to lose yet.
@@ -95,7 +95,10 @@ std::unique_ptr<DefaultsFile> openUsable(const fs::path& file, std::string& reas
 }
 
 // Reads the whole file: damage is found before anything is built upon it.
-SqliteDatabase& checked(SqliteDatabase& database) {
+SqliteDatabase& checked(SqliteDatabase& database, const fs::path& file) {
+    std::error_code error;
+    if (fs::file_size(file, error) == 0) // of which SQLite would delete the log
+        throw SqliteError(SQLITE_NOTADB, "it is empty");
     if (database.integer("PRAGMA application_id") != applicationIdentifier)
         throw SqliteError(SQLITE_NOTADB, "it holds no user defaults");
     if (database.integer("PRAGMA user_version") != formatVersion)
@@ -128,12 +131,14 @@ DefaultsFile::Opened DefaultsFile::openOrBegin(const fs::path& file) {
     }
     begin(file);
     opened.file = std::make_unique<DefaultsFile>(file);
+    opened.file->beginLog();
     return opened;
 }
 
 DefaultsFile::DefaultsFile(const fs::path& file)
     : database_(file, SqliteDatabase::Missing::fails),
-      select_(checked(database_).prepare("SELECT key, value, typeof(value) FROM defaults ORDER BY key")),
+      select_(
+          checked(database_, file).prepare("SELECT key, value, typeof(value) FROM defaults ORDER BY key")),
       setText_(database_.prepare("INSERT INTO defaults VALUES (?1, ?2)"
                                  " ON CONFLICT (key) DO UPDATE SET value = excluded.value")),
       setBoolean_(database_.prepare("INSERT INTO defaults VALUES (?1, ?2 = x'31')"
@@ -178,6 +183,14 @@ void DefaultsFile::write(const Changes& changes) {
     }
 }
 
+// The first write to a new log would wait for the disk, lest power loss mixes it up with what the log held
+// before; but there is nothing before.
+void DefaultsFile::beginLog() {
+    database_.execute("PRAGMA synchronous = OFF");
+    database_.execute(anyWrite);
+    database_.execute("PRAGMA synchronous = NORMAL");
+}
+
 void DefaultsFile::rollBack() {
     try {
         database_.execute("ROLLBACK");
@@ -199,7 +212,7 @@ void DefaultsFile::emptyLog(const fs::path& file) {
     read(database);
     // The first write to an emptied log waits for the disk: it had better be this one than somebody's next
     // set.
-    if (database.emptyLog()) database.execute(restartLog);
+    if (database.emptyLog()) database.execute(anyWrite);
 }
 
 void DefaultsFile::flush(const fs::path& file) {

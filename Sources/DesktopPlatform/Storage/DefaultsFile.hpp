@@ -56,6 +56,7 @@ public:
 
 private:
     std::int64_t version();
+    void beginLog();
     void rollBack();
 
     SqliteDatabase database_;

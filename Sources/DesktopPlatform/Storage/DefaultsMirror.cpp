@@ -14,6 +14,12 @@ namespace {
 // A turn of the main loop may take microseconds; a full disk is asked less often.
 constexpr std::chrono::seconds attemptInterval{1};
 
+// What the same connection may well do later; after anything else it is made anew.
+bool mayPass(const SqliteError& error) {
+    return error.code() == SQLITE_FULL || error.code() == SQLITE_BUSY ||
+           error.extendedCode() == SQLITE_IOERR_WRITE;
+}
+
 void apply(const DefaultsFile::Change& change, std::string_view key, NSUserDefaults::Dictionary& values) {
     const auto found = values.find(key);
     if (!change && found != values.end())
@@ -68,7 +74,7 @@ void DefaultsMirror::notice() {
 bool DefaultsMirror::catchUp() {
     if (path_.empty()) return false;
     try {
-        if (!file_) open();
+        if (!file_ || file_->hasMoved()) open();
         if (!unwritten_.empty()) file_->write(unwritten_);
     } catch (const SqliteError& error) {
         fail(error);
@@ -97,8 +103,7 @@ void DefaultsMirror::fail(const SqliteError& error) {
     // Of a file that was damaged under our hands, everything that we know is worth saving.
     if (error.isUnreadable())
         for (const auto& [key, value] : values_) unwritten_.try_emplace(key, value);
-    // With a full or a busy one the connection is still good; after anything else it may never be again.
-    if (error.code() != SQLITE_FULL && error.code() != SQLITE_BUSY) file_.reset();
+    if (!mayPass(error)) file_.reset();
     nextAttempt_ = std::chrono::steady_clock::now() + attemptInterval;
     if (!std::exchange(hasComplained_, true))
         say("User defaults cannot be written to " + path_.string() + " (" + error.what() +

@@ -36,8 +36,8 @@ std::optional<fs::path> setAside(const fs::path& file, std::initializer_list<std
     std::error_code error;
     // The file itself goes last: until it has gone, another attempt finds everything in its place.
     for (const auto suffix : suffixes)
-        if (isThere(with(file, suffix))) fs::rename(with(file, suffix), with(name, suffix), error);
-    fs::rename(file, name, error);
+        if (!error && isThere(with(file, suffix))) fs::rename(with(file, suffix), with(name, suffix), error);
+    if (!error) fs::rename(file, name, error);
     if (error) return std::nullopt;
     return name;
 }

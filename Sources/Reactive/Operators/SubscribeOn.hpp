@@ -45,8 +45,8 @@ public:
 
     Upstream subscribe(std::shared_ptr<Observer<T>> observer, Chain& chain) override {
         chain.noteStage();
-        const auto late = std::make_shared<LateUpstream>(scheduler_);
         const auto joint = std::make_shared<Joint>(Joint{observer, Disposable()});
+        const auto late = std::make_shared<LateUpstream>(scheduler_, joint);
         scheduler_->post([late, source = upstream_, weakJoint = std::weak_ptr(joint), observer, &chain] {
             const auto above = std::make_shared<SubscribeOnObserver<T>>(observer, chain);
             if (!late->begin(above)) return;

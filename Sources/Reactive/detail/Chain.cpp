@@ -62,9 +62,9 @@ Disposable Chain::install(Upstream upstream) {
 }
 
 // Letting the handle go may destroy this chain: nothing of it is touched after that, here or in the callers.
+// The hooks stay as long as the chain, for a stage may still refer to its own.
 void Chain::tearDown() noexcept {
     leave(hooks_.get());
-    const auto hooks = std::move(hooks_);
     const auto upstream = std::exchange(upstream_, Upstream());
     if (const auto handle = handle_.lock()) handle->letGo();
 }

@@ -4,7 +4,8 @@
 
 namespace corvantile::rx::detail {
 
-LateUpstream::LateUpstream(std::shared_ptr<Scheduler> scheduler) : scheduler_(std::move(scheduler)) {}
+LateUpstream::LateUpstream(std::shared_ptr<Scheduler> scheduler, std::weak_ptr<void> kept)
+    : scheduler_(std::move(scheduler)), kept_(std::move(kept)) {}
 LateUpstream::~LateUpstream() = default;
 
 bool LateUpstream::begin(std::weak_ptr<Chain> chain) {
@@ -20,7 +21,9 @@ void LateUpstream::dispose() noexcept {
         if (std::exchange(disposed_, true)) return;
         chain = chain_.lock();
     }
-    if (chain) scheduler_->post([chain = std::move(chain)] { chain->dispose(); });
+    if (!chain) return;
+    // A chain whose source is gone lives by the caller's handle alone, and must live until it is left.
+    scheduler_->post([chain = std::move(chain), kept = kept_.lock()] { chain->dispose(); });
 }
 
 bool LateUpstream::isDisposed() const noexcept {

@@ -14,7 +14,8 @@ namespace corvantile::rx::detail {
 // an item of its own. Threads: any.
 class CORVANTILE_API LateUpstream final : public Cancelable {
 public:
-    explicit LateUpstream(std::shared_ptr<Scheduler> scheduler);
+    // `kept` is what the caller's handle keeps alive.
+    LateUpstream(std::shared_ptr<Scheduler> scheduler, std::weak_ptr<void> kept);
     ~LateUpstream() override;
 
     // The chain above is about to be subscribed; false when nobody wants it any more.
@@ -25,6 +26,7 @@ public:
 
 private:
     const std::shared_ptr<Scheduler> scheduler_;
+    const std::weak_ptr<void> kept_;
     mutable std::mutex mutex_;
     bool disposed_ = false;
     std::weak_ptr<Chain> chain_;

@@ -1,0 +1,215 @@
+#include "Tools/corvantile/Engine.hpp"
+#include "Platform/Platform.hpp"
+#include "Tests/Tool/SampleFolder.hpp"
+#include "Tools/corvantile/Description/AppDescription.hpp"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace corvantile::tool {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+using Texts = std::vector<std::string>;
+
+// An app with a console and a recording sink, neither of which is registered at launch.
+constexpr const char* sampleApp = R"({
+    "bundleIdentifier": "com.example.app",
+    "name": "App",
+    "plugins": [{"kind": "DebugPlugin"}, {"kind": "AnalyticPlugin"}],
+    "sinks": [{"kind": "ConsoleComponent", "name": "console", "register": "command"},
+              {"kind": "RecordingSink", "name": "backend", "register": "command", "ignore": ["quiet"]}]
+})";
+
+class EngineTest : public testing::Test {
+protected:
+    void begin(const char* app = sampleApp, LaunchSwitches switches = {}) {
+        folder_.write("app.json", app);
+        engine_.emplace(readAppDescription(folder_.app(), frameworkRegistry()),
+                        HostOptions{.stateFolder = folder_.state(), .switches = switches},
+                        [this](const Happening& happening) { happenings_.push_back(happening); });
+    }
+
+    // Each line has to be played without a fault.
+    void play(const Texts& lines) {
+        if (!engine_) begin();
+        for (const auto& line : lines)
+            EXPECT_TRUE(engine_->play(line)) << line << ": " << happenings_.back().text;
+    }
+
+    // Why the line cannot be played.
+    std::string refusal(const std::string& line, const Origin& origin = {}) {
+        if (!engine_) begin();
+        EXPECT_FALSE(engine_->play(line, origin)) << line;
+        EXPECT_EQ(happenings_.back().kind, "error");
+        return happenings_.back().text;
+    }
+
+    // What has been told since this was last asked, by one of those who tell.
+    Texts takeTold(const std::string& who) {
+        Texts texts;
+        for (const auto& happening : std::exchange(happenings_, {}))
+            if (happening.who == who) texts.push_back(happening.text);
+        return texts;
+    }
+
+    Engine& engine() { return *engine_; }
+    const std::vector<Happening>& happenings() const { return happenings_; }
+    void end() { engine_.reset(); }
+
+private:
+    SampleFolder folder_;
+    std::vector<Happening> happenings_; // told on this thread: nothing here prints elsewhere
+    std::optional<Engine> engine_;
+};
+
+TEST_F(EngineTest, LeadsAnAppThroughItsLife) {
+    play({"launch", "activate", "resign", "background", "foreground", "activate", "resign", "terminate"});
+
+    EXPECT_THAT(takeTold("host"),
+                ElementsAre("starts App: debug off, dry run off, plug-ins DebugPlugin, AnalyticPlugin",
+                            "didFinishLaunching → true", "didBecomeActive", "willResignActive",
+                            "didEnterBackground", "willEnterForeground", "didBecomeActive",
+                            "willResignActive", "willTerminate", "has ended App"));
+    EXPECT_FALSE(Platform::isInstalled());
+}
+
+TEST_F(EngineTest, ExplainsWhatTheMomentOfTheAppsLifeDoesNotAllow) {
+    const struct {
+        Texts before;
+        const char* command;
+        const char* why;
+    } cases[] = {
+        {{}, "activate", "this one is not running: launch starts it"},
+        {{}, "track open", "the app does not run: launch starts it"},
+        {{}, "terminate", "the app does not run: launch starts it"},
+        {{"launch"}, "launch", "the app runs already: relaunch"},
+        {{"launch"}, "resign", "resign is for an app that is active; this one is inactive"},
+        {{"launch", "activate"}, "background", "this one is active: resign comes next"},
+        {{"launch", "background"}, "activate", "this one is in the background: foreground comes next"},
+        {{"launch", "terminate"}, "activate", "launch starts it"},
+    };
+    for (const auto& [before, command, why] : cases) {
+        begin();
+        play(before);
+        EXPECT_THAT(refusal(command), HasSubstr(why)) << command;
+        end();
+    }
+}
+
+TEST_F(EngineTest, FollowsTheNetworkFromTheLaunchOn) {
+    play({"launch"});
+    EXPECT_THAT(takeTold("network"), testing::SizeIs(1));
+
+    play({"track open {}"});
+    EXPECT_THAT(takeTold("host"), Contains(testing::MatchesRegex("tracks open connection_status=[a-z_]+")));
+}
+
+TEST_F(EngineTest, KeepsWhatIsTrackedBeforeAnySinkIsThere) {
+    play({"launch", "revenue early 1 USD"});
+    EXPECT_THAT(takeTold("host"),
+                Contains(StartsWith("no sink is registered: the router keeps early without")));
+
+    play({"register backend", "flush", "track late"});
+    EXPECT_THAT(takeTold("sink"), ElementsAre("backend got late"));
+}
+
+TEST_F(EngineTest, ShowsWhatEachSinkGets) {
+    play({"launch", "register console", "register backend", "register backend"});
+    EXPECT_THAT(takeTold("host"), Contains(HasSubstr("for the 2. time")));
+
+    play({"revenue sale 4.990 USD"});
+
+    EXPECT_THAT(happenings(), Contains(testing::Field(&Happening::who, "console")));
+    EXPECT_THAT(takeTold("sink"), ElementsAre("backend got sale 4.99 USD", "backend got sale 4.99 USD"));
+}
+
+TEST_F(EngineTest, SaysWhyASinkKeepsSilent) {
+    play({"launch", "register console", "register backend", "ignore console quiet loud"});
+    takeTold("host");
+
+    play({"track quiet"});
+    EXPECT_THAT(takeTold("sink"), ElementsAre("backend ignores quiet: it is on its list",
+                                              "console ignores quiet: it is on its list"));
+    play({"track birthday day=2024-02-29"});
+    EXPECT_THAT(takeTold("sink"),
+                ElementsAre(StartsWith("backend got birthday "),
+                            StartsWith("console cannot print birthday: JSON holds no date")));
+}
+
+TEST_F(EngineTest, FeedsTheFirstConsoleAloneInADryRun) {
+    play({"launch dry-run", "register backend", "register console", "ignore console sale"});
+    takeTold("host");
+
+    play({"track sale"});
+
+    EXPECT_THAT(happenings(), Contains(testing::Field(&Happening::who, "console")));
+    EXPECT_THAT(takeTold("sink"), ElementsAre("backend is passed over: dry run"));
+    play({"relaunch"});
+    EXPECT_THAT(takeTold("host"), Contains(StartsWith("starts App: debug off, dry run off")));
+}
+
+TEST_F(EngineTest, SwitchesOfTheCallHoldForEveryLaunch) {
+    begin(sampleApp, {.debug = true});
+    play({"launch", "relaunch"});
+
+    EXPECT_THAT(takeTold("host"), testing::Not(Contains(HasSubstr("debug off"))));
+}
+
+TEST_F(EngineTest, NeedsADebugPluginToSwitchDebugOn) {
+    begin(R"({"bundleIdentifier": "a", "plugins": []})");
+
+    EXPECT_THAT(refusal("launch debug"), HasSubstr("by a DebugPlugin, and this app has none"));
+    play({"launch"});
+    EXPECT_THAT(refusal("track open"), HasSubstr("no plug-in that offers AnalyticPluggable"));
+    play({"lookup AnalyticPluggable"});
+    EXPECT_EQ(happenings().back().text, "AnalyticPluggable → no plug-in offers it");
+}
+
+TEST_F(EngineTest, LooksServicesUpAsAPlugInWould) {
+    play({"launch", "lookup AnalyticPluggable"});
+    EXPECT_EQ(happenings().back().text, "AnalyticPluggable → AnalyticPlugin, number 2 of 2");
+    EXPECT_THAT(refusal("lookup AnalyticPlugable"), HasSubstr("did you mean AnalyticPluggable?"));
+}
+
+TEST_F(EngineTest, RefusesWhatItDoesNotUnderstandAndGoesOn) {
+    play({"launch"});
+    const struct {
+        const char* line;
+        const char* why;
+    } cases[] = {
+        {"trak open", "there is no command \"trak\": did you mean track?"},
+        {"xyzzy", "there is no command \"xyzzy\"; help lists them all"},
+        {"track", "track wants NAME: track NAME [KEY=VALUE…]"},
+        {"ignore console", "ignore wants NAME…: ignore SINK NAME…"},
+        {"status now", "status does not want \"now\": status"},
+        {"launch dryrun", "there is no switch \"dryrun\"; known: debug, dry-run; did you mean dry-run?"},
+        {"register consol", "there is no sink \"consol\"; known: console, backend; did you mean console?"},
+        {"revenue sale 4,99 USD", "expected an amount with a point"},
+        {"help lanch", "did you mean launch?"},
+        {"say \"open", "a quote is left open"},
+    };
+    for (const auto& [line, why] : cases) EXPECT_THAT(refusal(line), HasSubstr(why)) << line;
+    EXPECT_THAT(refusal("no", {"script", "tour.play:7"}), StartsWith("tour.play:7: there is no command"));
+    play({"", "# a comment", "status", "network", "help", "help track", "wait 0s"});
+    EXPECT_FALSE(engine().isOver());
+    play({"quit"});
+    EXPECT_TRUE(engine().isOver());
+}
+
+TEST_F(EngineTest, SaysATextWithoutEchoingTheCommand) {
+    begin();
+    EXPECT_TRUE(engine().play("say it's \"all  there\"", {"script", {}}));
+    EXPECT_EQ(takeTold("script"), Texts{"it's all  there"});
+}
+
+} // namespace
+} // namespace corvantile::tool

@@ -1,0 +1,62 @@
+#include "Tools/corvantile/Faces/JSONLinesFace.hpp"
+#include "Tools/corvantile/Faces/TerminalFace.hpp"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <limits>
+#include <sstream>
+
+namespace corvantile::tool {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(TerminalFace, ShowsOneReadableLine) {
+    EXPECT_EQ(terminalLine({0ns, "host", "launch", "didFinishLaunching → true"}),
+              "00:00.000  host     didFinishLaunching → true");
+    EXPECT_EQ(terminalLine({100min + 1999999us, "somebody", "error", "no"}),
+              "100:01.999  somebody  error: no");
+}
+
+TEST(TerminalFace, LetsNoTextMoveTheCursor) {
+    EXPECT_EQ(terminalLine({0ns, "console", "console", "a\x1b[2J\rb\nc\td"}),
+              "00:00.000  console  a\\u{1B}[2J\\u{0D}b\n                    c\td");
+}
+
+TEST(TerminalFace, KeepsThePromptBelowWhatHappensMeanwhile) {
+    std::ostringstream stream;
+    TerminalFace face(stream, false);
+
+    face.invite();
+    face.show({0ns, "network", "network", "wifi"});
+    face.answered();
+    face.show({0ns, "host", "quit", "bye"});
+
+    EXPECT_EQ(stream.str(),
+              "corvantile> \r\x1b[K00:00.000  network  wifi\ncorvantile> 00:00.000  host     bye\n");
+}
+
+TEST(JSONLinesFace, KeepsKindsOfValuesApart) {
+    EventValue::Map fields{{"a", 1},
+                           {"b", *NSDecimalNumber::fromText("4.99")},
+                           {"c", true},
+                           {"d", EventValue::List{"x", nullptr}},
+                           {"e", EventValue::Map{{"f", Date{0}}}},
+                           {"g", std::numeric_limits<double>::infinity()}};
+    EXPECT_EQ(jsonLine({1234567us, "host", "track", "t\n", fields}),
+              R"({"time":1.234,"who":"host","kind":"track","text":"t\n","fields":{"a":1,"b":"4.99","c":true,)"
+              R"("d":["x",null],"e":{"f":"2001-01-01 00:00:00 +0000"},"g":null}})");
+}
+
+TEST(JSONLinesFace, SurvivesTextThatIsNotUTF8) {
+    std::ostringstream stream;
+    JSONLinesFace face(stream);
+
+    face.show({0ns, "host", "track", "\xff"});
+
+    EXPECT_EQ(stream.str(), "{\"time\":0.0,\"who\":\"host\",\"kind\":\"track\",\"text\":\"\xEF\xBF\xBD\"}\n");
+}
+
+} // namespace
+} // namespace corvantile::tool

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
+#include "DesktopPlatform/DesktopPlatform.hpp"
+#include "Platform/Network/NetworkReachabilityManager.hpp"
+#include "Tools/corvantile/Description/AppDescription.hpp"
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace corvantile {
+class UIApplicationDelegate;
+} // namespace corvantile
+
+namespace corvantile::tool {
+
+class Reporter;
+class ReportingConsole;
+
+// A sink as the running app has it.
+struct Sink {
+    std::string name;
+    std::string kind;
+    std::shared_ptr<AnalyticComponent> component;
+    int registrations = 0;
+};
+
+// One process of the app, from the making of its plug-ins to its end: the platform, the delegate with its
+// plug-ins, the sinks, the network status. Threads: one, the platform's main thread, outside its loop.
+class AppProcess {
+public:
+    // Makes everything, registers the sinks that want it and awaits the first network status, for a moment.
+    AppProcess(const AppDescription& app, const std::filesystem::path& stateFolder,
+               const LaunchSwitches& switches, Reporter& reporter);
+    AppProcess(const AppProcess&) = delete;
+    AppProcess& operator=(const AppProcess&) = delete;
+    ~AppProcess();
+
+    [[nodiscard]] DesktopPlatform& platform() { return platform_; }
+    [[nodiscard]] UIApplication& application() { return *platform_.ports().application; }
+    [[nodiscard]] UIApplicationDelegate& delegate() { return *application().delegate(); }
+
+    // The kind, and the place in the delegate's list, of one of its plug-ins.
+    [[nodiscard]] std::string describePlugIn(const PluggableApplicationDelegateService& plugIn) const;
+
+    [[nodiscard]] std::vector<Sink>& sinks() { return sinks_; }
+    // Refuses an unknown name.
+    [[nodiscard]] Sink& sink(const std::string& name);
+    void registerSink(Sink& sink);
+    [[nodiscard]] bool hasRegisteredSink() const;
+
+    // How many texts the framework has printed.
+    [[nodiscard]] std::size_t consoleLines() const;
+
+    // Runs what the main queue holds by now.
+    void settle();
+
+private:
+    struct PlugIn {
+        std::string kind;
+        const PluggableApplicationDelegateService* identity;
+    };
+
+    void makeDelegate(const AppDescription& app, const LaunchSwitches& switches);
+    void makeSinks(const AppDescription& app);
+    void followNetwork();
+
+    Reporter& reporter_;
+    const std::shared_ptr<ReportingConsole> console_;
+    DesktopPlatform platform_;
+    std::vector<PlugIn> plugIns_;
+    std::vector<Sink> sinks_;
+    bool isNetworkTold_ = false;
+    std::shared_ptr<NetworkReachabilityManager> networkWatch_;
+};
+
+// `wifi`, `cellular`, `not reachable`, `unknown`.
+[[nodiscard]] std::string describe(NetworkReachabilityStatus status);
+
+} // namespace corvantile::tool

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Tools/corvantile/CommandTable.hpp"
+
+#include <vector>
+
+// The commands in groups, each in a source of its own. They borrow the host.
+namespace corvantile::tool {
+
+class Host;
+
+[[nodiscard]] std::vector<Command> lifeCycleCommands(Host& host);
+[[nodiscard]] std::vector<Command> trackingCommands(Host& host);
+[[nodiscard]] std::vector<Command> inspectionCommands(Host& host);
+
+} // namespace corvantile::tool

@@ -1,0 +1,77 @@
+#include "Corvantile/Corvantile.hpp"
+#include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
+#include "Tools/corvantile/Commands/Commands.hpp"
+#include "Tools/corvantile/Host.hpp"
+#include "Tools/corvantile/Refusal.hpp"
+#include "Tools/corvantile/Reporter.hpp"
+
+#include <algorithm>
+#include <string>
+
+namespace corvantile::tool {
+
+namespace {
+
+void runLookup(Host& host, Arguments given) {
+    auto& process = host.process();
+    const auto& name = given[0].text;
+    const auto& services = host.app().services;
+    const auto known = std::find_if(services.begin(), services.end(),
+                                    [&](const Service& service) { return service.name == name; });
+    if (known == services.end()) {
+        Names names;
+        for (const auto& service : services) names.push_back(service.name);
+        throw Refusal(unknownName("service", name, names));
+    }
+    const auto found = known->find();
+    host.reporter().tell("host", "lookup",
+                         name + " → " + (found ? process.describePlugIn(*found) : "no plug-in offers it"),
+                         {{"service", name}, {"found", found != nullptr}});
+}
+
+void runNetwork(Host& host) {
+    static_cast<void>(host.process());
+    const auto status = describe(NetworkReachability::shared()->networkStatus());
+    host.reporter().tell("network", "network", status, {{"status", status}});
+}
+
+void tellStatus(Host& host, const std::string& key, const std::string& value) {
+    host.reporter().tell("host", "status", key + ": " + value, {{key, value}});
+}
+
+std::string describeSink(const Sink& sink) {
+    return sink.name + " (" + sink.kind + "), " +
+           (sink.registrations == 0 ? "not registered"
+                                    : "registered " + std::to_string(sink.registrations) + " x") +
+           ", ignores " + listed(sink.component->ignoredEventNames());
+}
+
+void runStatus(Host& host) {
+    tellStatus(host, "app",
+               host.app().name + " (" + host.app().bundleIdentifier + "), " +
+                   std::string(describe(host.lifeCycle())));
+    if (host.lifeCycle() == LifeCycle::notRunning) return;
+    auto& process = host.process();
+    tellStatus(host, "state", process.platform().stateFolder().string());
+    tellStatus(host, "switches",
+               std::string("debug ") + (Corvantile::debug() ? "on" : "off") + ", dry run " +
+                   (Corvantile::dryRun() ? "on" : "off"));
+    Names plugIns;
+    for (const auto& plugIn : host.app().plugIns) plugIns.push_back(plugIn.kind);
+    tellStatus(host, "plug-ins", listed(plugIns));
+    for (const auto& sink : process.sinks()) tellStatus(host, "sink", describeSink(sink));
+    tellStatus(host, "network", describe(NetworkReachability::shared()->networkStatus()));
+}
+
+} // namespace
+
+std::vector<Command> inspectionCommands(Host& host) {
+    return {
+        {"lookup", "SERVICE", "look a service up among the app's plug-ins, as a plug-in would",
+         [&host](Arguments given) { runLookup(host, given); }},
+        {"network", "", "show the network status that events tell", [&host](Arguments) { runNetwork(host); }},
+        {"status", "", "show the app, its plug-ins and its sinks", [&host](Arguments) { runStatus(host); }},
+    };
+}
+
+} // namespace corvantile::tool

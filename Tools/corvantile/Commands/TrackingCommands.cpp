@@ -1,0 +1,148 @@
+#include "Corvantile/Corvantile.hpp"
+#include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
+#include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
+#include "Tools/corvantile/Commands/Commands.hpp"
+#include "Tools/corvantile/EventText.hpp"
+#include "Tools/corvantile/Host.hpp"
+#include "Tools/corvantile/Refusal.hpp"
+#include "Tools/corvantile/Reporter.hpp"
+#include "Tools/corvantile/Values.hpp"
+
+#include <optional>
+#include <string>
+#include <typeinfo>
+#include <utility>
+
+namespace corvantile::tool {
+
+namespace {
+
+// Of the running app; refused when it does not run.
+std::shared_ptr<AnalyticPluggable> findRouter(Host& host) {
+    static_cast<void>(host.process());
+    if (auto router = Corvantile::queryAppDelegate<AnalyticPluggable>()) return router;
+    throw Refusal("this app has no plug-in that offers " + std::string(AnalyticPluggable::typeName));
+}
+
+AnalyticEvent makeEvent(const std::string& name, std::optional<EventParameters> parameters) {
+    return parameters ? AnalyticEvent(name, std::move(*parameters)) : AnalyticEvent(name);
+}
+
+// As the router sees it: a derived class is another sink.
+bool isConsoleComponent(const AnalyticComponent& component) {
+    return typeid(component) == typeid(ConsoleComponent);
+}
+
+// Says of each sink that kept silent about an event why it did. A recording sink tells by itself what it got
+// and what it ignores.
+class Silence {
+public:
+    Silence(Host& host, const AnalyticEvent& event)
+        : host_(host), event_(event), linesBefore_(host.process().consoleLines()) {}
+
+    void explain(bool hasRevenue) {
+        auto& process = host_.process();
+        if (!process.hasRegisteredSink())
+            return tell("buffered", std::string("no sink is registered: the router keeps ") + event_.name +
+                                        (hasRevenue ? " without its revenue" : "") +
+                                        ", and nothing will bring it back");
+        bool isFirstConsole = true;
+        for (const auto& sink : process.sinks()) {
+            if (sink.registrations == 0) continue;
+            const bool isConsole = isConsoleComponent(*sink.component);
+            if (isConsole && (isFirstConsole || !Corvantile::dryRun()))
+                explainConsole(sink);
+            else if (Corvantile::dryRun())
+                tellOf(sink, "is passed over: dry run");
+            isFirstConsole = isFirstConsole && !isConsole;
+        }
+    }
+
+private:
+    void explainConsole(const Sink& sink) {
+        if (!Corvantile::dryRun() && !sink.component->shouldTrack(event_))
+            tellOf(sink, "ignores " + event_.name + ": it is on its list");
+        else if (host_.process().consoleLines() == linesBefore_)
+            tellOf(sink, "cannot print " + event_.name + ": JSON holds no date, nor text that is not UTF-8");
+    }
+
+    void tellOf(const Sink& sink, const std::string& why) {
+        host_.reporter().tell("sink", "silent", sink.name + " " + why,
+                              {{"sink", sink.name}, {"event", event_.name}});
+    }
+
+    void tell(std::string kind, std::string why) {
+        host_.reporter().tell("host", std::move(kind), std::move(why), {{"event", event_.name}});
+    }
+
+    Host& host_;
+    const AnalyticEvent& event_;
+    const std::size_t linesBefore_;
+};
+
+void track(Host& host, AnalyticPluggable& router, const AnalyticEvent& event,
+           const std::optional<Revenue>& revenue) {
+    host.reporter().tell("host", "track", "tracks " + describeEvent(event, revenue),
+                         fieldsOf(event, revenue));
+    Silence silence(host, event);
+    if (revenue)
+        router.track(event, revenue->amount, revenue->currency);
+    else
+        router.track(event);
+    silence.explain(revenue.has_value());
+}
+
+void runTrack(Host& host, Arguments given) {
+    const auto router = findRouter(host);
+    track(host, *router, makeEvent(given[0].text, parseParameters(given.subspan(1))), std::nullopt);
+}
+
+void runRevenue(Host& host, Arguments given) {
+    const auto router = findRouter(host);
+    const Revenue revenue{parseAmount(given[1].text), parseCurrency(given[2].text)};
+    track(host, *router, makeEvent(given[0].text, parseParameters(given.subspan(3))), revenue);
+}
+
+void runIgnore(Host& host, Arguments given) {
+    auto& sink = host.process().sink(given[0].text);
+    for (const auto& word : given.subspan(1)) {
+        sink.component->ignore({word.text});
+        host.reporter().tell("host", "ignore", "tells sink " + sink.name + " to ignore " + word.text,
+                             {{"sink", sink.name}, {"event", word.text}});
+    }
+}
+
+void runFlush(Host& host) {
+    findRouter(host)->flush();
+    host.reporter().tell("host", "flush", "asks the router for what it has buffered");
+}
+
+const std::vector<std::string>& parameterHelp() {
+    static const std::vector<std::string> lines = {
+        "A VALUE is true or false, an integer (3), a decimal number (4.99), a date (2024-01-02,",
+        "2024-01-02T03:04:05Z), else text; in quotes it is text whatever it looks like.",
+        "Only an event with parameters tells its connection_status; {} stands for none of one's own."};
+    return lines;
+}
+
+} // namespace
+
+std::vector<Command> trackingCommands(Host& host) {
+    return {
+        {"track", "NAME [KEY=VALUE…]", "track an event", [&host](Arguments given) { runTrack(host, given); },
+         parameterHelp()},
+        {"revenue", "NAME AMOUNT CURRENCY [KEY=VALUE…]", "track an event that earns: revenue sale 4.99 USD",
+         [&host](Arguments given) { runRevenue(host, given); }, parameterHelp()},
+        {"register", "SINK", "register a sink of the app description with the router",
+         [&host](Arguments given) {
+             auto& process = host.process();
+             process.registerSink(process.sink(given[0].text));
+         }},
+        {"ignore", "SINK NAME…", "add names of events to a sink's list, until the app ends",
+         [&host](Arguments given) { runIgnore(host, given); }},
+        {"flush", "", "ask the router for the events it has buffered (by design it keeps them)",
+         [&host](Arguments) { runFlush(host); }},
+    };
+}
+
+} // namespace corvantile::tool

@@ -1,0 +1,144 @@
+#include "Tools/corvantile/Play.hpp"
+
+#include "Tools/corvantile/Engine.hpp"
+#include "Tools/corvantile/Faces/JSONLinesFace.hpp"
+#include "Tools/corvantile/Faces/TerminalFace.hpp"
+#include "Tools/corvantile/Interruption.hpp"
+#include "Tools/corvantile/LineReader.hpp"
+#include "Tools/corvantile/Refusal.hpp"
+#include "Tools/corvantile/SampleApp.hpp"
+#include "Tools/corvantile/TemporaryFolder.hpp"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include <unistd.h>
+
+namespace corvantile::tool {
+
+namespace {
+
+std::unique_ptr<Face> makeFace(bool json) {
+    if (json) return std::make_unique<JSONLinesFace>(std::cout);
+    const bool isColoured = ::isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
+    return std::make_unique<TerminalFace>(std::cout, isColoured);
+}
+
+// A play on the terminal: an engine, its face, and where the commands come from.
+class Session {
+public:
+    Session(AppDescription app, const PlayOptions& options)
+        : face_(makeFace(options.json)),
+          engine_(
+              std::move(app),
+              {.stateFolder = options.state, .switches = options.switches, .isInterrupted = isInterrupted},
+              [this](const Happening& happening) { show(happening); }) {}
+
+    ExitCode playScript(std::ifstream& script, const std::filesystem::path& file) {
+        std::string line;
+        for (int number = 1; !isOver() && std::getline(script, line); ++number) {
+            const Origin origin{"script", file.string() + ":" + std::to_string(number)};
+            if (!engine_.play(line, origin)) return ExitCode::commandFailed;
+        }
+        return outcome();
+    }
+
+    ExitCode playInput() {
+        const bool isPrompt = ::isatty(STDIN_FILENO) == 1;
+        LineReader reader(STDIN_FILENO);
+        for (int number = 1; !isOver() && !reader.isAtEnd();) {
+            const auto line = isPrompt ? ask(reader) : await(reader);
+            if (!line) continue;
+            const Origin origin =
+                isPrompt ? Origin{} : Origin{"input", "standard input:" + std::to_string(number++)};
+            if (!engine_.play(*line, origin) && !isPrompt) failed_ = true;
+        }
+        return outcome();
+    }
+
+    [[nodiscard]] bool isOver() const { return engine_.isOver() || isInterrupted(); }
+
+private:
+    // Who types a command has it on the screen already.
+    void show(const Happening& happening) {
+        if (happening.kind != "command" || happening.who != Origin().who) face_->show(happening);
+    }
+
+    std::optional<std::string> await(LineReader& reader) {
+        engine_.goOn([&] { return reader.isReady(); });
+        return reader.next();
+    }
+
+    std::optional<std::string> ask(LineReader& reader) {
+        face_->invite();
+        auto line = await(reader);
+        face_->answered();
+        if (!line) std::cerr << '\n'; // the person ended the input in the middle of the prompt's line
+        return line;
+    }
+
+    [[nodiscard]] ExitCode outcome() const {
+        if (isInterrupted()) return ExitCode::interrupted;
+        return failed_ ? ExitCode::commandFailed : ExitCode::success;
+    }
+
+    const std::unique_ptr<Face> face_;
+    Engine engine_;
+    bool failed_ = false;
+};
+
+std::ifstream openScript(const std::filesystem::path& file) {
+    std::ifstream script(file);
+    if (script.is_open() && !std::filesystem::is_directory(file)) return script;
+    throw Refusal(file.string() + ": expected a script, but it cannot be read: " +
+                  std::generic_category().message(script.is_open() ? EISDIR : errno));
+}
+
+AppDescription readApp(const PlayOptions& options) {
+    const auto folder = options.app.empty() ? sampleAppFolder() : options.app;
+    return readAppDescription(folder, frameworkRegistry());
+}
+
+template <class Body>
+ExitCode guarded(const Body& body) {
+    heedInterruption();
+    try {
+        return body();
+    } catch (const Refusal& refusal) {
+        std::cerr << "corvantile: " << refusal.what() << '\n';
+        return ExitCode::usage;
+    }
+}
+
+} // namespace
+
+ExitCode play(const PlayOptions& options) {
+    return guarded([&] {
+        auto app = readApp(options);
+        if (options.script.empty()) return Session(std::move(app), options).playInput();
+        auto script = openScript(options.script);
+        return Session(std::move(app), options).playScript(script, options.script);
+    });
+}
+
+ExitCode playTour() {
+    return guarded([] {
+        const TemporaryFolder state;
+        const PlayOptions options{.state = state.path()};
+        auto app = readApp(options);
+        const auto file = app.folder / "tour.play";
+        auto script = openScript(file);
+        Session session(std::move(app), options);
+        const auto code = session.playScript(script, file);
+        const bool goesOn = code == ExitCode::success && !session.isOver() && ::isatty(STDIN_FILENO) == 1;
+        return goesOn ? session.playInput() : code;
+    });
+}
+
+} // namespace corvantile::tool

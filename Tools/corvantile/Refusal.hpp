@@ -1,0 +1,14 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace corvantile::tool {
+
+// A command or a description asks for what cannot be done. The text says what is wrong and what was expected.
+// Thrown where that is noticed, caught by the engine for commands and by `play` for descriptions.
+class Refusal : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+} // namespace corvantile::tool

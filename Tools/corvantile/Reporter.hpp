@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Tools/corvantile/Happening.hpp"
+
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <string>
+
+namespace corvantile::tool {
+
+// Puts a time on each happening and hands it to the one listener, in order of time.
+// Threads: any. The listener is called on the thread of whoever tells, one happening at a time; it does not
+// call back.
+class Reporter {
+public:
+    using Listener = std::function<void(const Happening&)>;
+
+    explicit Reporter(Listener listener);
+    Reporter(const Reporter&) = delete;
+    Reporter& operator=(const Reporter&) = delete;
+
+    void tell(std::string who, std::string kind, std::string text, EventValue::Map fields = {});
+
+private:
+    const Listener listener_;
+    const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+    std::mutex mutex_;
+};
+
+} // namespace corvantile::tool

@@ -1,0 +1,20 @@
+#include "Tools/corvantile/SampleApp.hpp"
+
+#include "Tools/corvantile/Refusal.hpp"
+
+#include <system_error>
+
+namespace corvantile::tool {
+
+std::filesystem::path sampleAppFolder() {
+    std::error_code ignored;
+    const auto executable = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    for (auto folder = executable.parent_path();; folder = folder.parent_path()) {
+        for (const char* const place : {"SampleApp", "share/corvantile/SampleApp"})
+            if (std::filesystem::exists(folder / place / "app.json", ignored)) return folder / place;
+        if (folder == folder.parent_path()) break;
+    }
+    throw Refusal("the sample app is not beside the tool; name an app: corvantile play --app FOLDER");
+}
+
+} // namespace corvantile::tool
