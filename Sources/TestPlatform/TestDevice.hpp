@@ -59,8 +59,8 @@ public:
     // The next of the bytes that look random, the same ones on every device.
     [[nodiscard]] unsigned char randomByte();
 
-    // Deletes the app and installs it afresh: a new vendor identifier, no user defaults. Fatal while a process runs;
-    // TestPlatform::reinstall ends it first.
+    // Deletes the app and installs it afresh: a new vendor identifier, no user defaults. Fatal while a
+    // process runs; TestPlatform::reinstall ends it first.
     void reinstall();
 
 private:

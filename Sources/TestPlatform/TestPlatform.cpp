@@ -34,8 +34,8 @@ struct TestPlatform::Parts {
                 .clock = makeClock(link),
                 .console = console,
                 .reachability = reachability,
-                .keychain = std::make_shared<TestKeychain>(
-                    link, options.reportsUnreadableEntries ? console : nullptr),
+                .keychain = std::make_shared<TestKeychain>(link, options.reportsUnreadableEntries ? console
+                                                                                                  : nullptr),
                 .userDefaults = std::make_shared<TestUserDefaults>(link),
                 .random = random,
                 .cryptor = std::make_shared<OpenSSLCryptor>()};

@@ -138,10 +138,6 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideThatCannotBeUsedAndBeginsAnew) {
              SqliteDatabase(file, SqliteDatabase::Missing::isMade)
                  .execute("CREATE TABLE defaults (key, value)");
          }},
-        {"of a later version",
-         [](auto& file) {
-             SqliteDatabase(file, SqliteDatabase::Missing::fails).execute("PRAGMA user_version = 2");
-         }},
         {"a folder", [](auto& file) { fs::remove(file), fs::create_directory(file); }},
         {"a link to nowhere", [](auto& file) { fs::remove(file), fs::create_symlink("nowhere", file); }},
     };
@@ -163,6 +159,19 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideThatCannotBeUsedAndBeginsAnew) {
         EXPECT_EQ(fs::symlink_status(fileName(".set-aside-1")).type() != fs::file_type::not_found, true);
         EXPECT_EQ(contentOf(fileName(".set-aside-1")), former);
     }
+}
+
+TEST_F(SQLiteUserDefaultsTest, LeavesALaterVersionsFileAlone) {
+    fill();
+    SqliteDatabase(file_, SqliteDatabase::Missing::fails).execute("PRAGMA user_version = 2");
+    DefaultsFile::emptyLog(file_);
+    const auto former = contentOf(file_);
+
+    open()->setValue("value", "key");
+
+    EXPECT_EQ(contentOf(file_), former);
+    EXPECT_EQ(open()->valueForKey("key"), std::nullopt);
+    EXPECT_THAT(said(), ElementsAre(HasSubstr("later version"), HasSubstr("later version")));
 }
 
 TEST_F(SQLiteUserDefaultsTest, TakesNoLogForItsOwnThatAFormerFileLeft) {

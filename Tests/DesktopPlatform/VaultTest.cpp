@@ -359,6 +359,7 @@ TEST_F(VaultTest, SetsAFileAsideThatDoesNotOpenWhenItMustWrite) {
         {"cut short", [&] { write(file, whole.substr(0, 4096)); }},
         {"cut inside a page", [&] { write(file, whole.substr(0, 5000)); }},
         {"emptied under its log", [&] { write(file, ""), write(file.string() + "-wal", "log"); }},
+        {"gone from its log", [&] { fs::remove(file), write(file.string() + "-wal", "log"); }},
         {"another program's tables",
          [&] { fs::remove(file), alter("CREATE TABLE mine (a); PRAGMA user_version = 9"); }},
         {"a changed table", [&] { alter("ALTER TABLE entries RENAME TO mine"); }},
@@ -426,6 +427,7 @@ TEST_F(VaultTest, KeepsADamagedMasterKeyWhenItMakesANewOne) {
     open().save(entry, "new", service);
 
     EXPECT_EQ(bytesOf(folder / "master.key.set-aside-1"), "damaged");
+    EXPECT_THAT(console->lines, ElementsAre(HasSubstr("is kept as master.key.set-aside-1")));
     EXPECT_EQ(open().load("new", service), entry);
 }
 

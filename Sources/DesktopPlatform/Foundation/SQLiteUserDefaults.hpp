@@ -40,8 +40,9 @@ struct UserDefaultsInspection {
 // get reads memory, and neither waits for the disk. Without a platform, for a tool, it works as well.
 class CORVANTILE_API SQLiteUserDefaults final : public NSUserDefaults {
 public:
-    // How many pages make a write-ahead log long: then it is emptied in the background.
-    static constexpr int longLog = 500;
+    // How many pages make a write-ahead log long: then it is emptied in the background. The first process to
+    // open the file reads the whole log.
+    static constexpr int longLog = 200;
 
     explicit SQLiteUserDefaults(UserDefaultsOptions options);
     ~SQLiteUserDefaults() override;

@@ -46,11 +46,17 @@ std::optional<MasterKey> MasterKey::read(const PrivateFolder& folder) {
     return key;
 }
 
-MasterKey MasterKey::make(const PrivateFolder& folder) {
+MasterKey MasterKey::make(const PrivateFolder& folder, const std::function<void(const std::string&)>& say) {
     const auto path = folder.path() / fileName;
     auto file = newFile();
     auto written = writeNewFile(path, file);
-    if (written == WriteResult::exists && setAside(path)) written = writeNewFile(path, file);
+    if (written == WriteResult::exists) {
+        if (const auto kept = setAside(path)) {
+            say(path.string() + " is no master key. It is kept as " + kept->filename().string() +
+                ", and a new key is made; what is sealed already cannot be read.");
+            written = writeNewFile(path, file);
+        }
+    }
     wipe(file);
     auto key = written == WriteResult::written ? read(folder) : std::nullopt;
     if (!key) throw keychainError(KeychainStatus::io, "The master key could not be written.");

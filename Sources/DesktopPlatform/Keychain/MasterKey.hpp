@@ -3,6 +3,7 @@
 #include "DesktopPlatform/Storage/FileIdentity.hpp"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,9 +21,10 @@ public:
     // file.
     [[nodiscard]] static std::optional<MasterKey> read(const PrivateFolder& folder);
 
-    // Makes a new one, where `read` found none, and sets aside what is there instead. The folder's lock is
-    // held by the caller. Throws NSError.
-    [[nodiscard]] static MasterKey make(const PrivateFolder& folder);
+    // Makes a new one, where `read` found none; what is there instead is set aside, and `say` tells the user.
+    // The caller holds the folder's lock. Throws NSError.
+    [[nodiscard]] static MasterKey make(const PrivateFolder& folder,
+                                        const std::function<void(const std::string&)>& say);
 
     MasterKey(MasterKey&& other) noexcept;
     MasterKey& operator=(MasterKey&&) = delete;

@@ -75,7 +75,9 @@ struct Vault::Parts {
         const auto folder = PrivateFolder::make(options.folder);
         const auto folderLock = folder.lock();
         auto found = MasterKey::read(folder); // another process may have been quicker
-        key = std::make_shared<const MasterKey>(found ? std::move(*found) : MasterKey::make(folder));
+        key = std::make_shared<const MasterKey>(
+            found ? std::move(*found)
+                  : MasterKey::make(folder, [this](const std::string& text) { say(text); }));
         return key;
     }
 

@@ -53,11 +53,12 @@ void emptyVaultLog(const std::filesystem::path& file) {
     }
 }
 
-bool isEmptyUnderItsLog(const std::filesystem::path& file) {
-    std::error_code error;
-    if (std::filesystem::file_size(file, error) != 0 || error) return false;
-    const auto logSize = std::filesystem::file_size(file.string() + "-wal", error);
-    return !error && logSize > 0;
+bool isGoneFromItsLog(const std::filesystem::path& file) {
+    const auto hasContent = [](const std::filesystem::path& path) {
+        std::error_code error;
+        return std::filesystem::file_size(path, error) > 0 && !error;
+    };
+    return !hasContent(file) && hasContent(file.string() + "-wal");
 }
 
 NSError vaultError(const SqliteError& error) {

@@ -41,8 +41,8 @@ void makeVault(SqliteDatabase& database);
 // something is in its way; nobody waits for it.
 void emptyVaultLog(const std::filesystem::path& file);
 
-// The file has lost its content, and its log has not: SQLite would delete the log when it opened the file.
-[[nodiscard]] bool isEmptyUnderItsLog(const std::filesystem::path& file);
+// The file is missing or empty, and its log is not: SQLite would delete the log when it opened the file.
+[[nodiscard]] bool isGoneFromItsLog(const std::filesystem::path& file);
 
 // What the keychain's users get to see of an SQLite error.
 [[nodiscard]] NSError vaultError(const SqliteError& error);

@@ -84,7 +84,7 @@ void VaultWriter::open() {
 
 // Null: the file cannot be used.
 std::unique_ptr<VaultWriter::Connection> VaultWriter::connect() const {
-    if (isEmptyUnderItsLog(file_)) return nullptr;
+    if (isGoneFromItsLog(file_)) return nullptr;
     // SQLite itself would make the file readable for others. No descriptor is opened for this: closing one
     // would drop the locks of every connection that this process has to the file.
     ::mknod(file_.c_str(), S_IFREG | 0600, 0);

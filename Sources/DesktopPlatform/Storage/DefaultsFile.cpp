@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 
 constexpr std::int64_t applicationIdentifier = 0x43565544; // "CVUD"
 constexpr std::int64_t formatVersion = 1;
-constexpr const char* anyWrite = "PRAGMA user_version = 1"; // says nothing new
+constexpr const char* anyWrite = "PRAGMA application_id = 0x43565544"; // says nothing new
 
 // The write-ahead mode comes last: what is made before it is all in the one file. Nothing here waits for the
 // disk, for there is nothing to lose yet.
@@ -101,9 +101,10 @@ SqliteDatabase& checked(SqliteDatabase& database, const fs::path& file) {
         throw SqliteError(SQLITE_NOTADB, "it is empty");
     if (database.integer("PRAGMA application_id") != applicationIdentifier)
         throw SqliteError(SQLITE_NOTADB, "it holds no user defaults");
-    if (database.integer("PRAGMA user_version") != formatVersion)
-        throw SqliteError(SQLITE_NOTADB, "another version has written it");
-    if (database.integer("SELECT quick_check = 'ok' FROM pragma_quick_check(1)") != 1)
+    if (database.integer("PRAGMA user_version") > formatVersion)
+        throw SqliteError(SQLITE_MISMATCH, "a later version of Corvantile has written it"); // and may be back
+    const auto check = database.prepare("PRAGMA quick_check(1)");
+    if (auto run = check.run(); !run.next() || run.bytes(0) != "ok")
         throw SqliteError(SQLITE_CORRUPT, "it is damaged");
     database.execute("PRAGMA synchronous = NORMAL");
     database.keepLog();

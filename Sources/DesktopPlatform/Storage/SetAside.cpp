@@ -34,11 +34,16 @@ std::optional<fs::path> setAside(const fs::path& file, std::initializer_list<std
     while (isTaken(numbered(file, number), suffixes)) ++number;
     const auto name = numbered(file, number);
     std::error_code error;
+    bool isAnyThere = false;
+    const auto rename = [&](std::string_view suffix) {
+        if (error || !isThere(with(file, suffix))) return;
+        fs::rename(with(file, suffix), with(name, suffix), error);
+        isAnyThere = true;
+    };
     // The file itself goes last: until it has gone, another attempt finds everything in its place.
-    for (const auto suffix : suffixes)
-        if (!error && isThere(with(file, suffix))) fs::rename(with(file, suffix), with(name, suffix), error);
-    if (!error) fs::rename(file, name, error);
-    if (error) return std::nullopt;
+    for (const auto suffix : suffixes) rename(suffix);
+    rename("");
+    if (error || !isAnyThere) return std::nullopt;
     return name;
 }
 

@@ -75,12 +75,17 @@ public:
 
 private:
     void takeWholeGroups() {
-        while (end_ - in_ >= 4) {
-            const auto a = sextet(in_[0]), b = sextet(in_[1]), c = sextet(in_[2]), d = sextet(in_[3]);
-            if (((a | b | c | d) & foreign) != 0 || padding_ > 0) return;
-            out_ = decodeGroup(a << 18 | b << 12 | c << 6 | d, out_);
-            in_ += 4;
+        if (padding_ > 0) return;
+        const char* in =
+            in_; // in registers: what is written could be these members, for all the compiler knows
+        char* out = out_;
+        for (; end_ - in >= 4; in += 4) {
+            const auto a = sextet(in[0]), b = sextet(in[1]), c = sextet(in[2]), d = sextet(in[3]);
+            if (((a | b | c | d) & foreign) != 0) break;
+            out = decodeGroup(a << 18 | b << 12 | c << 6 | d, out);
         }
+        in_ = in;
+        out_ = out;
     }
 
     bool takeCharacter(char character) {

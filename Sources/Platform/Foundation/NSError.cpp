@@ -15,8 +15,7 @@ std::string descriptionFor(const std::string& domain, int code,
 
 std::string userInfoText(const std::map<std::string, std::string>& userInfo) {
     std::string text;
-    for (const auto& [key, value] : userInfo)
-        text.append(text.empty() ? "" : ", ").append(key + "=" + value);
+    for (const auto& [key, value] : userInfo) text.append(text.empty() ? "" : ", ").append(key + "=" + value);
     return text;
 }
 

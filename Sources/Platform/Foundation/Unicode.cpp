@@ -1,6 +1,8 @@
 #include "Platform/Foundation/Unicode.hpp"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
 
 namespace corvantile {
@@ -26,6 +28,17 @@ Lead leadOf(unsigned char byte) {
 // Nothing joins it, and it joins nothing.
 bool isControl(char32_t value) { return value < 0x20 || (value >= 0x7F && value < 0xA0); }
 
+// Of the plain characters at the beginning, eight at a time: nearly all text is nothing else.
+std::size_t asciiLength(std::string_view text) {
+    std::size_t length = 0;
+    for (std::uint64_t eight = 0; text.size() - length >= sizeof eight; length += sizeof eight) {
+        std::memcpy(&eight, text.data() + length, sizeof eight);
+        if ((eight & 0x8080808080808080U) != 0) break;
+    }
+    while (length < text.size() && static_cast<unsigned char>(text[length]) < 0x80) ++length;
+    return length;
+}
+
 bool isScalarValue(char32_t value) { return value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF); }
 
 } // namespace
@@ -46,12 +59,13 @@ Scalar firstScalar(std::string_view text) {
 }
 
 bool isUtf8(std::string_view text) {
-    while (!text.empty()) {
+    for (;;) {
+        text.remove_prefix(asciiLength(text));
+        if (text.empty()) return true;
         const auto scalar = firstScalar(text);
         if (!scalar.valid) return false;
         text.remove_prefix(scalar.length);
     }
-    return true;
 }
 
 bool extendsCharacter(char32_t scalar) {

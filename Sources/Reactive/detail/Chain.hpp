@@ -17,9 +17,9 @@
 // Hence: while the source or the caller's handle lives the chain lives; with neither it is freed silently.
 // A handle merely dropped does not dispose.
 //
-// An operator below which a subscription may end later, or be left elsewhere, than above it (combineLatest,
-// observeOn, subscribeOn, replayAll) ends the chains above with an observer of its own, which hands on to the
-// chain below.
+// combineLatest, observeOn, subscribeOn and replayAll stand between chains: what is above may end earlier, or
+// be left elsewhere, than what is below. They end each chain above with an observer of their own, which hands
+// on to the chain below.
 namespace corvantile::rx::detail {
 
 // A source from which an observer can be taken out again.
