@@ -136,6 +136,26 @@ TEST(DictionaryCoding, KeepsTheBitsOfANumberThatIsNone) {
     EXPECT_THAT(bytes, HasSubstr("\x78\x56\x34\x12"));
 }
 
+TEST_F(VaultTest, ReadsWhatTheFirstVersionWrote) {
+    fs::create_directories(folder);
+    fs::permissions(folder, fs::perms::owner_all);
+    for (const auto& path : {key, file}) {
+        fs::copy_file(fs::path(CORVANTILE_GOLDEN_FOLDER) / "keychain-1" / path.filename(), path);
+        fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
+    }
+    auto vault = open();
+
+    EXPECT_EQ(vault.load("everything", service), (KeychainDictionary{{"t", "ä"},
+                                                                     {"b", true},
+                                                                     {"i", -2},
+                                                                     {"r", -0.5},
+                                                                     {"d", Date{725846400.1}},
+                                                                     {"x", KeychainData{0, 255}}}));
+    EXPECT_EQ(vault.load("\0"s, ""), KeychainDictionary{});
+    vault.save(entry, "account", service);
+    EXPECT_EQ(vault.load("account", service), entry);
+}
+
 TEST_F(VaultTest, IsOpenToItsUserAlone) {
     const auto before = ::umask(0);
     prepare();
