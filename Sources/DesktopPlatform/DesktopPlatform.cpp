@@ -15,8 +15,6 @@
 #include "DesktopPlatform/Queues/SerialQueue.hpp"
 #include "Platform/FatalError.hpp"
 
-#include <asio/post.hpp>
-
 #include <algorithm>
 #include <cstdio>
 #include <optional>
@@ -60,7 +58,7 @@ struct DesktopPlatform::Parts {
     [[nodiscard]] Ports ports(const DesktopOptions& options) {
         const auto console = consoleOf(options);
         const auto queues = std::make_shared<DesktopQueues>(executors);
-        vault = std::make_shared<Vault>(vaultOptions(options, console));
+        vault = std::make_shared<Vault>(vaultOptions(options, console, *queues));
         userDefaults = std::make_shared<SQLiteUserDefaults>(userDefaultsOptions(options, console, *queues));
         return {.application = std::make_shared<HostApplication>(),
                 .device = std::make_shared<LocalDevice>(options.stateFolder, options.systemVersion),
@@ -76,15 +74,15 @@ struct DesktopPlatform::Parts {
                 .cryptor = std::make_shared<OpenSSLCryptor>()};
     }
 
-    [[nodiscard]] VaultOptions vaultOptions(const DesktopOptions& options,
-                                            std::shared_ptr<Console> console) const {
+    // Work that waits for the disk has a queue, so that it ends as queues do: unrun.
+    [[nodiscard]] static VaultOptions vaultOptions(const DesktopOptions& options,
+                                                   std::shared_ptr<Console> console, DesktopQueues& queues) {
         const auto& state = options.stateFolder;
+        const auto queue = queues.makeSerial("corvantile.keychain", QualityOfService::background);
         return {.folder = state.empty() ? state : state / "keychain",
                 .console = std::move(console),
                 .reportsUnreadableEntries = options.reportsUnreadableEntries,
-                .inBackground = [executors = executors](std::function<void()> work) {
-                    asio::post(executors->workers(), std::move(work));
-                }};
+                .inBackground = [queue](std::function<void()> work) { queue->async(std::move(work)); }};
     }
 
     [[nodiscard]] static UserDefaultsOptions userDefaultsOptions(const DesktopOptions& options,

@@ -14,6 +14,7 @@ namespace corvantile {
 // Each room declares a small struct of its own and asks for it: `process.record<Switches>()`. The record is
 // made on first use and lives until the process ends. A record that owns objects of the host lets them go in
 // `void release()`, which is called for every record before the first is destroyed.
+// A record that several shared libraries ask for carries CORVANTILE_API; one in a source file needs nothing.
 // Threads: any; a look-up of an existing record is two atomic loads.
 class CORVANTILE_API Process {
 public:

@@ -43,12 +43,12 @@ public:
             if (this->isLive()) owner_->template next<Index>(value);
         }
         void onError(const std::exception_ptr& error) noexcept override {
-            if (this->isDisposed() || !this->claimEnd()) return;
+            if (!this->claimTerminal()) return;
             owner_->fail(error);
             this->disposeUnlessStaged();
         }
         void onCompleted() noexcept override {
-            if (this->isDisposed() || !this->claimEnd()) return;
+            if (!this->claimTerminal()) return;
             owner_->complete(Index);
             this->disposeUnlessStaged();
         }

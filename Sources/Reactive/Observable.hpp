@@ -50,7 +50,8 @@ public:
     Disposable subscribe(OnNext onNext = {}, OnError onError = {}, OnCompleted onCompleted = {},
                          OnDisposed onDisposed = {}) const {
         using Subscriber = detail::Subscriber<T, OnNext, OnError, OnCompleted, OnDisposed>;
-        return detail::attach(*source_,
+        const auto source = source_; // a handler may end whoever holds this stream
+        return detail::attach(*source,
                               std::make_shared<Subscriber>(std::move(onNext), std::move(onError),
                                                            std::move(onCompleted), std::move(onDisposed)));
     }

@@ -22,7 +22,7 @@ TEST(SealedBox, GivesBackWhatWasSealed) {
         }
 }
 
-// AES-256-GCM test case 16 of the mode's original publication, without the last of its parts.
+// AES-256-GCM test case 16 of the mode's original publication.
 TEST(SealedBox, OpensThePublishedExample) {
     const auto publishedKey = "\xfe\xff\xe9\x92\x86\x65\x73\x1c\x6d\x6a\x8f\x94\x67\x30\x83\x08"
                               "\xfe\xff\xe9\x92\x86\x65\x73\x1c\x6d\x6a\x8f\x94\x67\x30\x83\x08"s;

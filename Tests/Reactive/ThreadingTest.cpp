@@ -38,7 +38,7 @@ void repeat(const std::function<void(int)>& body) {
 } // namespace
 
 TEST_F(Threading, GivesASubscriberThatEntersMeanwhileEachElementOnceAndInOrder) {
-    std::vector<int> expected(50);
+    std::vector<int> expected(1000);
     std::iota(expected.begin(), expected.end(), 0);
     repeat([&](int) {
         const auto subject = ReplaySubject<int>::createUnbounded();

@@ -39,7 +39,7 @@ public:
 
 private:
     void end(Terminal terminal) noexcept {
-        if (this->isDisposed() || !this->claimEnd()) return;
+        if (!this->claimTerminal()) return;
         enqueue(Event<T>(std::move(terminal)));
         this->disposeUnlessStaged();
     }

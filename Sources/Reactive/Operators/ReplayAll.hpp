@@ -81,7 +81,7 @@ private:
 
     private:
         void end(const Terminal& terminal) noexcept {
-            if (this->isDisposed() || !this->claimEnd()) return;
+            if (!this->claimTerminal()) return;
             if (const auto connection = connection_.lock()) connection->dispose();
             terminal.deliverTo(*subject_);
             this->disposeUnlessStaged();

@@ -28,7 +28,7 @@ public:
 
 private:
     void end(const Terminal& terminal) noexcept {
-        if (this->isDisposed() || !this->claimEnd()) return;
+        if (!this->claimTerminal()) return;
         if (!below_.isDisposed()) terminal.deliverTo(*downstream_);
         below_.dispose();
     }

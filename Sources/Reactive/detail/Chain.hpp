@@ -88,6 +88,8 @@ public:
 
     // Called from the most downstream operator up, as the subscription is built.
     void addHook(std::unique_ptr<StageHook> hook) noexcept;
+    // There is an operator: each tears the chain down once it has forwarded a terminal, so the final observer
+    // need not.
     void noteStage() noexcept { hasStages_ = true; }
 
     // The source has been subscribed to. Returns the handle for the caller.
@@ -102,8 +104,9 @@ protected:
     [[nodiscard]] bool claimEnd() noexcept {
         return (state_.fetch_or(stopped, std::memory_order_acq_rel) & stopped) == 0;
     }
-    // After a terminal the most downstream operator tears the chain down; without operators nobody else
-    // would.
+    // The first terminal of a chain that nobody has disposed of.
+    [[nodiscard]] bool claimTerminal() noexcept { return !isDisposed() && claimEnd(); }
+    // Without an operator nobody else would tear the chain down after a terminal.
     void disposeUnlessStaged() noexcept {
         if (!hasStages_) dispose();
     }

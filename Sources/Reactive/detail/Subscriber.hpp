@@ -34,7 +34,7 @@ public:
     }
 
     void onError(const std::exception_ptr& error) noexcept override {
-        if (this->isDisposed() || !this->claimEnd()) return;
+        if (!this->claimTerminal()) return;
         if constexpr (isAbsent<OnError>)
             Hooks::unhandledError(error);
         else
@@ -43,7 +43,7 @@ public:
     }
 
     void onCompleted() noexcept override {
-        if (this->isDisposed() || !this->claimEnd()) return;
+        if (!this->claimTerminal()) return;
         if constexpr (!isAbsent<OnCompleted>) onCompleted_();
         finish();
     }
