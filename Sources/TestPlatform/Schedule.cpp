@@ -101,6 +101,7 @@ std::vector<Schedule::Item> Schedule::takeAll() {
     ready_.clear();
     std::sort(ready.begin(), ready.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<Item> all;
+    all.reserve(ready.size() + timers_.size());
     for (auto& [sequence, item] : ready) all.push_back(std::move(item));
     for (auto& [key, item] : timers_) all.push_back(std::move(item));
     timers_.clear();

@@ -31,8 +31,12 @@ public:
     void setUpdatedTime(Date updatedTime);
 
     // The value of the moment, then each one set.
-    [[nodiscard]] rx::Observable<std::int64_t> observePrimaryID() const { return primaryIDSubject_; }
-    [[nodiscard]] rx::Observable<Date> observeUpdatedTime() const { return updatedTimeSubject_; }
+    [[nodiscard]] rx::Observable<std::int64_t> observePrimaryID() const {
+        return primaryIDSubject_.asObservable();
+    }
+    [[nodiscard]] rx::Observable<Date> observeUpdatedTime() const {
+        return updatedTimeSubject_.asObservable();
+    }
 
     // As a record, and from one: `primaryID` stays.
     [[nodiscard]] Application application() const { return {updatedTime_}; }

@@ -27,9 +27,11 @@ public:
 
     bool didFinishLaunchingWithOptions(UIApplication& application, const LaunchOptions& options) override;
 
-    [[nodiscard]] rx::Observable<Application> application() override { return applicationSubject_; }
-    [[nodiscard]] rx::Observable<Setting> setting() override { return settingSubject_; }
-    [[nodiscard]] rx::Observable<bool> isLoaded() override { return isLoadedSubject_; }
+    [[nodiscard]] rx::Observable<Application> application() override {
+        return applicationSubject_.asObservable();
+    }
+    [[nodiscard]] rx::Observable<Setting> setting() override { return settingSubject_.asObservable(); }
+    [[nodiscard]] rx::Observable<bool> isLoaded() override { return isLoadedSubject_.asObservable(); }
 
     void update(const Setting& setting) override;
     void reloadApplication() override;

@@ -23,7 +23,7 @@ public:
     void didBecomeActive(UIApplication& application) override;
     void willResignActive(UIApplication& application) override;
 
-    [[nodiscard]] rx::Observable<Date> firstDate() override { return firstDateSubject_; }
+    [[nodiscard]] rx::Observable<Date> firstDate() override { return firstDateSubject_.asObservable(); }
 
 private:
     void recordTime();

@@ -32,7 +32,7 @@ public:
 
     bool didFinishLaunchingWithOptions(UIApplication& application, const LaunchOptions& options) override;
 
-    [[nodiscard]] rx::Observable<bool> isLoaded() override { return isLoadedSubject_; }
+    [[nodiscard]] rx::Observable<bool> isLoaded() override { return isLoadedSubject_.asObservable(); }
     void loadDatabase(const std::string& userID) override;
     void invalidate() override { userID_.reset(); }
     void asyncOpen(Block block) override;
