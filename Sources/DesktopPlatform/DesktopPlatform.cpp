@@ -60,10 +60,11 @@ struct DesktopPlatform::Parts {
         const auto queues = std::make_shared<DesktopQueues>(executors);
         vault = std::make_shared<Vault>(vaultOptions(options, console, *queues));
         userDefaults = std::make_shared<SQLiteUserDefaults>(userDefaultsOptions(options, console, *queues));
+        const auto& state = options.stateFolder;
         return {.application = std::make_shared<HostApplication>(),
                 .device = std::make_shared<LocalDevice>(options.stateFolder, options.systemVersion),
-                .mainBundle =
-                    std::make_shared<FolderBundle>(options.bundleIdentifier, options.resourceFolder),
+                .mainBundle = std::make_shared<FolderBundle>(options.bundleIdentifier, options.resourceFolder,
+                                                             state.empty() ? state : state / "receipt"),
                 .queues = queues,
                 .clock = std::make_shared<SystemClock>(),
                 .console = console,

@@ -7,15 +7,21 @@
 
 namespace corvantile {
 
+class AAAttribution;
+class Adjust;
+class ASIdentifierManager;
 class Clock;
 class Console;
 class Cryptor;
 class DispatchQueues;
+class HTTPClient;
 class Locksmith;
 class NetworkReachabilityManagers;
 class NSBundle;
 class NSUserDefaults;
 class SecureRandom;
+class SKPaymentQueue;
+class StoreRequests;
 class UIApplication;
 class UIDevice;
 
@@ -32,6 +38,12 @@ struct Ports {
     std::shared_ptr<NSUserDefaults> userDefaults{};
     std::shared_ptr<SecureRandom> random{};
     std::shared_ptr<Cryptor> cryptor{};
+    std::shared_ptr<HTTPClient> http{};
+    std::shared_ptr<AAAttribution> attribution{};
+    std::shared_ptr<ASIdentifierManager> advertising{};
+    std::shared_ptr<Adjust> adjust{};
+    std::shared_ptr<SKPaymentQueue> paymentQueue{};
+    std::shared_ptr<StoreRequests> storeRequests{};
 };
 
 // A platform is a process: the ports, the threads that run framework code, and the process's records.

@@ -46,16 +46,19 @@ private:
 
 class InMemoryBundle final : public NSBundle {
 public:
-    InMemoryBundle(std::string identifier, std::map<std::string, std::string> resources)
-        : identifier_(std::move(identifier)), resources_(std::move(resources)) {}
+    InMemoryBundle(std::shared_ptr<const DeviceLink> link, std::string identifier,
+                   std::map<std::string, std::string> resources)
+        : link_(std::move(link)), identifier_(std::move(identifier)), resources_(std::move(resources)) {}
     std::string bundleIdentifier() const override { return identifier_; }
     std::optional<std::string> resource(std::string_view name, std::string_view extension) const override {
         const auto found = resources_.find(std::string(name).append(".").append(extension));
         if (found == resources_.end()) return std::nullopt;
         return found->second;
     }
+    std::optional<std::string> appStoreReceipt() const override { return link_->device().appStoreReceipt(); }
 
 private:
+    const std::shared_ptr<const DeviceLink> link_;
     const std::string identifier_;
     const std::map<std::string, std::string> resources_;
 };
@@ -72,8 +75,9 @@ std::shared_ptr<Clock> makeClock(std::shared_ptr<const DeviceLink> link) {
     return std::make_shared<VirtualClock>(std::move(link));
 }
 
-std::shared_ptr<NSBundle> makeBundle(std::string identifier, std::map<std::string, std::string> resources) {
-    return std::make_shared<InMemoryBundle>(std::move(identifier), std::move(resources));
+std::shared_ptr<NSBundle> makeBundle(std::shared_ptr<const DeviceLink> link, std::string identifier,
+                                     std::map<std::string, std::string> resources) {
+    return std::make_shared<InMemoryBundle>(std::move(link), std::move(identifier), std::move(resources));
 }
 
 } // namespace corvantile

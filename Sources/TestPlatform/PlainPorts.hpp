@@ -17,7 +17,8 @@ class UIDevice;
 [[nodiscard]] std::shared_ptr<UIDevice> makeDevice(std::shared_ptr<const DeviceLink> link);
 [[nodiscard]] std::shared_ptr<Clock> makeClock(std::shared_ptr<const DeviceLink> link);
 // Resources by file name, extension included.
-[[nodiscard]] std::shared_ptr<NSBundle> makeBundle(std::string identifier,
+[[nodiscard]] std::shared_ptr<NSBundle> makeBundle(std::shared_ptr<const DeviceLink> link,
+                                                   std::string identifier,
                                                    std::map<std::string, std::string> resources);
 
 } // namespace corvantile

@@ -78,6 +78,16 @@ void TestDevice::setSystemVersion(std::string version) {
     systemVersion_ = std::move(version);
 }
 
+std::optional<std::string> TestDevice::appStoreReceipt() const {
+    const std::lock_guard lock(mutex_);
+    return appStoreReceipt_;
+}
+
+void TestDevice::setAppStoreReceipt(std::optional<std::string> receipt) {
+    const std::lock_guard lock(mutex_);
+    appStoreReceipt_ = std::move(receipt);
+}
+
 unsigned char TestDevice::randomByte() {
     const std::lock_guard lock(mutex_);
     return static_cast<unsigned char>(random_());
@@ -88,6 +98,7 @@ void TestDevice::reinstall() {
     requireNoProcess(runningProcesses_, "reinstalled");
     nameVendor();
     defaults_.removeAll();
+    appStoreReceipt_.reset();
 }
 
 void TestDevice::processLaunched() {

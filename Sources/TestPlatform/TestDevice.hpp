@@ -50,6 +50,10 @@ public:
     [[nodiscard]] std::string systemVersion() const;
     void setSystemVersion(std::string version);
 
+    // The store's receipt for the app, opaque bytes; nullopt, as at first, while there is none.
+    [[nodiscard]] std::optional<std::string> appStoreReceipt() const;
+    void setAppStoreReceipt(std::optional<std::string> receipt);
+
     // The app's user defaults.
     [[nodiscard]] DeviceDefaults& defaults() { return defaults_; }
 
@@ -59,8 +63,8 @@ public:
     // The next of the bytes that look random, the same ones on every device.
     [[nodiscard]] unsigned char randomByte();
 
-    // Deletes the app and installs it afresh: a new vendor identifier, no user defaults. Fatal while a
-    // process runs; TestPlatform::reinstall ends it first.
+    // Deletes the app and installs it afresh: a new vendor identifier, no user defaults, no receipt. Fatal
+    // while a process runs; TestPlatform::reinstall ends it first.
     void reinstall();
 
 private:
@@ -77,6 +81,7 @@ private:
     std::uint32_t installations_ = 0;
     std::optional<std::string> vendorIdentifier_;
     std::string systemVersion_ = "17.2";
+    std::optional<std::string> appStoreReceipt_;
     std::mt19937_64 random_;
     int runningProcesses_ = 0;
     DeviceDefaults defaults_;

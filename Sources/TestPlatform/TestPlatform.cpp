@@ -29,7 +29,7 @@ struct TestPlatform::Parts {
     Ports ports(const TestOptions& options) const {
         return {.application = makeApplication(),
                 .device = makeDevice(link),
-                .mainBundle = makeBundle(options.bundleIdentifier, options.resources),
+                .mainBundle = makeBundle(link, options.bundleIdentifier, options.resources),
                 .queues = queues,
                 .clock = makeClock(link),
                 .console = console,

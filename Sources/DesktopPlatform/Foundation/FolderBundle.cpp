@@ -16,12 +16,18 @@ bool isPlain(std::string_view part) {
 
 } // namespace
 
-FolderBundle::FolderBundle(std::string identifier, std::filesystem::path folder)
-    : identifier_(std::move(identifier)), folder_(std::move(folder)) {}
+FolderBundle::FolderBundle(std::string identifier, std::filesystem::path folder,
+                           std::filesystem::path receiptFile)
+    : identifier_(std::move(identifier)), folder_(std::move(folder)), receiptFile_(std::move(receiptFile)) {}
 
 std::optional<std::string> FolderBundle::resource(std::string_view name, std::string_view extension) const {
     if (folder_.empty() || name.empty() || !isPlain(name) || !isPlain(extension)) return std::nullopt;
     return readFile(folder_ / std::string(name).append(".").append(extension));
+}
+
+std::optional<std::string> FolderBundle::appStoreReceipt() const {
+    if (receiptFile_.empty()) return std::nullopt;
+    return readFile(receiptFile_);
 }
 
 } // namespace corvantile

@@ -1,0 +1,7 @@
+#include "Platform/Foundation/PlatformRequest.hpp"
+
+namespace corvantile {
+
+PlatformRequest::~PlatformRequest() = default;
+
+} // namespace corvantile

@@ -1,0 +1,11 @@
+#include "Platform/Store/StoreRequests.hpp"
+
+#include "Platform/Platform.hpp"
+
+namespace corvantile {
+
+StoreRequests::~StoreRequests() = default;
+
+std::shared_ptr<StoreRequests> StoreRequests::shared() { return Platform::current().ports().storeRequests; }
+
+} // namespace corvantile
