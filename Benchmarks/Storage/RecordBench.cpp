@@ -1,25 +1,20 @@
+#include "Benchmarks/Storage/Turns.hpp"
 #include "Corvantile/Extension/AESText.hpp"
 #include "DesktopPlatform/DesktopPlatform.hpp"
 #include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
 #include "Platform/Foundation/Console.hpp"
 #include "Platform/Security/Cryptor.hpp"
-#include "Tests/DesktopPlatform/FlushCount.hpp"
 #include "Tests/DesktopPlatform/TemporaryFolder.hpp"
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <array>
-#include <atomic>
-#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <thread>
-#include <vector>
 
 #include <openssl/evp.h>
 #include <sqlite3.h>
@@ -35,20 +30,6 @@ const std::string key = "kT1vZ0uQmXc9Yb7w";
 const std::string iv = "2uHc9ZsRwJ7pLA==";
 const std::string name = "appconfig_Setting_C0FFEE00-ABCD-4EF0-8123-000000000001";
 const std::string record(200, 'r');
-
-// A second thread that sleeps: with one alone the C++ library leaves out locked instructions.
-class Company {
-public:
-    ~Company() {
-        done_.store(true);
-        done_.notify_all();
-        thread_.join();
-    }
-
-private:
-    std::atomic<bool> done_{false};
-    std::thread thread_{[this] { done_.wait(false); }};
-};
 
 // AES-128-CBC and base64 in lines, for texts of one size.
 class FloorCodec {
@@ -173,47 +154,6 @@ struct Framework {
     FloorCodec floor;
 };
 
-// Batches of floor and framework in turns, so that a slow moment of the machine is nobody's. Reports the
-// medians.
-class Turns {
-public:
-    template <class Floor, class Ours>
-    void take(benchmark::State& state, int batch, Floor floor, Ours ours) {
-        const auto start = Clock::now();
-        for (int i = 0; i < batch; ++i) floor();
-        const auto between = Clock::now();
-        const int flushesBefore = flushCount();
-        for (int i = 0; i < batch; ++i) ours();
-        flushes_ += flushCount() - flushesBefore;
-        const auto end = Clock::now();
-        floorTimes_.push_back(std::chrono::duration<double, std::nano>(between - start).count() / batch);
-        times_.push_back(std::chrono::duration<double, std::nano>(end - between).count() / batch);
-        state.SetIterationTime(times_.back() * 1e-9);
-    }
-
-    void report(benchmark::State& state) {
-        const double floor = median(floorTimes_);
-        const double ours = median(times_);
-        state.counters["floor_ns"] = floor;
-        state.counters["ours_ns"] = ours;
-        state.counters["ratio"] = ours / floor;
-        state.counters["flushes"] = flushes_;
-    }
-
-private:
-    using Clock = std::chrono::steady_clock;
-
-    static double median(std::vector<double>& times) {
-        const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-        std::nth_element(times.begin(), middle, times.end());
-        return *middle;
-    }
-
-    std::vector<double> floorTimes_;
-    std::vector<double> times_;
-    int flushes_ = 0;
-};
-
 constexpr int batch = 200;
 
 void Seal(benchmark::State& state) {
@@ -222,8 +162,8 @@ void Seal(benchmark::State& state) {
     if (aesEncrypt(record, key, iv, 1) != framework.floor.seal(record)) state.SkipWithError("They differ");
     for (auto _ : state)
         turns.take(
-            state, batch, [&] { benchmark::DoNotOptimize(framework.floor.seal(record)); },
-            [&] { benchmark::DoNotOptimize(aesEncrypt(record, key, iv, 1)); });
+            state, [&] { benchmark::DoNotOptimize(framework.floor.seal(record)); },
+            [&] { benchmark::DoNotOptimize(aesEncrypt(record, key, iv, 1)); }, batch);
     turns.report(state);
 }
 
@@ -234,8 +174,8 @@ void Open(benchmark::State& state) {
     if (framework.floor.open(sealed) != record) state.SkipWithError("They differ");
     for (auto _ : state)
         turns.take(
-            state, batch, [&] { benchmark::DoNotOptimize(framework.floor.open(sealed)); },
-            [&] { benchmark::DoNotOptimize(aesDecrypt(sealed, key, iv, 1)); });
+            state, [&] { benchmark::DoNotOptimize(framework.floor.open(sealed)); },
+            [&] { benchmark::DoNotOptimize(aesDecrypt(sealed, key, iv, 1)); }, batch);
     turns.report(state);
 }
 
@@ -248,8 +188,8 @@ void Get(benchmark::State& state) {
     for (const auto& [storedKey, value] : values) defaults.setValue(value, storedKey);
     for (auto _ : state)
         turns.take(
-            state, batch, [&] { benchmark::DoNotOptimize(framework.floor.open(values.find(name)->second)); },
-            [&] { benchmark::DoNotOptimize(aesDecrypt(*defaults.stringForKey(name), key, iv, 1)); });
+            state, [&] { benchmark::DoNotOptimize(framework.floor.open(values.find(name)->second)); },
+            [&] { benchmark::DoNotOptimize(aesDecrypt(*defaults.stringForKey(name), key, iv, 1)); }, batch);
     turns.report(state);
 }
 
@@ -270,8 +210,8 @@ void Set(benchmark::State& state) {
     floor.put("the same");
     for (auto _ : state) {
         turns.take(
-            state, batch, [&] { floor.put(framework.floor.seal(next())); },
-            [&] { defaults.setValue(aesEncrypt(next(), key, iv, 1), name); });
+            state, [&] { floor.put(framework.floor.seal(next())); },
+            [&] { defaults.setValue(aesEncrypt(next(), key, iv, 1), name); }, batch);
         floor.run("PRAGMA wal_checkpoint(PASSIVE); PRAGMA user_version = 1");
         emptyLog();
     }

@@ -1,27 +1,21 @@
+#include "Benchmarks/Storage/Turns.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
-#include "Tests/DesktopPlatform/FlushCount.hpp"
 #include "Tests/DesktopPlatform/TemporaryFolder.hpp"
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <atomic>
-#include <chrono>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include <sqlite3.h>
 
 // The floor is what SQLite itself takes to write or read one row durably in the same folder: a prepared
-// statement on a table with one key and one value. Floor and vault take turns, since what a flush costs
-// swings from second to second; set TMPDIR to measure another disk.
+// statement on a table with one key and one value. Set TMPDIR to measure another disk.
 
 namespace {
 
 using namespace corvantile;
-using Clock = std::chrono::steady_clock;
 
 constexpr const char* service = "com.example.app";
 constexpr std::size_t valueSize = 160; // about what a sealed marker takes
@@ -76,48 +70,6 @@ private:
     sqlite3_stmt* get_ = nullptr;
 };
 
-// A second thread that sleeps: with one alone the C++ library leaves out locked instructions.
-class Company {
-public:
-    ~Company() {
-        done_.store(true);
-        done_.notify_all();
-        thread_.join();
-    }
-
-private:
-    std::atomic<bool> done_{false};
-    std::thread thread_{[this] { done_.wait(false); }};
-};
-
-struct Measured {
-    std::vector<double> times; // seconds
-    int flushes = 0;
-
-    template <class Work>
-    void take(Work work) {
-        const int before = flushCount();
-        const auto start = Clock::now();
-        work();
-        times.push_back(std::chrono::duration<double>(Clock::now() - start).count());
-        flushes += flushCount() - before;
-    }
-    [[nodiscard]] double median() {
-        std::nth_element(times.begin(), times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2),
-                         times.end());
-        return times[times.size() / 2];
-    }
-    [[nodiscard]] double flushesEach() const { return flushes / static_cast<double>(times.size()); }
-};
-
-void report(benchmark::State& state, Measured& floor, Measured& vault) {
-    state.counters["floor_us"] = floor.median() * 1e6;
-    state.counters["vault_us"] = vault.median() * 1e6;
-    state.counters["ratio"] = vault.median() / floor.median();
-    state.counters["floor_flushes"] = floor.flushesEach();
-    state.counters["vault_flushes"] = vault.flushesEach();
-}
-
 void SaveInTurns(benchmark::State& state) {
     const Company company;
     const TemporaryFolder folder;
@@ -126,19 +78,16 @@ void SaveInTurns(benchmark::State& state) {
     const std::string value(valueSize, 'v');
     vault.save({{"first", true}}, "first", service);
     plain.put("first", value);
-    Measured floor;
-    Measured ours;
+    Turns turns;
     int number = 0;
     for (auto _ : state) {
         const auto account = std::to_string(1'000'000 + number++);
         const KeychainDictionary marker = {{account, true}};
-        // Whoever comes second may find the disk warm.
-        if (number % 2 == 0) floor.take([&] { plain.put(account, value); });
-        ours.take([&] { vault.save(marker, account, service); });
-        if (number % 2 != 0) floor.take([&] { plain.put(account, value); });
-        state.SetIterationTime(ours.times.back());
+        turns.take(
+            state, [&] { plain.put(account, value); }, [&] { vault.save(marker, account, service); }, 1,
+            number % 2 != 0);
     }
-    report(state, floor, ours);
+    turns.report(state);
 }
 
 void LoadInTurns(benchmark::State& state) {
@@ -153,20 +102,20 @@ void LoadInTurns(benchmark::State& state) {
     plain.run("COMMIT");
     for (int number = 0; number < count; number += 10)
         vault.save({{std::to_string(number), true}}, std::to_string(number), service);
-    Measured floor;
-    Measured ours;
+    Turns turns;
     for (auto _ : state) {
-        floor.take([&] {
-            for (int number = 0; number < count; ++number)
-                benchmark::DoNotOptimize(plain.get(std::to_string(number)));
-        });
-        ours.take([&] {
-            for (int number = 0; number < count; ++number)
-                benchmark::DoNotOptimize(vault.load(std::to_string(number / 10 * 10), service));
-        });
-        state.SetIterationTime(ours.times.back());
+        turns.take(
+            state,
+            [&] {
+                for (int number = 0; number < count; ++number)
+                    benchmark::DoNotOptimize(plain.get(std::to_string(number)));
+            },
+            [&] {
+                for (int number = 0; number < count; ++number)
+                    benchmark::DoNotOptimize(vault.load(std::to_string(number / 10 * 10), service));
+            });
     }
-    report(state, floor, ours);
+    turns.report(state);
 }
 
 void OpenAndLoad(benchmark::State& state) {
@@ -174,18 +123,17 @@ void OpenAndLoad(benchmark::State& state) {
     const TemporaryFolder folder;
     Vault({.folder = folder.path() / "keychain"}).save({{"key", "text"}}, "account", service);
     PlainStore(folder.path() / "plain.sqlite").put("account", std::string(valueSize, 'v'));
-    Measured floor;
-    Measured ours;
+    Turns turns;
     for (auto _ : state) {
-        floor.take(
-            [&] { benchmark::DoNotOptimize(PlainStore(folder.path() / "plain.sqlite").get("account")); });
-        ours.take([&] {
-            const Vault vault({.folder = folder.path() / "keychain"});
-            benchmark::DoNotOptimize(vault.load("account", service));
-        });
-        state.SetIterationTime(ours.times.back());
+        turns.take(
+            state,
+            [&] { benchmark::DoNotOptimize(PlainStore(folder.path() / "plain.sqlite").get("account")); },
+            [&] {
+                const Vault vault({.folder = folder.path() / "keychain"});
+                benchmark::DoNotOptimize(vault.load("account", service));
+            });
     }
-    report(state, floor, ours);
+    turns.report(state);
 }
 
 } // namespace

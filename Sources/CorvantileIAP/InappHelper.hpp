@@ -1,6 +1,11 @@
 #pragma once
 
 #include "Platform/Export.hpp"
+#include "Platform/Store/StoreRequests.hpp"
+#include "Reactive/Observable.hpp"
+
+#include <memory>
+#include <vector>
 
 namespace corvantile {
 
@@ -12,6 +17,11 @@ public:
     // Off until set. Process-wide; threads: any.
     [[nodiscard]] static bool debug();
     static void setDebug(bool debug);
+
+    // The products that the store knows of those asked for, possibly none, then completion; or the store's
+    // error. Asks at each subscription and cancels at dispose. Answers on main; subscribe on any thread.
+    [[nodiscard]] static rx::Observable<std::vector<std::shared_ptr<SKProduct>>>
+    request(ProductIdentifiers identifiers);
 };
 
 } // namespace corvantile

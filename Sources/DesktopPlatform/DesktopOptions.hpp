@@ -1,8 +1,13 @@
 #pragma once
 
+#include "DesktopPlatform/Adjust/AdjustOptions.hpp"
+#include "DesktopPlatform/Ads/LocalAds.hpp"
+#include "DesktopPlatform/Store/DesktopStoreOptions.hpp"
 #include "Platform/Export.hpp"
 
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,6 +15,7 @@
 namespace corvantile {
 
 class Console;
+struct Ports;
 
 // What a host decides about its desktop platform. The defaults suit a development machine.
 struct DesktopOptions {
@@ -32,6 +38,19 @@ struct DesktopOptions {
 
     // Takes the place of the console on `consoleDescriptor`, unless null: a host that shows its lines itself.
     std::shared_ptr<Console> console = nullptr;
+
+    // Where requests go that name these origins, as HTTPRoutes says.
+    std::map<std::string, std::string> httpRoutes = {};
+
+    AdsOptions ads = {};
+
+    AdjustOptions adjust = {};
+
+    DesktopStoreOptions store = {};
+
+    // Stands something of the host's own between the app and a port, before anything has asked for one. The
+    // platform's parts know each other as they were made. May be null.
+    std::function<void(Ports& ports)> decorate = nullptr;
 };
 
 // `corvantile/BUNDLEIDENTIFIER` in the user's folder for state ($XDG_STATE_HOME, else ~/.local/state). Empty

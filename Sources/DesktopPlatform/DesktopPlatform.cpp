@@ -2,6 +2,8 @@
 
 #include "Crypto/OpenSSLCryptor.hpp"
 #include "Crypto/OpenSSLRandom.hpp"
+#include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
+#include "DesktopPlatform/Ads/LocalAds.hpp"
 #include "DesktopPlatform/Application/HostApplication.hpp"
 #include "DesktopPlatform/Application/LocalDevice.hpp"
 #include "DesktopPlatform/Foundation/DescriptorConsole.hpp"
@@ -9,10 +11,16 @@
 #include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
 #include "DesktopPlatform/Foundation/SystemClock.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
+#include "DesktopPlatform/Network/CurlHTTPClient.hpp"
+#include "DesktopPlatform/Network/HTTPRoutes.hpp"
 #include "DesktopPlatform/Network/NetlinkReachabilityManager.hpp"
 #include "DesktopPlatform/Queues/DesktopQueues.hpp"
 #include "DesktopPlatform/Queues/Executors.hpp"
 #include "DesktopPlatform/Queues/SerialQueue.hpp"
+#include "DesktopPlatform/Store/DesktopStore.hpp"
+#include "LocalStore/LocalStore.hpp"
+#include "LocalStore/Ports/LocalPaymentQueue.hpp"
+#include "LocalStore/Ports/LocalStoreRequests.hpp"
 #include "Platform/FatalError.hpp"
 
 #include <algorithm>
@@ -51,6 +59,14 @@ std::shared_ptr<Console> consoleOf(const DesktopOptions& options) {
     return std::make_shared<DescriptorConsole>(options.consoleDescriptor);
 }
 
+std::shared_ptr<HTTPRoutes> routesOf(const DesktopOptions& options) {
+    auto routes = std::make_shared<HTTPRoutes>();
+    for (const auto& [origin, base] : options.httpRoutes)
+        if (!routes->set(origin, base))
+            fatalError("No route can lead from '" + origin + "' to '" + base + "'.");
+    return routes;
+}
+
 } // namespace
 
 // The ports under their own types, for the platform itself.
@@ -60,19 +76,40 @@ struct DesktopPlatform::Parts {
         const auto queues = std::make_shared<DesktopQueues>(executors);
         vault = std::make_shared<Vault>(vaultOptions(options, console, *queues));
         userDefaults = std::make_shared<SQLiteUserDefaults>(userDefaultsOptions(options, console, *queues));
+        httpRoutes = routesOf(options);
+        http = std::make_shared<CurlHTTPClient>(httpRoutes);
+        ads = std::make_shared<LocalAds>(options.ads);
         const auto& state = options.stateFolder;
-        return {.application = std::make_shared<HostApplication>(),
-                .device = std::make_shared<LocalDevice>(options.stateFolder, options.systemVersion),
-                .mainBundle = std::make_shared<FolderBundle>(options.bundleIdentifier, options.resourceFolder,
-                                                             state.empty() ? state : state / "receipt"),
-                .queues = queues,
-                .clock = std::make_shared<SystemClock>(),
-                .console = console,
-                .reachability = reachability,
-                .keychain = vault,
-                .userDefaults = userDefaults,
-                .random = std::make_shared<OpenSSLRandom>(),
-                .cryptor = std::make_shared<OpenSSLCryptor>()};
+        Ports made{.application = std::make_shared<HostApplication>(),
+                   .device = std::make_shared<LocalDevice>(options.stateFolder, options.systemVersion),
+                   .mainBundle =
+                       std::make_shared<FolderBundle>(options.bundleIdentifier, options.resourceFolder,
+                                                      state.empty() ? state : state / "receipt"),
+                   .queues = queues,
+                   .clock = std::make_shared<SystemClock>(),
+                   .console = console,
+                   .reachability = reachability,
+                   .keychain = vault,
+                   .userDefaults = userDefaults,
+                   .random = std::make_shared<OpenSSLRandom>(),
+                   .cryptor = std::make_shared<OpenSSLCryptor>(),
+                   .http = http,
+                   .attribution = ads,
+                   .advertising = ads};
+        adjust = std::make_shared<OutboxAdjust>(state.empty() ? state : state / "outbox.sqlite",
+                                                options.adjust, made);
+        made.adjust = adjust;
+        addStore(made, options);
+        if (options.decorate) options.decorate(made);
+        return made;
+    }
+
+    void addStore(Ports& made, const DesktopOptions& options) {
+        const auto queue = made.queues->makeSerial("corvantile.store", QualityOfService::background);
+        store = makeDesktopStore(options, made.clock, made.console,
+                                 [queue](std::function<void()> work) { queue->async(std::move(work)); });
+        made.paymentQueue = LocalPaymentQueue::make(store, made.queues->main(), made.console);
+        made.storeRequests = std::make_shared<LocalStoreRequests>(store);
     }
 
     // Work that waits for the disk has a queue, so that it ends as queues do: unrun.
@@ -106,6 +143,11 @@ struct DesktopPlatform::Parts {
         std::make_shared<NetlinkReachabilityManagers>(executors->workers());
     std::shared_ptr<Vault> vault;
     std::shared_ptr<SQLiteUserDefaults> userDefaults;
+    std::shared_ptr<HTTPRoutes> httpRoutes;
+    std::shared_ptr<CurlHTTPClient> http;
+    std::shared_ptr<LocalAds> ads;
+    std::shared_ptr<OutboxAdjust> adjust;
+    std::shared_ptr<LocalStore> store;
 };
 
 DesktopPlatform::DesktopPlatform(DesktopOptions options)
@@ -121,6 +163,10 @@ DesktopPlatform::DesktopPlatform(DesktopOptions options, std::unique_ptr<Parts> 
 DesktopPlatform::~DesktopPlatform() { end(); }
 
 Vault& DesktopPlatform::vault() const { return *parts_->vault; }
+HTTPRoutes& DesktopPlatform::httpRoutes() const { return *parts_->httpRoutes; }
+LocalAds& DesktopPlatform::ads() const { return *parts_->ads; }
+OutboxAdjust& DesktopPlatform::adjust() const { return *parts_->adjust; }
+LocalStore& DesktopPlatform::store() const { return *parts_->store; }
 
 void DesktopPlatform::runMainLoop() {
     parts_->requireMainThread();
@@ -158,6 +204,7 @@ void DesktopPlatform::stopMainLoop() { parts_->executors->main().stop(); }
 
 void DesktopPlatform::stop() {
     parts_->requireMainThread();
+    parts_->http->close();
     parts_->executors->close();
     parts_->reachability->close();
     parts_->executors->discard();

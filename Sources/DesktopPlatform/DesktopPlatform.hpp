@@ -11,6 +11,10 @@
 
 namespace corvantile {
 
+class HTTPRoutes;
+class LocalAds;
+class LocalStore;
+class OutboxAdjust;
 class Vault;
 
 // The platform of a Linux machine: real queues, console, clock, files and network status.
@@ -30,6 +34,20 @@ public:
 
     // The keychain under its own type: a host plays the lock and looks inside. Threads: any.
     [[nodiscard]] Vault& vault() const;
+
+    // Where requests go: a host plays a server. Threads: any.
+    [[nodiscard]] HTTPRoutes& httpRoutes() const;
+
+    // The ads services under their own type: a host decides what they say. Threads: any.
+    [[nodiscard]] LocalAds& ads() const;
+
+    // The attribution SDK under its own type: a host tells it when the app is active, plays the network and
+    // looks at its packages. Threads: any.
+    [[nodiscard]] OutboxAdjust& adjust() const;
+
+    // The store behind the payment queue and the requests: a host plays the store and its customers. Threads:
+    // any.
+    [[nodiscard]] LocalStore& store() const;
 
     // Runs the main queue until `stopMainLoop`. Main thread only, not from inside an item.
     void runMainLoop();

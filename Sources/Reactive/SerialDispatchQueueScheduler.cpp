@@ -23,4 +23,8 @@ void SerialDispatchQueueScheduler::postAfter(std::chrono::nanoseconds delay, Wor
     queue_->asyncAfter(delay, std::move(action));
 }
 
+std::shared_ptr<Scheduler> backgroundScheduler() {
+    return std::make_shared<SerialDispatchQueueScheduler>(QualityOfService::background);
+}
+
 } // namespace corvantile::rx

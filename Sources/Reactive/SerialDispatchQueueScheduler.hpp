@@ -37,4 +37,8 @@ private:
     std::chrono::nanoseconds leeway_;
 };
 
+// A new scheduler of quality of service "background" with the default name: its items never overlap, but they
+// run beside those of any other that was asked for.
+[[nodiscard]] CORVANTILE_API std::shared_ptr<Scheduler> backgroundScheduler();
+
 } // namespace corvantile::rx

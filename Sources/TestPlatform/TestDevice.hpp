@@ -1,9 +1,11 @@
 #pragma once
 
+#include "LocalStore/Engine/StoreStorage.hpp"
 #include "Platform/Export.hpp"
 #include "Platform/Foundation/Date.hpp"
 #include "TestPlatform/DeviceDefaults.hpp"
 #include "TestPlatform/DeviceKeychain.hpp"
+#include "TestPlatform/DeviceStore.hpp"
 
 #include <chrono>
 #include <cstdint>
@@ -60,6 +62,11 @@ public:
     // The keychain, which outlives the app.
     [[nodiscard]] DeviceKeychain& keychain() { return keychain_; }
 
+    // The store, which outlives the app as well.
+    [[nodiscard]] DeviceStore& store() { return store_; }
+    // What a local store remembers.
+    [[nodiscard]] StoreShelf& storeShelf() { return storeShelf_; }
+
     // The next of the bytes that look random, the same ones on every device.
     [[nodiscard]] unsigned char randomByte();
 
@@ -86,6 +93,8 @@ private:
     int runningProcesses_ = 0;
     DeviceDefaults defaults_;
     DeviceKeychain keychain_;
+    DeviceStore store_;
+    StoreShelf storeShelf_;
 };
 
 } // namespace corvantile

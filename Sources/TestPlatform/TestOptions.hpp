@@ -1,11 +1,23 @@
 #pragma once
 
+#include "Platform/Foundation/Date.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace corvantile {
+
+// A local store in the place of the scripted one. What it remembers is the device's.
+struct TestStoreOptions {
+    // The text of a StoreKit configuration file. One that cannot be read is fatal.
+    std::string catalogue = {};
+    // As LocalStoreOptions says.
+    std::optional<double> clockRate = {};
+    std::optional<Date> start = {};
+};
 
 // How a test process is launched.
 struct TestOptions {
@@ -18,6 +30,8 @@ struct TestOptions {
     bool echoesConsole = false;
     // Prints a line for each load that finds an entry in the keychain but cannot read it.
     bool reportsUnreadableEntries = false;
+    // Set: the payment queue and the store's requests are those of a local store.
+    std::optional<TestStoreOptions> localStore = {};
     // More items in one run than this are an endless loop, which is fatal.
     std::size_t itemLimit = 10'000'000;
 };

@@ -1,12 +1,20 @@
 #include "TestPlatform/TestPlatform.hpp"
 
 #include "Crypto/OpenSSLCryptor.hpp"
+#include "LocalStore/LocalStore.hpp"
+#include "LocalStore/Ports/LocalPaymentQueue.hpp"
+#include "LocalStore/Ports/LocalStoreRequests.hpp"
 #include "Platform/FatalError.hpp"
 #include "TestPlatform/DeviceLink.hpp"
+#include "TestPlatform/DeviceLocalStore.hpp"
 #include "TestPlatform/PlainPorts.hpp"
+#include "TestPlatform/RecordingAdjust.hpp"
 #include "TestPlatform/RecordingConsole.hpp"
+#include "TestPlatform/ScriptedAds.hpp"
+#include "TestPlatform/ScriptedHTTP.hpp"
 #include "TestPlatform/ScriptedRandom.hpp"
 #include "TestPlatform/ScriptedReachability.hpp"
+#include "TestPlatform/ScriptedStore.hpp"
 #include "TestPlatform/TestDevice.hpp"
 #include "TestPlatform/TestKeychain.hpp"
 #include "TestPlatform/TestUserDefaults.hpp"
@@ -24,10 +32,12 @@ struct TestPlatform::Parts {
           queues(std::make_shared<VirtualQueues>(device, options.seed, options.itemLimit)),
           console(std::make_shared<RecordingConsole>(link, options.echoesConsole)),
           reachability(std::make_shared<ScriptedReachability>()),
-          random(std::make_shared<ScriptedRandom>(link)) {}
+          random(std::make_shared<ScriptedRandom>(link)),
+          store(std::make_shared<ScriptedStore>(link, queues->main())),
+          localStore(options.localStore ? makeLocalStore(link, options, console) : nullptr) {}
 
     Ports ports(const TestOptions& options) const {
-        return {.application = makeApplication(),
+        Ports made{.application = makeApplication(),
                 .device = makeDevice(link),
                 .mainBundle = makeBundle(link, options.bundleIdentifier, options.resources),
                 .queues = queues,
@@ -38,7 +48,18 @@ struct TestPlatform::Parts {
                                                                                                   : nullptr),
                 .userDefaults = std::make_shared<TestUserDefaults>(link),
                 .random = random,
-                .cryptor = std::make_shared<OpenSSLCryptor>()};
+                .cryptor = std::make_shared<OpenSSLCryptor>(),
+                .http = http,
+                .attribution = ads,
+                .advertising = ads,
+                .adjust = adjust,
+                .paymentQueue = store,
+                .storeRequests = store};
+        if (localStore) {
+            made.paymentQueue = LocalPaymentQueue::make(localStore, queues->main(), console);
+            made.storeRequests = std::make_shared<LocalStoreRequests>(localStore);
+        }
+        return made;
     }
 
     const std::shared_ptr<DeviceLink> link;
@@ -46,6 +67,11 @@ struct TestPlatform::Parts {
     const std::shared_ptr<RecordingConsole> console;
     const std::shared_ptr<ScriptedReachability> reachability;
     const std::shared_ptr<ScriptedRandom> random;
+    const std::shared_ptr<ScriptedStore> store;
+    const std::shared_ptr<LocalStore> localStore; // null unless chosen
+    const std::shared_ptr<ScriptedHTTP> http = std::make_shared<ScriptedHTTP>();
+    const std::shared_ptr<ScriptedAds> ads = std::make_shared<ScriptedAds>();
+    const std::shared_ptr<RecordingAdjust> adjust = std::make_shared<RecordingAdjust>(queues->main());
 };
 
 // This process's turn to be the current one; afterwards the former one is again, if there was one.
@@ -131,9 +157,18 @@ TestDevice& TestPlatform::device() const { return parts_->link->device(); }
 RecordingConsole& TestPlatform::console() const { return *parts_->console; }
 ScriptedReachability& TestPlatform::reachability() const { return *parts_->reachability; }
 ScriptedRandom& TestPlatform::random() const { return *parts_->random; }
+ScriptedStore& TestPlatform::store() const { return *parts_->store; }
+LocalStore& TestPlatform::localStore() const {
+    if (!parts_->localStore) fatalError("This process has a scripted store: TestOptions chooses a local one.");
+    return *parts_->localStore;
+}
+ScriptedHTTP& TestPlatform::http() const { return *parts_->http; }
+ScriptedAds& TestPlatform::ads() const { return *parts_->ads; }
+RecordingAdjust& TestPlatform::adjust() const { return *parts_->adjust; }
 
 void TestPlatform::stop() {
     parts_->reachability->close();
+    parts_->store->close();
     parts_->queues->close();
 }
 

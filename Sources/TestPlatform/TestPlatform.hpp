@@ -13,9 +13,14 @@
 
 namespace corvantile {
 
+class LocalStore;
+class RecordingAdjust;
 class RecordingConsole;
+class ScriptedAds;
+class ScriptedHTTP;
 class ScriptedRandom;
 class ScriptedReachability;
+class ScriptedStore;
 class TestDevice;
 
 // One process on a test device, all in memory and in virtual time:
@@ -70,6 +75,12 @@ public:
     [[nodiscard]] RecordingConsole& console() const;
     [[nodiscard]] ScriptedReachability& reachability() const;
     [[nodiscard]] ScriptedRandom& random() const;
+    [[nodiscard]] ScriptedStore& store() const;
+    // Fatal unless the options have chosen it.
+    [[nodiscard]] LocalStore& localStore() const;
+    [[nodiscard]] ScriptedHTTP& http() const;
+    [[nodiscard]] ScriptedAds& ads() const;
+    [[nodiscard]] RecordingAdjust& adjust() const;
 
 private:
     struct Parts;

@@ -1,4 +1,3 @@
-#include "Platform/Foundation/Base64.hpp"
 #include "Platform/Security/Cryptor.hpp"
 #include "Platform/Security/SecureRandom.hpp"
 #include "Tests/Contracts/Harness.hpp"
@@ -11,8 +10,6 @@
 
 namespace corvantile {
 namespace {
-
-using namespace std::string_literals;
 
 constexpr auto encrypt = Cryptor::Operation::encrypt;
 constexpr auto decrypt = Cryptor::Operation::decrypt;
@@ -55,41 +52,8 @@ TYPED_TEST(CryptorContract, AgreesWithThePublishedExamplesOfBothModes) {
         EXPECT_EQ(this->cryptor().crypt(decrypt, options, key, iv, ciphertext), plaintext);
 
         const auto longer = this->cryptor().crypt(encrypt, options | padded, key, iv, plaintext);
-        ASSERT_TRUE(longer);
-        EXPECT_EQ(longer->size(), ciphertext.size() + Cryptor::blockSize);
-        EXPECT_TRUE(longer->starts_with(ciphertext));
+        EXPECT_TRUE(longer.value().starts_with(ciphertext));
         EXPECT_EQ(this->cryptor().crypt(decrypt, options | padded, key, iv, *longer), plaintext);
-    }
-}
-
-// Sealed with `openssl enc -aes-128-cbc -K … -iv … | base64 -w64`.
-TYPED_TEST(CryptorContract, ReadsAndWritesARecordAsTheCommandLineToolDoes) {
-    const auto recordKey = "kT1vZ0uQmXc9Yb7w"s;
-    const auto recordIV = "2uHc9ZsRwJ7pLA=="s;
-    const auto record =
-        R"({"manageSubscriptionEnabled":true,"reviewAppEnabled":false,"iapPolicy":["Payment is charged to your )"
-        R"(account at confirmation of purchase.","It renews — unless cancelled 24 hours before."]})"s;
-    const auto sealed = "Z7QlJwNZAcRUJYTOnvAwsc8ejVuTufvRrjJKkvMgB5NnOOO7I244kD2W5XzeQQ/k\r\n"
-                        "ACZmDTTvCkNqmAt2tbL0kpqmw9EZf1+GklUG0tGe2DA7fYPoj+qT0CBXvx62+yRP\r\n"
-                        "bTF7ubdFP/IA7SrMAleu9YnW9XCDu2olEY0lpc6Rp4CPxjiVNB8YmfOsExy1aKjs\r\n"
-                        "SgLeErC+iiBHGxxP4xJdDBgcmFQNvflTDytuETHe7nxsExJu1qj49FhtNGgvgCll"s;
-
-    const auto written = this->cryptor().crypt(encrypt, padded, recordKey, recordIV, record);
-    const auto read =
-        this->cryptor().crypt(decrypt, padded, recordKey, recordIV, bytesOfBase64(sealed).value());
-
-    EXPECT_EQ(base64Lines(written.value()), sealed);
-    EXPECT_EQ(read, record);
-}
-
-TYPED_TEST(CryptorContract, FillsUpEveryLengthWithPadding) {
-    for (std::size_t size : {0U, 1U, 15U, 16U, 17U, 1000U}) {
-        SCOPED_TRACE(size);
-        const std::string text(size, 't');
-        const auto sealed = this->cryptor().crypt(encrypt, padded, key, iv, text);
-        ASSERT_TRUE(sealed);
-        EXPECT_EQ(sealed->size(), (size / 16 + 1) * 16);
-        EXPECT_EQ(this->cryptor().crypt(decrypt, padded, key, iv, *sealed), text);
     }
 }
 
@@ -116,19 +80,15 @@ TYPED_TEST(CryptorContract, RefusesWhatDoesNotFit) {
     EXPECT_EQ(this->cryptor().crypt(decrypt, cbc, key, iv, ""), "");
 }
 
-TYPED_TEST(CryptorContract, LooksAtNoMoreOfKeyAndIVThanItNeeds) {
-    EXPECT_EQ(this->cryptor().crypt(encrypt, cbc, key + "more", iv + "more", plaintext), cbcText);
-    EXPECT_EQ(this->cryptor().crypt(encrypt, ecb, key, "", plaintext), ecbText);
-}
-
-TYPED_TEST(CryptorContract, StartsEveryTextAfreshWhateverTheLastOneWas) {
+TYPED_TEST(CryptorContract, LooksAtNoMoreThanItNeedsAndAtNothingOfTheLastText) {
     const auto other = std::string(16, 'o');
     for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(this->cryptor().crypt(encrypt, cbc, key + "more", iv + "more", plaintext), cbcText);
         EXPECT_EQ(this->cryptor().crypt(decrypt, padded, key, iv, cbcText.substr(0, 32)), std::nullopt);
         EXPECT_EQ(this->cryptor().crypt(decrypt, cbc, key, iv, cbcText), plaintext);
         EXPECT_NE(this->cryptor().crypt(encrypt, cbc, key, other, plaintext), cbcText);
         EXPECT_NE(this->cryptor().crypt(encrypt, cbc, other, iv, plaintext), cbcText);
-        EXPECT_EQ(this->cryptor().crypt(encrypt, cbc, key, iv, plaintext), cbcText);
+        EXPECT_EQ(this->cryptor().crypt(encrypt, ecb, key, "", plaintext), ecbText);
     }
 }
 
@@ -137,8 +97,7 @@ class SecureRandomContract : public PortContract<Harness> {};
 TYPED_TEST_SUITE(SecureRandomContract, Harnesses);
 
 TYPED_TEST(SecureRandomContract, FillsTheWholeBufferWithOtherBytesEachTime) {
-    std::array<unsigned char, 64> first{};
-    std::array<unsigned char, 64> second{};
+    std::array<unsigned char, 64> first{}, second{};
     const auto& random = this->ports().random;
 
     EXPECT_TRUE(random->copyBytes(first.data(), first.size()));

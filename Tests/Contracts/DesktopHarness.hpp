@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DesktopPlatform/Ads/LocalAds.hpp"
 #include "DesktopPlatform/DesktopPlatform.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
 #include "Tests/Contracts/ContractApp.hpp"
@@ -10,6 +11,8 @@
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <string>
+#include <utility>
 
 namespace corvantile {
 
@@ -26,10 +29,22 @@ public:
         platform_.reset();
         platform_ = std::make_unique<DesktopPlatform>(prepare(folder_.path()));
     }
+    // Takes away what goes with the app; the keychain stays.
+    void reinstall() {
+        platform_.reset();
+        for (const auto& entry : std::filesystem::directory_iterator(folder_.path() / "state"))
+            if (entry.path().filename() != "keychain") std::filesystem::remove_all(entry);
+        relaunch();
+    }
     [[nodiscard]] std::unique_ptr<Platform> launchAnother() {
         return std::make_unique<DesktopPlatform>(prepare(folder_.path()));
     }
     void setKeychainLocked(bool locked) { platform_->vault().setLocked(locked); }
+    void setAds(std::string token, std::string advertisingIdentifier) {
+        platform_->ads().set(
+            {.token = std::move(token), .advertisingIdentifier = std::move(advertisingIdentifier)});
+    }
+    void setAds(AAAttributionFailure failure) { platform_->ads().set({.failure = failure}); }
 
 private:
     static DesktopOptions prepare(const std::filesystem::path& folder) {

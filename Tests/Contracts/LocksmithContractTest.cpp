@@ -70,42 +70,40 @@ TYPED_TEST(LocksmithContract, GivesBackEveryKindOfValueAsItWas) {
     EXPECT_EQ(this->keychain().load("never saved", service), std::nullopt);
 }
 
-TYPED_TEST(LocksmithContract, AddsOnlyWhereThereIsNoEntry) {
-    const KeychainDictionary first = {{"number", 1}};
-    this->keychain().save(first, "account", service);
+TYPED_TEST(LocksmithContract, AddsOnceReplacesWholeEntriesDeletesOnceAndKeepsAllThatBeyondTheProcess) {
+    const KeychainDictionary one = {{"old", 1}, {"both", 1}}, two = {{"both", 2}};
+    for (const auto* const account : {"saved", "updated", "removed"})
+        this->keychain().save(one, account, service);
+    for (const auto* const account : {"updated", "added"}) this->keychain().update(two, account, service);
+    EXPECT_TRUE(this->keychain().remove("removed", service));
+    EXPECT_FALSE(this->keychain().remove("removed", service));
 
-    EXPECT_EQ(this->refusal([&] { this->keychain().save({{"number", 2}}, "account", service); }), duplicate);
-    EXPECT_EQ(this->keychain().load("account", service), first);
-}
-
-TYPED_TEST(LocksmithContract, ReplacesAWholeEntryAndAddsAMissingOne) {
-    this->keychain().save({{"old", 1}, {"both", 1}}, "there", service);
-
-    for (const auto* const account : {"there", "not there"}) {
-        this->keychain().update({{"both", 2}}, account, service);
-        EXPECT_EQ(this->keychain().load(account, service), (KeychainDictionary{{"both", 2}})) << account;
+    for (int launch = 1; launch <= 2; ++launch) {
+        EXPECT_EQ(this->refusal([&] { this->keychain().save(two, "saved", service); }), duplicate);
+        EXPECT_EQ(this->keychain().load("saved", service), one);
+        EXPECT_EQ(this->keychain().load("updated", service), two);
+        EXPECT_EQ(this->keychain().load("added", service), two);
+        EXPECT_EQ(this->keychain().load("removed", service), std::nullopt);
+        this->relaunch();
     }
-}
-
-TYPED_TEST(LocksmithContract, DeletesAnEntryOnce) {
-    EXPECT_FALSE(this->keychain().remove("account", service));
-    this->keychain().save({{"number", 1}}, "account", service);
-    this->keychain().save({{"number", 2}}, "other", service);
-
-    EXPECT_TRUE(this->keychain().remove("account", service));
-    EXPECT_FALSE(this->keychain().remove("account", service));
-    EXPECT_EQ(this->keychain().load("account", service), std::nullopt);
-    EXPECT_NE(this->keychain().load("other", service), std::nullopt);
-    this->keychain().save({{"number", 3}}, "account", service);
+    this->keychain().save(one, "removed", service);
 }
 
 TYPED_TEST(LocksmithContract, KeepsEveryAccountOfEveryServiceApart) {
     const std::vector<std::pair<std::string, std::string>> names = {
-        {"", ""},           {"a", ""},          {"", "a"},
-        {"ab", "c"},        {"a", "bc"},        {"a\0"s, ""},
-        {"a\0b"s, ""},      {"A", ""},          {"ä", ""},
-        {"a\u0308", ""},    {"'; DROP --", ""}, {"%", "_"},
-        {"\xFF\xFE", "\n"}, {"🔑", "com.x"},     {std::string(5000, 'x'), "long"},
+        {"", ""},
+        {"a", ""},
+        {"", "a"},
+        {"ab", "c"},
+        {"a", "bc"},
+        {"a\0b"s, ""},
+        {"a\0"s, ""},
+        {"A", ""},
+        {"a\u0308", ""},
+        {"ä", ""},
+        {"'; DROP --", "%"},
+        {"\xFF\xFE", "\n"},
+        {std::string(5000, 'x'), "long"},
     };
     for (std::size_t i = 0; i < names.size(); ++i)
         this->keychain().save({{"number", static_cast<int>(i)}}, names[i].first, names[i].second);
@@ -118,45 +116,25 @@ TYPED_TEST(LocksmithContract, KeepsEveryAccountOfEveryServiceApart) {
 
 TYPED_TEST(LocksmithContract, LetsExactlyOneOfManyThreadsAddAnAccount) {
     constexpr int threadCount = 6;
-    constexpr int accountCount = 20;
-    std::vector<std::atomic<int>> winners(accountCount);
+    std::vector<std::atomic<int>> winners(20);
     std::latch start(threadCount);
-    {
-        std::vector<std::thread> threads;
-        for (int number = 1; number <= threadCount; ++number)
-            threads.emplace_back([&, number] {
-                start.arrive_and_wait();
-                for (int account = 0; account < accountCount; ++account) {
-                    const auto refused = this->refusal([&] {
-                        this->keychain().save({{"winner", number}}, std::to_string(account), service);
-                    });
-                    if (!refused)
-                        winners[static_cast<std::size_t>(account)] += number;
-                    else
-                        EXPECT_EQ(refused, duplicate);
-                }
-            });
-        for (auto& thread : threads) thread.join();
-    }
+    std::vector<std::thread> threads;
+    for (int number = 1; number <= threadCount; ++number)
+        threads.emplace_back([&, number] {
+            start.arrive_and_wait();
+            for (std::size_t account = 0; account < winners.size(); ++account) {
+                const auto refused = this->refusal([&] {
+                    this->keychain().save({{"winner", number}}, std::to_string(account), service);
+                });
+                EXPECT_EQ(refused.value_or(duplicate), duplicate);
+                if (!refused) winners[account] += number;
+            }
+        });
+    for (auto& thread : threads) thread.join();
 
-    for (int account = 0; account < accountCount; ++account)
+    for (std::size_t account = 0; account < winners.size(); ++account)
         EXPECT_EQ(this->keychain().load(std::to_string(account), service),
-                  (KeychainDictionary{{"winner", winners[static_cast<std::size_t>(account)].load()}}));
-}
-
-TYPED_TEST(LocksmithContract, KeepsEntriesWhenTheAppIsLaunchedAgain) {
-    this->keychain().save({{"number", 1}}, "saved", service);
-    this->keychain().save({{"number", 1}}, "updated", service);
-    this->keychain().update({{"number", 2}}, "updated", service);
-    this->keychain().save({{"number", 1}}, "removed", service);
-    this->keychain().remove("removed", service);
-
-    this->relaunch();
-
-    EXPECT_EQ(this->keychain().load("saved", service), (KeychainDictionary{{"number", 1}}));
-    EXPECT_EQ(this->keychain().load("updated", service), (KeychainDictionary{{"number", 2}}));
-    EXPECT_EQ(this->keychain().load("removed", service), std::nullopt);
-    EXPECT_EQ(this->refusal([&] { this->keychain().save({}, "saved", service); }), duplicate);
+                  (KeychainDictionary{{"winner", winners[account].load()}}));
 }
 
 TYPED_TEST(LocksmithContract, ReadsNothingAndRefusesTheRestWhileLocked) {

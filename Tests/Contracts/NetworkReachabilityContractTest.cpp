@@ -97,16 +97,6 @@ TYPED_TEST(NetworkReachabilityContract, IsSilentOnceStoppedReplacedOrDestroyed) 
     }
 }
 
-TYPED_TEST(NetworkReachabilityContract, ListensAgainAfterAStop) {
-    Ear ear;
-    this->manager_->startListening(this->queue_, ear.listener());
-    this->manager_->stopListening();
-
-    EXPECT_TRUE(this->runOnQueue([&] { this->manager_->startListening(this->queue_, ear.listener()); }));
-
-    EXPECT_TRUE(this->runUntil([&] { return ear.heard >= 1; }));
-}
-
 TYPED_TEST(NetworkReachabilityContract, MayEndInsideItsOwnDelivery) {
     Ear ear;
 
@@ -116,10 +106,6 @@ TYPED_TEST(NetworkReachabilityContract, MayEndInsideItsOwnDelivery) {
 
     EXPECT_TRUE(this->runUntil([&] { return ear.heard == 1 && ear.isReleased(); }));
     EXPECT_EQ(this->manager_, nullptr);
-}
-
-TYPED_TEST(NetworkReachabilityContract, RefusesAHostWithoutAName) {
-    EXPECT_EQ(this->ports().reachability->make(""), nullptr);
 }
 
 TYPED_TEST(NetworkReachabilityContract, LetsAManagerOutliveTheProcess) {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "TestPlatform/ScriptedAds.hpp"
 #include "TestPlatform/TestDevice.hpp"
 #include "TestPlatform/TestPlatform.hpp"
 #include "Tests/Contracts/ContractApp.hpp"
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace corvantile {
@@ -16,8 +18,14 @@ public:
     [[nodiscard]] Platform& platform() { return *platform_; }
     [[nodiscard]] bool runUntil(const std::function<bool()>& done) { return platform_->runUntil(done); }
     void relaunch() { platform_ = TestPlatform::relaunch(std::move(platform_)); }
+    void reinstall() { platform_ = TestPlatform::reinstall(std::move(platform_)); }
     [[nodiscard]] std::unique_ptr<Platform> launchAnother() { return TestPlatform::launch(device_); }
     void setKeychainLocked(bool locked) { device_.keychain().setLocked(locked); }
+    void setAds(std::string token, std::string advertisingIdentifier) {
+        platform_->ads().setToken(std::move(token));
+        platform_->ads().setAdvertisingIdentifier(std::move(advertisingIdentifier));
+    }
+    void setAds(AAAttributionFailure failure) { platform_->ads().setFailure(failure); }
 
 private:
     TestDevice device_;

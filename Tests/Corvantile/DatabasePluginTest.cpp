@@ -1,6 +1,7 @@
 #include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
 
 #include "Corvantile/Corvantile.hpp"
+#include "Corvantile/Extension/AESText.hpp"
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
 #include "Corvantile/Plugin/Database/ApplicationState.hpp"
 #include "Corvantile/Plugin/Database/UserPreference.hpp"
@@ -96,29 +97,12 @@ TEST_F(Storage, LoadsDefaultsOnAFreshInstallExactlyASecondAfterLaunch) {
                 ElementsAre("appconfig_Application_" + id, "appconfig_Setting_" + id, "appconfig_uuidKey"));
 }
 
-TEST_F(Storage, KeepsUpdatesThroughARelaunchAndLosesThemWithAReinstall) {
-    launchAndLoad();
-    database_->update({{"a"}, true, false});
-    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded", "setting quiet"));
-
-    launchAndLoad();
-    EXPECT_THAT(news(), ElementsAre(never_, "setting quiet", "loaded"));
-
-    end();
-    device_.reinstall();
-    launchAndLoad();
-    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
-}
-
-TEST_F(Storage, ResetsOnceAndReloadsWhatItStored) {
+TEST_F(Storage, AResetWaitsForTheFirstRecordAndHappensOnce) {
     launch();
     database_->resetApplication(); // waits for the first record
     platform_->advance(1s);
     const std::string now = "application " + describe(device_.now());
     EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded", now));
-
-    database_->reloadApplication();
-    EXPECT_THAT(news(), ElementsAre(now));
 }
 
 TEST_F(Storage, StandsADefaultInForARecordThatCannotBeRead) {
@@ -155,11 +139,11 @@ TEST_F(Storage, DoesNothingWithoutAUser) {
 
     database_->update({{}, true, false});
     database_->reloadApplication();
-    preference_->asyncOpen([this](DatabaseManipulating&, const std::string&) { trace_.push_back("opened"); });
+    const auto note = [this](DatabaseManipulating&, const std::string& user) { trace_.push_back(user); };
+    preference_->asyncOpen(note);
     EXPECT_THAT(news(), IsEmpty());
 
-    preference_->asyncOpen(
-        [this](DatabaseManipulating&, const std::string& user) { trace_.push_back(user); });
+    preference_->asyncOpen(note);
     preference_->loadDatabase("somebody"); // before the main queue gets to the block
     EXPECT_THAT(news(), ElementsAre("somebody"));
 }
@@ -174,10 +158,8 @@ TEST_F(Storage, ADelayedLoadStillPendingBringsAnInvalidatedUserBack) {
 TEST_F(Storage, PrintsWhatABlockThrows) {
     launchAndLoad();
     preference_->asyncOpen([](DatabaseManipulating&, const std::string&) { throw NSError("d", 3); });
-    preference_->asyncOpen([](DatabaseManipulating&, const std::string&) { throw std::string("odd"); });
     platform_->runUntilIdle();
-
-    EXPECT_THAT(platform_->console().lines(), ElementsAre(HasSubstr("(d error 3.)"), "unknown error"));
+    EXPECT_THAT(platform_->console().lines(), ElementsAre(HasSubstr("(d error 3.)")));
 }
 
 TEST_F(Storage, HonoursAnIdentifierThatTheHostPutUnderThePlainKey) {
@@ -195,13 +177,13 @@ TEST_F(Storage, MakesAnIdentifierWhereTheDeviceHasNone) {
                 testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
 }
 
-TEST_F(Storage, MakesTheStorageKeyOnceAndDerivesFromItsTwoEnds) {
+TEST_F(Storage, MakesTheStorageKeyOnceDerivesFromItsTwoEndsAndDeletesAllRecordsOnDemand) {
     launchAndLoad();
     const auto entries = device_.keychain().entries();
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].account, keyAccount);
     EXPECT_EQ(entries[0].service, "com.example.app");
-    const auto& text = *entries[0].dictionary.at("key").as<std::string>();
+    const auto text = *entries[0].dictionary.at("key").as<std::string>();
     EXPECT_EQ(text.size(), 88u);
     EXPECT_TRUE(text.ends_with("=="));
     const auto sealed = preference_->encrypt("secret");
@@ -210,52 +192,10 @@ TEST_F(Storage, MakesTheStorageKeyOnceAndDerivesFromItsTwoEnds) {
 
     EXPECT_EQ(device_.keychain().entries(), entries);
     EXPECT_EQ(preference_->decrypt(*sealed), "secret");
-}
-
-TEST_F(Storage, AForeignKeyThatIsTooShortEncryptsNothing) {
-    device_.keychain().save({{"key", "fifteen chars.."}}, keyAccount, "com.example.app");
-    launchAndLoad();
-    // That nothing was stored is no failure to store: the defaults are emitted.
-    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
-    EXPECT_THAT(storedKeys(), IsEmpty());
-}
-
-TEST_F(Storage, DeletesEverythingOnDemand) {
-    launchAndLoad();
+    EXPECT_EQ(aesDecrypt(*sealed, text.substr(0, 16), text.substr(72), 1), "secret");
     preference_->deleteAll();
     platform_->runUntilIdle();
     EXPECT_THAT(storedKeys(), IsEmpty());
-}
-
-class PreferenceWithoutCipher final : public UserPreferenceProtocol {
-public:
-    rx::Observable<bool> isLoaded() override { return loaded; }
-    void loadDatabase(const std::string&) override {}
-    void invalidate() override {}
-    void asyncOpen(Block block) override { block(store, "user"); }
-    UserDefaultsDatabase store;
-    rx::ReplaySubject<bool> loaded = rx::ReplaySubject<bool>::create(1);
-};
-
-TEST_F(Storage, LoadsNothingFromAPreferenceThatIsNoCryptor) {
-    platform_ = TestPlatform::launch(device_);
-    database_ = std::make_shared<DatabasePlugin>();
-    auto preference = std::make_shared<PreferenceWithoutCipher>();
-    Corvantile::setAppDelegate(std::make_shared<PluggableApplicationDelegate>(
-        PluggableApplicationDelegate::Plugins{preference, database_}));
-    follow();
-    database_->didFinishLaunchingWithOptions(*UIApplication::shared(), {});
-    preference->loaded.onNext(true);
-    EXPECT_THAT(news(), IsEmpty());
-    preference.reset();
-}
-
-TEST_F(Storage, NamesItsPipelinesInDebug) {
-    launch();
-    Corvantile::setDebug(true);
-    database_->resetApplication();
-    platform_->runUntilIdle();
-    EXPECT_THAT(platform_->console().text(), HasSubstr(" (resetApplication()) -> subscribed"));
 }
 
 TEST(DatabasePluginDeathTest, LaunchingWithoutAUserPreferenceIsFatal) {
@@ -275,12 +215,9 @@ TEST(ApplicationState, MirrorsTheRecordAndTellsOfChanges) {
     state.setApplication({Date{0.1}});
 
     EXPECT_THAT(times, ElementsAre(5, 0.1));
-    EXPECT_EQ(state.application(), Application{Date{0.1}});
     EXPECT_EQ(encodeJSON(state), R"({"primaryID":3,"updatedTime":0.1})");
-    EXPECT_EQ(ApplicationState::fromJSON(encodeJSON(state))->primaryID(), 3);
-    for (const char* const bad :
-         {R"({"primaryID":3})", R"({"primaryID":3.5,"updatedTime":0})",
-          R"({"primaryID":true,"updatedTime":0})", R"({"primaryID":9223372036854775808,"updatedTime":0})"})
+    EXPECT_EQ(ApplicationState::fromJSON(encodeJSON(state))->application(), Application{Date{0.1}});
+    for (const char* const bad : {R"({"primaryID":3})", R"({"primaryID":3.5,"updatedTime":0})"})
         EXPECT_EQ(ApplicationState::fromJSON(bad), nullptr) << bad;
 }
 

@@ -5,17 +5,10 @@
 #include "HostCore/PluggableApplicationDelegate.hpp"
 #include "Platform/Application/UIApplication.hpp"
 #include "Platform/Keychain/KeychainError.hpp"
-#include "TestPlatform/RecordingConsole.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/Corvantile/ProcessTest.hpp"
 
 #include <chrono>
-#include <memory>
-#include <string>
-#include <vector>
+#include <tuple>
 
 namespace corvantile {
 namespace {
@@ -30,7 +23,7 @@ using testing::StartsWith;
 constexpr const char* service = "com.example.app";
 constexpr Date noon = Date::fromUnixSeconds(1704196800.25); // 2024-01-02 12:00:00.250 UTC
 
-class FirstDate : public testing::Test {
+class FirstDate : public ProcessTest {
 protected:
     void SetUp() override {
         analytics_->registerComponents({std::make_shared<ConsoleComponent>()});
@@ -43,8 +36,6 @@ protected:
     std::vector<std::string> lines() { return platform_->console().lines(); }
     void keep(const KeychainDictionary& entry) { device_.keychain().update(entry, "firstDate", service); }
 
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     std::shared_ptr<AnalyticPlugin> analytics_ = std::make_shared<AnalyticPlugin>();
     std::shared_ptr<FirstDatePlugin> plugin_ = std::make_shared<FirstDatePlugin>();
     std::vector<std::string> published_;
@@ -65,14 +56,10 @@ TEST_F(FirstDate, IsRecordedOnceAndPublishedAtEveryActivation) {
 }
 
 TEST_F(FirstDate, IsMidnightOfTheDayInUTCWhateverTheZone) {
-    const struct {
-        double now;
-        std::chrono::hours zone;
-        std::string day;
-    } cases[] = {{1704151800, 14h, "2024-01-01"},
-                 {1704151800, -11h, "2024-01-01"},
-                 {1704153600, -11h, "2024-01-02"},
-                 {-1, 0h, "1969-12-31"}};
+    const std::tuple<double, std::chrono::hours, std::string> cases[] = {{1704151800, 14h, "2024-01-01"},
+                                                                         {1704151800, -11h, "2024-01-01"},
+                                                                         {1704153600, -11h, "2024-01-02"},
+                                                                         {-1, 0h, "1969-12-31"}};
     for (const auto& [now, zone, day] : cases) {
         SCOPED_TRACE(day);
         device_.keychain().removeAll();
@@ -91,9 +78,9 @@ TEST_F(FirstDate, IsPublishedAsItIsStored) {
 }
 
 TEST_F(FirstDate, TakesThePlaceOfAnEntryThatIsNotOurs) {
-    for (const auto& entry : {KeychainDictionary{}, KeychainDictionary{{"other", Date{0}}},
-                              KeychainDictionary{{"firstDate", "text"}},
-                              KeychainDictionary{{"firstDate", Date{0}}, {"more", 1}}}) {
+    for (const auto& entry :
+         {KeychainDictionary{{"other", Date{0}}}, KeychainDictionary{{"firstDate", "text"}},
+          KeychainDictionary{{"firstDate", Date{0}}, {"more", 1}}}) {
         keep(entry);
         activate();
         EXPECT_EQ(published_.back(), midnight_);

@@ -1,15 +1,7 @@
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
 
 #include "TestPlatform/ScriptedReachability.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <utility>
+#include "Tests/Corvantile/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {
@@ -17,16 +9,13 @@ namespace {
 using Status = NetworkReachabilityStatus;
 using testing::ElementsAre;
 
-class Reachability : public testing::Test {
+class Reachability : public ProcessTest {
 protected:
     static Status status() { return NetworkReachability::shared()->networkStatus(); }
     void change(Status status) {
         platform_->reachability().set(status);
         platform_->runUntilIdle();
     }
-
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
 };
 
 TEST_F(Reachability, IsUnknownUntilTheFirstUpdateAfterListeningBegan) {

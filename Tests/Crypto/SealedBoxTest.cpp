@@ -12,14 +12,14 @@ using namespace std::string_literals;
 
 const std::string key(SealedBox::keySize, 'k');
 
-TEST(SealedBox, GivesBackWhatWasSealed) {
-    for (const auto& plaintext : {""s, "x"s, "with\0NUL"s, std::string(100'000, 'p')})
-        for (const auto& associatedData : {""s, "account\0service"s}) {
-            const auto box = SealedBox::seal(key, plaintext, associatedData).value();
+TEST(SealedBox, GivesBackWhatWasSealedNeverTheSameWayTwice) {
+    for (const auto& plaintext : {""s, "with\0NUL"s, std::string(100'000, 'p')}) {
+        const auto box = SealedBox::seal(key, plaintext, "account\0service"s).value();
 
-            EXPECT_EQ(box.size(), plaintext.size() + SealedBox::overhead);
-            EXPECT_EQ(SealedBox::open(key, box, associatedData), plaintext);
-        }
+        EXPECT_EQ(box.size(), plaintext.size() + SealedBox::overhead);
+        EXPECT_EQ(SealedBox::open(key, box, "account\0service"s), plaintext);
+        EXPECT_NE(SealedBox::seal(key, plaintext, "account\0service"s), box);
+    }
 }
 
 // AES-256-GCM test case 16 of the mode's original publication.
@@ -42,11 +42,7 @@ TEST(SealedBox, OpensThePublishedExample) {
               "\xb1\x6a\xed\xf5\xaa\x0d\xe6\x57\xba\x63\x7b\x39"s);
 }
 
-TEST(SealedBox, NeverSealsTheSameWayTwice) {
-    EXPECT_NE(SealedBox::seal(key, "secret", "data"), SealedBox::seal(key, "secret", "data"));
-}
-
-TEST(SealedBox, StaysShutWhenAnyByteWasChangedOrIsMissing) {
+TEST(SealedBox, StaysShutWhenAnythingWasChangedOrIsMissing) {
     const auto box = SealedBox::seal(key, "secret", "data").value();
     for (std::size_t i = 0; i < box.size(); ++i) {
         auto changed = box;
@@ -54,22 +50,10 @@ TEST(SealedBox, StaysShutWhenAnyByteWasChangedOrIsMissing) {
         EXPECT_EQ(SealedBox::open(key, changed, "data"), std::nullopt) << "byte " << i;
         EXPECT_EQ(SealedBox::open(key, box.substr(0, i), "data"), std::nullopt) << "the first " << i;
     }
-    EXPECT_EQ(SealedBox::open(key, box + "x", "data"), std::nullopt);
-}
-
-TEST(SealedBox, StaysShutForAnotherKeyOrOtherData) {
-    const auto box = SealedBox::seal(key, "secret", "data").value();
-
-    EXPECT_EQ(SealedBox::open(std::string(SealedBox::keySize, 'K'), box, "data"), std::nullopt);
     EXPECT_EQ(SealedBox::open(key, box, "Data"), std::nullopt);
-    EXPECT_EQ(SealedBox::open(key, box, ""), std::nullopt);
-}
-
-TEST(SealedBox, WantsAWholeKey) {
-    for (const auto& wrong : {""s, key.substr(1), key + "k"}) {
-        EXPECT_EQ(SealedBox::seal(wrong, "secret", ""), std::nullopt);
-        EXPECT_EQ(SealedBox::open(wrong, std::string(SealedBox::overhead, '\0'), ""), std::nullopt);
-    }
+    for (const auto& wrong : {std::string(SealedBox::keySize, 'K'), ""s, key.substr(1), key + "k"})
+        EXPECT_EQ(SealedBox::open(wrong, box, "data"), std::nullopt);
+    EXPECT_EQ(SealedBox::seal(key.substr(1), "secret", ""), std::nullopt);
 }
 
 } // namespace

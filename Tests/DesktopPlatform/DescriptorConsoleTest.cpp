@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <csignal>
 #include <string>
 #include <thread>
@@ -20,13 +19,12 @@ namespace {
 struct Pipe {
     Pipe() { EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0); }
     ~Pipe() {
-        closeReader();
-        closeWriter();
+        for (const int end : {0, 1}) close(end);
     }
-    void closeReader() { closeEnd(0); }
-    void closeWriter() { closeEnd(1); }
-    [[nodiscard]] int writer() const { return ends[1]; }
-
+    void close(int end) {
+        if (ends[end] >= 0) ::close(ends[end]);
+        ends[end] = -1;
+    }
     // Everything until the writing end is closed.
     [[nodiscard]] std::string readAll() const {
         std::string all;
@@ -35,12 +33,6 @@ struct Pipe {
             all.append(buffer, static_cast<std::size_t>(count));
         return all;
     }
-
-private:
-    void closeEnd(int end) {
-        if (ends[end] >= 0) ::close(ends[end]);
-        ends[end] = -1;
-    }
     int ends[2] = {-1, -1};
 };
 
@@ -48,9 +40,9 @@ private:
 
 TEST(DescriptorConsole, KeepsLinesOfSeveralThreadsWholeOnAFullPipe) {
     Pipe pipe;
-    ::fcntl(pipe.writer(), F_SETPIPE_SZ, 4096);
-    ::fcntl(pipe.writer(), F_SETFL, O_NONBLOCK); // the console must wait on its own
-    DesktopPlatform platform({.consoleDescriptor = pipe.writer()});
+    ::fcntl(pipe.ends[1], F_SETPIPE_SZ, 4096);
+    ::fcntl(pipe.ends[1], F_SETFL, O_NONBLOCK); // the console must wait on its own
+    DesktopPlatform platform({.consoleDescriptor = pipe.ends[1]});
     auto& console = *platform.ports().console;
     std::string all;
 
@@ -61,7 +53,7 @@ TEST(DescriptorConsole, KeepsLinesOfSeveralThreadsWholeOnAFullPipe) {
             for (int i = 0; i < 20; ++i) console.print(std::string(6000, letter));
         });
     for (auto& writer : writers) writer.join();
-    pipe.closeWriter();
+    pipe.close(1);
     reader.join();
 
     ASSERT_EQ(all.size(), 3U * 20 * 6001);
@@ -73,9 +65,9 @@ TEST(DescriptorConsole, KeepsLinesOfSeveralThreadsWholeOnAFullPipe) {
 
 TEST(DescriptorConsole, IsSilentWhenItsReaderHasGone) {
     Pipe pipe;
-    pipe.closeReader();
+    pipe.close(0);
 
-    for (const int descriptor : {pipe.writer(), -1}) {
+    for (const int descriptor : {pipe.ends[1], -1}) {
         DesktopPlatform platform({.consoleDescriptor = descriptor});
         platform.ports().console->print("nobody reads this");
     }

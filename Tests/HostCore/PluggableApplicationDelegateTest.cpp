@@ -1,6 +1,7 @@
 #include "HostCore/PluggableApplicationDelegate.hpp"
 
 #include "Platform/Application/UIApplication.hpp"
+#include "Platform/Store/SKPaymentQueue.hpp"
 #include "TestPlatform/TestDevice.hpp"
 #include "TestPlatform/TestPlatform.hpp"
 
@@ -14,10 +15,6 @@
 #include <vector>
 
 namespace corvantile {
-
-// The store's own classes come with their room; here only their names pass through.
-class SKPaymentQueue {};
-
 namespace {
 
 using testing::ElementsAre;
@@ -87,7 +84,7 @@ protected:
     TestDevice device_;
     std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     Journal made_, journal_;
-    SKPaymentQueue queue_;
+    SKPaymentQueue& queue_ = *SKPaymentQueue::defaultQueue();
 };
 
 TEST_F(PluggableDelegate, ForwardsEveryCallbackToEveryPluginInOrder) {

@@ -49,14 +49,6 @@ TEST(CombineLatest, CollapsesTheReplayOfItsFirstSide) {
     EXPECT_EQ(recorder.take(), R"(next ("y", 1), completed, disposed)");
 }
 
-TEST(CombineLatest, SubscribesToBothSidesThoughTheFirstHasFailed) {
-    Recorder recorder;
-    const auto b = PublishSubject<int>().doOn(
-        {.onSubscribe = recorder.noting("b"), .onDispose = recorder.noting("left")});
-    recorder.subscribe(combineLatest(error<int>(failure("a")), b));
-    EXPECT_EQ(recorder.take(), "error a, disposed, b, left");
-}
-
 TEST(CombineLatest, NestsWhatItsHandlerEmits) {
     Recorder recorder;
     PublishSubject<int> a, b;
@@ -70,17 +62,6 @@ TEST(CombineLatest, NestsWhatItsHandlerEmits) {
     b.onNext(2);
 
     EXPECT_EQ(recorder.take(), "next 3, next 11, handled 11, handled 3");
-}
-
-TEST(CombineLatest, LeavesBothSidesWhenDisposedThoughOneIsGone) {
-    Recorder recorder;
-    const auto noted = [&](const Observable<int>& side) {
-        return side.doOn({.onDispose = recorder.noting("left")});
-    };
-    PublishSubject<int> b;
-    recorder.subscribe(combineLatest(noted(PublishSubject<int>()), noted(b))).dispose();
-    EXPECT_EQ(recorder.take(), "left, left, disposed");
-    EXPECT_FALSE(b.hasObservers());
 }
 
 } // namespace corvantile::rx

@@ -48,20 +48,4 @@ TEST(Connectables, BeginAnewAfterTheirConnectionWasDisposed) {
     EXPECT_EQ(recorder.take(), "new next 2");
 }
 
-TEST(Connectables, AreDismantledBeforeTheTerminalArrives) {
-    Recorder recorder;
-    PublishSubject<int> subject;
-    const auto shared = subject.replayAll();
-    const auto connection = shared.connect();
-    subject.onNext(1);
-    shared.subscribe(nullptr, nullptr, [&] {
-        recorder.note(connection.isDisposed() ? "dismantled" : "connected");
-        recorder.subscribe<int>(shared, "late"); // hears nothing
-    });
-
-    subject.onCompleted();
-
-    EXPECT_EQ(recorder.take(), "dismantled");
-}
-
 } // namespace corvantile::rx

@@ -4,9 +4,7 @@
 
 #include <chrono>
 #include <memory>
-#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace corvantile::rx {
@@ -66,27 +64,6 @@ TEST_F(Schedulers, RunActionsLaterAndInOrderUnlessDisposed) {
     EXPECT_EQ(take(), "1, 2, 3");
 }
 
-TEST_F(Schedulers, RunTimersByDeadlineAndCallNeverEarlyAndNeverInline) {
-    const auto scheduler = makeScheduler();
-    (void)scheduler->scheduleRelative(20ms, recorder_.noting("20"));
-    (void)scheduler->scheduleRelative(10ms, recorder_.noting("10"));
-    (void)scheduler->scheduleRelative(20ms, recorder_.noting("20 too"));
-    (void)scheduler->scheduleRelative(-1s, recorder_.noting("overdue"));
-    EXPECT_EQ(take(), "");
-    EXPECT_EQ(run(), "overdue");
-    platform_->advance(20ms - 1ns);
-    EXPECT_EQ(take(), "10");
-    platform_->advance(1ns);
-    EXPECT_EQ(take(), "20, 20 too");
-}
-
-TEST_F(Schedulers, OfOneNameHaveQueuesOfTheirOwn) {
-    const SerialDispatchQueueScheduler first(QualityOfService::background), second(QualityOfService::utility);
-    const std::string name = "rx.global_dispatch_queue.serial";
-    EXPECT_EQ(platform_->queues(), (std::vector<QueueDescription>{{name, QualityOfService::background},
-                                                                  {name, QualityOfService::utility}}));
-}
-
 TEST_F(Schedulers, MayLoseTheirOwnerInItsOwnItem) {
     struct Owner {
         std::shared_ptr<Scheduler> scheduler = makeScheduler();
@@ -118,15 +95,10 @@ TEST_F(Schedulers, OfTheMainQueueRunInlineOnlyWhenIdle) {
 }
 
 TEST_F(ObserveOn, KeepsTerminalsBehindTheElements) {
-    const std::pair<Observable<int>, std::string> cases[] = {
-        {just(1), "1 on s, completed on s, disposed on s"},
-        {just(1).map([](int value) { return value; }), "1 on s, completed on s, disposed on s"},
-        {error<int>(failure("no")), "error on s, disposed on s"}};
-    for (const auto& [source, expected] : cases) {
-        subscribe(source.observeOn(named("s")));
-        EXPECT_EQ(take(), "");
-        EXPECT_EQ(run(), expected);
-    }
+    subscribe(just(1).observeOn(named("s")));
+    EXPECT_EQ(take(), "");
+    EXPECT_EQ(run(), "1 on s, completed on s, disposed on s");
+
     PublishSubject<int> subject;
     subscribe(noted(subject).observeOn(named("s")));
     subject.onNext(1), subject.onNext(2), subject.onError(failure("no"));
@@ -158,28 +130,6 @@ TEST_F(ObserveOn, DropsTheRestWhenDisposedAndLeavesAtOnce) {
     EXPECT_EQ(run(), "subscribed, 1 on s, left on s, disposed on s");
 }
 
-TEST_F(ObserveOn, PassesAnEndBelowToWhatStandsAboveThoughTheSourceIsGone) {
-    PublishSubject<int> subject;
-    subscribe(noted(subject).observeOn(named("s")).take(1).observeOn(named("t")));
-    subject.onNext(1), subject.onNext(2);
-    EXPECT_EQ(run(), "subscribed, left on s, 1 on t, completed on t, disposed on t");
-    EXPECT_FALSE(subject.hasObservers());
-
-    subscribe(noted(PublishSubject<int>()).observeOn(named("s"))).dispose();
-    EXPECT_EQ(run(), "subscribed, left, disposed");
-}
-
-TEST_F(ObserveOn, DeliversInlineOnAnIdleMainQueue) {
-    PublishSubject<int> subject;
-    recorder_.subscribe<int>(subject.observeOn(MainScheduler::instance()), "", [&](int value) {
-        if (value == 1) subject.onNext(2), recorder_.note("handled");
-    });
-    subject.onNext(1);
-    EXPECT_EQ(take(), "next 1, handled");
-    subject.onNext(3);
-    EXPECT_EQ(run(), "next 2, next 3");
-}
-
 TEST_F(SubscribeOn, SubscribesAndLeavesOnItsScheduler) {
     PublishSubject<int> subject;
     const auto scheduler = named("s");
@@ -194,28 +144,16 @@ TEST_F(SubscribeOn, SubscribesAndLeavesOnItsScheduler) {
     EXPECT_FALSE(subject.hasObservers());
 }
 
-TEST_F(SubscribeOn, LeavesLaterAlsoAfterATerminal) {
+TEST_F(SubscribeOn, LeavesLaterAlsoAfterATerminalAndNeverSubscribesOnceDisposed) {
+    subscribe(noted(just(1)).subscribeOn(named("s"))).dispose();
+    EXPECT_EQ(run(), "disposed");
+
     PublishSubject<int> subject;
     subscribe(noted(subject).subscribeOn(named("s")).take(1));
     EXPECT_EQ(run(), "subscribed on s");
     subject.onNext(1), subject.onNext(2);
     EXPECT_EQ(take(), "1, completed, disposed");
     EXPECT_EQ(run(), "left on s");
-}
-
-TEST_F(SubscribeOn, NeverSubscribesOnceDisposed) {
-    subscribe(noted(just(1)).subscribeOn(named("s"))).dispose();
-    EXPECT_EQ(run(), "disposed");
-}
-
-TEST_F(SubscribeOn, LeavesWhatStandsAboveThoughTheSourceIsGone) {
-    std::optional subject = ReplaySubject<int>::create(1);
-    subject->onNext(1);
-    const auto handle = subscribe(noted(*subject).observeOn(named("s")).subscribeOn(named("t")));
-    EXPECT_EQ(run(), "subscribed on t, 1 on s");
-    subject.reset();
-    handle.dispose();
-    EXPECT_EQ(run(), "disposed, left on t");
 }
 
 } // namespace corvantile::rx

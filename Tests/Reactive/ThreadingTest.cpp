@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <latch>
+#include <map>
 #include <numeric>
 #include <thread>
 #include <utility>
@@ -61,18 +62,6 @@ TEST_F(Threading, GivesASubscriberThatEntersMeanwhileEachElementOnceAndInOrder) 
     });
 }
 
-TEST_F(Threading, LetsAnyThreadEmitSubscribeAndLeave) {
-    PublishSubject<int> subject;
-    std::atomic<int> received{0};
-    subject.subscribe([&](int) { ++received; });
-    const auto emit = [&] { repeat([&](int i) { subject.onNext(i); }); };
-    const auto visit = [&] {
-        repeat([&](int) { subject.filter([](int) { return true; }).subscribe().dispose(); });
-    };
-    together({emit, emit, visit, visit});
-    EXPECT_EQ(received, 2 * rounds);
-}
-
 TEST_F(Threading, ReportsTheEndOnceWhenTerminalAndDisposeRace) {
     repeat([](int) {
         PublishSubject<int> subject;
@@ -119,9 +108,9 @@ TEST_F(Threading, SerialisesTheSidesOfCombineLatestAndEndsItOnce) {
 
 TEST_F(Threading, KeepsTheOrderOfEachProducerThroughObserveOn) {
     PublishSubject<std::pair<int, int>> subject;
-    std::vector<int> next(2, 0);
+    std::map<int, int> next;
     subject.observeOn(makeScheduler()).subscribe([&](const auto& item) {
-        EXPECT_EQ(next.at(static_cast<std::size_t>(item.first))++, item.second);
+        EXPECT_EQ(next[item.first]++, item.second);
     });
     std::atomic<int> running{2};
     const auto produce = [&](int name) {
@@ -132,7 +121,7 @@ TEST_F(Threading, KeepsTheOrderOfEachProducerThroughObserveOn) {
     while (running > 0) platform_->runUntilIdle();
     first.join(), second.join();
     platform_->runUntilIdle();
-    EXPECT_EQ(next, std::vector<int>(2, rounds));
+    EXPECT_EQ(next, (std::map<int, int>{{0, rounds}, {1, rounds}}));
 }
 
 TEST_F(Threading, LetsDisposeRaceWithTheItemOfSubscribeOn) {
@@ -144,22 +133,6 @@ TEST_F(Threading, LetsDisposeRaceWithTheItemOfSubscribeOn) {
         emitter.join(), disposer.join();
         platform_->runUntilIdle();
         EXPECT_FALSE(subject.hasObservers());
-    });
-}
-
-TEST_F(Threading, GivesAConnectableOneConnection) {
-    repeat([](int) {
-        PublishSubject<int> subject;
-        std::atomic<int> subscriptions{0}, received{0};
-        const auto shared = subject.doOn({.onSubscribe = [&] { ++subscriptions; }}).replayAll();
-        const auto connect = [&] {
-            shared.subscribe([&](int) { ++received; });
-            (void)shared.connect();
-        };
-        together({connect, connect});
-        subject.onNext(1);
-        EXPECT_EQ(subscriptions, 1);
-        EXPECT_EQ(received, 2);
     });
 }
 

@@ -37,29 +37,6 @@ protected:
         platform_->ports().queues->makeSerial("serial", QualityOfService::background);
 };
 
-TEST_F(VirtualTime, RunsATimerAtItsDeadlineAndNotBefore) {
-    serial_->asyncAfter(1s, note("timer"));
-
-    platform_->advance(999'999'999ns);
-    EXPECT_EQ(journal_, Journal());
-    EXPECT_EQ(platform_->pendingTimers(), 1u);
-    platform_->advance(1ns);
-    EXPECT_EQ(journal_, Journal{"timer@1"});
-}
-
-TEST_F(VirtualTime, StandsStillWhileReadyItemsRun) {
-    main_->async([this] {
-        note("first")();
-        main_->asyncAfter(1s, note("later"));
-        serial_->async(note("second"));
-    });
-    EXPECT_EQ(platform_->readyItems(), 1u);
-
-    platform_->runUntilIdle();
-
-    EXPECT_EQ(journal_, (Journal{"first@0", "second@0"}));
-}
-
 TEST_F(VirtualTime, ShowsEachTimerItsOwnDeadlineAndRunsWhatItPostsInBetween) {
     main_->asyncAfter(5s, note("five"));
     main_->asyncAfter(2s, [this] {
@@ -72,18 +49,6 @@ TEST_F(VirtualTime, ShowsEachTimerItsOwnDeadlineAndRunsWhatItPostsInBetween) {
 
     EXPECT_EQ(journal_, (Journal{"two@2", "posted@2", "three@3", "five@5"}));
     EXPECT_EQ(device_.now(), TestDevice::startDate + 10s);
-}
-
-TEST_F(VirtualTime, RunsTimersOfOneDeadlineBeforeWhatTheyPost) {
-    main_->asyncAfter(1s, [this] {
-        note("a")();
-        main_->async(note("posted"));
-    });
-    main_->asyncAfter(1s, note("b"));
-
-    platform_->advance(1s);
-
-    EXPECT_EQ(journal_, (Journal{"a@1", "b@1", "posted@1"}));
 }
 
 TEST_F(VirtualTime, RunsLateWhatFellDueWhileTheAppWasSuspended) {
@@ -113,25 +78,6 @@ TEST_F(VirtualTime, KeepsTimersApartFromTheWallClock) {
     EXPECT_EQ(clock.now(), Date{3600});
     device_.setTimeZoneOffset(-5h);
     EXPECT_EQ(clock.localOffset(clock.now()), -5h);
-}
-
-TEST_F(VirtualTime, StopsWaitingAsSoonAsItIsDone) {
-    bool done = false;
-    main_->asyncAfter(3s, [&] { done = true; });
-
-    EXPECT_TRUE(platform_->runUntil([&] { return done; }));
-    EXPECT_EQ(device_.uptime(), 3s);
-    EXPECT_FALSE(platform_->runUntil([] { return false; }, 4s));
-    EXPECT_EQ(device_.uptime(), 7s);
-}
-
-TEST_F(VirtualTime, ListsTheQueuesMadeAndNotTheMainOne) {
-    static_cast<void>(platform_->ports().queues->makeSerial("gone", QualityOfService::userInitiated));
-
-    EXPECT_EQ(platform_->queues(), (std::vector<QueueDescription>{
-                                       {"serial", QualityOfService::background},
-                                       {"gone", QualityOfService::userInitiated},
-                                   }));
 }
 
 // Holds its parts in the wrong order: the device goes first.

@@ -1,35 +1,12 @@
 #include "DesktopPlatform/Queues/Executors.hpp"
 
-#include <csignal>
+#include "DesktopPlatform/Queues/HostSignals.hpp"
+
 #include <string>
 
 #include <pthread.h>
 
 namespace corvantile {
-
-namespace {
-
-// Signals that a host handles arrive on its own threads. Those that a fault raises stay: blocked, they would
-// end the process without the report of a debugger or sanitizer.
-class HostSignalsBlocked {
-public:
-    HostSignalsBlocked() {
-        sigset_t signals;
-        sigemptyset(&signals);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGCHLD, SIGALRM,
-                                 SIGWINCH, SIGTSTP, SIGCONT, SIGPIPE})
-            sigaddset(&signals, signal);
-        pthread_sigmask(SIG_BLOCK, &signals, &before_);
-    }
-    HostSignalsBlocked(const HostSignalsBlocked&) = delete;
-    HostSignalsBlocked& operator=(const HostSignalsBlocked&) = delete;
-    ~HostSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-
-private:
-    sigset_t before_{};
-};
-
-} // namespace
 
 Executors::Executors(unsigned workerCount) : mainThread_(std::this_thread::get_id()) {
     const HostSignalsBlocked blocked;

@@ -4,7 +4,6 @@
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 #include "Platform/FatalError.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Reactive/ConnectableObservable.hpp"
 #include "Reactive/DebugLabel.hpp"
 #include "Reactive/SerialDispatchQueueScheduler.hpp"
@@ -49,10 +48,6 @@ AnalyticComponent* firstConsole(const Sinks& sinks) {
         return typeid(component) == typeid(ConsoleComponent);
     });
     return found == sinks.end() ? nullptr : found->get();
-}
-
-std::shared_ptr<rx::Scheduler> backgroundScheduler() {
-    return std::make_shared<rx::SerialDispatchQueueScheduler>(QualityOfService::background);
 }
 
 } // namespace
@@ -102,7 +97,8 @@ void AnalyticPlugin::flush() {
     const auto subject = events_.subject();
     if (!subject) return;
     // Left unconnected on purpose: hosts count on what was tracked before they had a sink staying unsent.
-    auto pipeline = subject->replayAll().observeOn(backgroundScheduler()).subscribeOn(backgroundScheduler());
+    auto pipeline =
+        subject->replayAll().observeOn(rx::backgroundScheduler()).subscribeOn(rx::backgroundScheduler());
     if (Corvantile::debug())
         pipeline = pipeline.debug(
             rx::debugLabel("Sources/Corvantile/Plugin/AdNetwork/AnalyticPlugin", 70, "flush()"));

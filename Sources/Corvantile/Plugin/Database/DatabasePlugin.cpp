@@ -17,14 +17,10 @@ namespace corvantile {
 
 namespace {
 
-std::shared_ptr<rx::Scheduler> backgroundScheduler() {
-    return std::make_shared<rx::SerialDispatchQueueScheduler>(QualityOfService::background);
-}
-
 template <class T>
 rx::Observable<T> debugged(rx::Observable<T> stream, int line, const char* function) {
     if (!Corvantile::debug()) return stream;
-    return stream.debug(rx::debugLabel("DatabasePlugin", line, function));
+    return stream.debug(rx::debugLabel("Sources/Corvantile/Plugin/Database/DatabasePlugin", line, function));
 }
 
 template <class Record>
@@ -49,7 +45,7 @@ const rx::ReplaySubject<Record>& DatabasePlugin::subject() const {
 bool DatabasePlugin::didFinishLaunchingWithOptions(UIApplication&, const LaunchOptions&) {
     userPreference_ = requireService<UserPreferenceProtocol>();
     cryptor_ = std::dynamic_pointer_cast<DatabaseCryptor>(userPreference_);
-    const auto scheduler = backgroundScheduler();
+    const auto scheduler = rx::backgroundScheduler();
     const auto loaded = userPreference_->isLoaded().take(1).subscribeOn(scheduler).observeOn(scheduler);
     disposeBag_.insert(debugged(loaded, __LINE__, "application(_:didFinishLaunchingWithOptions:)")
                            .subscribe([weak = weak_from_this()](bool) {
@@ -127,7 +123,7 @@ void DatabasePlugin::reloadApplication() {
 
 void DatabasePlugin::resetApplication() {
     const auto records =
-        applicationSubject_.observeOn(backgroundScheduler()).subscribeOn(backgroundScheduler());
+        applicationSubject_.observeOn(rx::backgroundScheduler()).subscribeOn(rx::backgroundScheduler());
     // The first element only: the record emitted below would begin the reset anew, for ever.
     const auto first = debugged(records, __LINE__, "resetApplication()").take(1);
     disposeBag_.insert(first.subscribe([weak = weak_from_this()](const Application&) {

@@ -1,0 +1,14 @@
+#include "Fuzz/Input.hpp"
+#include "LocalStore/Catalogue/CatalogueReader.hpp"
+#include "Platform/Foundation/NSError.hpp"
+
+using namespace corvantile;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    try {
+        static_cast<void>(readCatalogue(fuzz::text(data, size), "fuzz.storekit"));
+    } catch (const NSError& error) {
+        if (error.localizedDescription().find("fuzz.storekit") == std::string::npos) __builtin_trap();
+    }
+    return 0;
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Corvantile/Plugin/AdNetwork/AdNetworkPluggable.hpp"
+#include "Platform/Export.hpp"
+#include "Platform/Foundation/PlatformRequest.hpp"
+#include "Reactive/ReplaySubject.hpp"
+
+#include <memory>
+#include <string>
+
+namespace corvantile {
+
+// Asks once per launch which search-ads campaign the app was installed from: the platform's token, sent to
+// the platform's server. Whatever fails, `info` gets its one value, on main; only a plug-in that has gone
+// before the answer came publishes nothing. Held by shared_ptr, as plug-ins are.
+class CORVANTILE_API AdNetworkPlugin final : public AdNetworkPluggable,
+                                             public std::enable_shared_from_this<AdNetworkPlugin> {
+public:
+    AdNetworkPlugin();
+    ~AdNetworkPlugin() override;
+
+    // Asks for the token inside the call, which the platform bounds; the server's answer comes later.
+    bool didFinishLaunchingWithOptions(UIApplication& application, const LaunchOptions& options) override;
+
+    [[nodiscard]] std::string idfa() const override;
+    [[nodiscard]] rx::Observable<AdNetworkInfo> info() const override { return infoSubject_.asObservable(); }
+
+private:
+    void fetchAttributionPayload(AdNetworkInfo info);
+
+    const rx::ReplaySubject<AdNetworkInfo> infoSubject_ = rx::ReplaySubject<AdNetworkInfo>::create(1);
+    std::shared_ptr<PlatformRequest> request_; // letting go of it cancels the request
+};
+
+} // namespace corvantile

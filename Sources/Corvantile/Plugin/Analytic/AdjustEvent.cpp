@@ -1,0 +1,15 @@
+#include "Corvantile/Plugin/Analytic/AdjustEvent.hpp"
+
+#include "Corvantile/Plugin/Database/RecordJSON.hpp"
+
+namespace corvantile {
+
+AdjustEvent AdjustEvent::decode(const KeyedDecodingContainer& container) {
+    return {container.decodeString("token"), container.decodeString("name")};
+}
+
+std::string encodeJSON(const AdjustEvent& event) {
+    return recordjson::write({{"token", event.token}, {"name", event.name}});
+}
+
+} // namespace corvantile

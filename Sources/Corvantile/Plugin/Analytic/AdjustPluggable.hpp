@@ -1,0 +1,18 @@
+#pragma once
+
+#include "HostCore/PluggableApplicationDelegateService.hpp"
+#include "Platform/Export.hpp"
+
+#include <string_view>
+
+namespace corvantile {
+
+// The plug-in under which whoever starts the attribution SDK is looked up.
+class CORVANTILE_API AdjustPluggable : public virtual PluggableApplicationDelegateService {
+public:
+    static constexpr std::string_view typeName = "AdjustPluggable";
+
+    ~AdjustPluggable() override;
+};
+
+} // namespace corvantile

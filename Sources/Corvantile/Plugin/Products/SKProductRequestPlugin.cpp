@@ -1,0 +1,86 @@
+#include "Corvantile/Plugin/Products/SKProductRequestPlugin.hpp"
+
+#include "Corvantile/Corvantile.hpp"
+#include "CorvantileIAP/InappHelper.hpp"
+#include "Platform/FatalError.hpp"
+#include "Reactive/DebugLabel.hpp"
+#include "Reactive/SerialDispatchQueueScheduler.hpp"
+
+namespace corvantile {
+
+namespace {
+
+// Answers in a row that a watch looks at, a replayed one included.
+constexpr int watchedLists = 3;
+
+template <class T>
+rx::Observable<T> debugged(rx::Observable<T> stream, int line, const char* function) {
+    if (!Corvantile::debug()) return stream;
+    return stream.debug(
+        rx::debugLabel("Sources/Corvantile/Plugin/Products/SKProductRequestPlugin", line, function));
+}
+
+} // namespace
+
+SKProductRequestProtocol::~SKProductRequestProtocol() = default;
+SKProductRequestPluggable::~SKProductRequestPluggable() = default;
+
+SKProductRequestPlugin::SKProductRequestPlugin(const std::vector<std::string>& productIdentifiers)
+    : productIdentifiers_(productIdentifiers.begin(), productIdentifiers.end()) {}
+
+SKProductRequestPlugin::SKProductRequestPlugin() { unimplementedInitializer("SKProductRequestPlugin"); }
+
+SKProductRequestPlugin::~SKProductRequestPlugin() { cancel(); }
+
+void SKProductRequestPlugin::didBecomeActive(UIApplication&) { loadSKProducts(); }
+void SKProductRequestPlugin::willResignActive(UIApplication&) { cancel(); }
+
+void SKProductRequestPlugin::cancel() {
+    reloadDisposable_.endWatch();
+    loadDisposable_.disposeAndClear();
+    reloadDisposable_.disposeAndClear();
+}
+
+// The watch comes before the request. A list that is replayed to it counts, and is asked for at once when it
+// is empty; the request that follows then takes that one's place.
+void SKProductRequestPlugin::loadSKProducts() {
+    const auto watch = reloadDisposable_.beginWatch();
+    const auto lists = debugged(productsSubject_.take(watchedLists), 41, "loadSKProducts()");
+    // A watch that this one replaces is not ended, but has nothing to say any more.
+    loadDisposable_.exchange(lists.subscribe([weak = weak_from_this(), watch](const Products& products) {
+        if (!products.empty()) return;
+        if (const auto self = weak.lock()) self->request(watch);
+    }));
+    reload();
+}
+
+void SKProductRequestPlugin::reload() { request(std::nullopt); }
+
+// `watch`: on whose behalf, if not somebody's who is free to ask at any time.
+void SKProductRequestPlugin::request(std::optional<Watch> watch) {
+    if (!reloadDisposable_.disposeAndClear(watch)) return;
+    const auto answers = InappHelper::request(productIdentifiers_)
+                             .observeOn(rx::backgroundScheduler())
+                             .subscribeOn(rx::backgroundScheduler());
+    reloadDisposable_.keep(indicator_.trackActivity(debugged(answers, 76, "reload()"))
+                               .subscribe(
+                                   [weak = weak_from_this()](const Products& products) {
+                                       if (const auto self = weak.lock()) self->publish(products);
+                                   },
+                                   [weak = weak_from_this()](const std::exception_ptr& error) {
+                                       if (const auto self = weak.lock()) self->publishFailure(error);
+                                   }),
+                           watch);
+}
+
+void SKProductRequestPlugin::publish(const Products& products) {
+    productsSubject_.onNext(products);
+    errorSubject_.onNext(nullptr);
+}
+
+void SKProductRequestPlugin::publishFailure(const std::exception_ptr& error) {
+    errorSubject_.onNext(error);
+    productsSubject_.onNext({});
+}
+
+} // namespace corvantile

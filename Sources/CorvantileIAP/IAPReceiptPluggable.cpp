@@ -1,0 +1,7 @@
+#include "CorvantileIAP/IAPReceiptPluggable.hpp"
+
+namespace corvantile {
+
+IAPReceiptPluggable::~IAPReceiptPluggable() = default;
+
+} // namespace corvantile

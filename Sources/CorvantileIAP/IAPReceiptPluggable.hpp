@@ -1,0 +1,27 @@
+#pragma once
+
+#include "CorvantileIAP/ProductCategory.hpp"
+#include "CorvantileIAP/RenewalInfo.hpp"
+#include "HostCore/PluggableApplicationDelegateService.hpp"
+#include "Platform/Export.hpp"
+#include "Reactive/Observable.hpp"
+
+#include <string_view>
+#include <vector>
+
+namespace corvantile {
+
+// The plug-in under which the user's purchases are looked up. Both streams replay the last and emit each time
+// the records are read anew, on main.
+class CORVANTILE_API IAPReceiptPluggable : public virtual PluggableApplicationDelegateService {
+public:
+    static constexpr std::string_view typeName = "IAPReceiptPluggable";
+
+    ~IAPReceiptPluggable() override;
+
+    // The products of which something was bought; empty when nothing was.
+    [[nodiscard]] virtual rx::Observable<std::vector<ProductCategory>> productCategories() = 0;
+    [[nodiscard]] virtual rx::Observable<std::vector<RenewalInfo>> renewals() = 0;
+};
+
+} // namespace corvantile

@@ -1,0 +1,174 @@
+#include "CorvantileIAP/IAPReceiptPlugin.hpp"
+
+#include "CorvantileIAP/InappHelper.hpp"
+#include "Platform/FatalError.hpp"
+#include "Platform/Foundation/Console.hpp"
+#include "Platform/Foundation/DispatchQueue.hpp"
+#include "Platform/Foundation/NSError.hpp"
+#include "Platform/Foundation/PlatformRequest.hpp"
+#include "Platform/Platform.hpp"
+#include "Platform/Store/SKPaymentTransaction.hpp"
+#include "Platform/Store/StoreRequests.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+std::vector<ReceiptProduct> catalogueOf(std::vector<IAPReceiptPlugin::Product> products) {
+    std::vector<ReceiptProduct> catalogue;
+    catalogue.reserve(products.size());
+    for (auto& product : products)
+        catalogue.push_back({std::move(product.identifier), std::move(product.category), nullptr});
+    return catalogue;
+}
+
+bool wasBought(const SKPaymentTransaction& transaction) {
+    const auto state = transaction.transactionState();
+    return state == SKPaymentTransactionState::purchased || state == SKPaymentTransactionState::restored;
+}
+
+} // namespace
+
+IAPReceiptPlugin::IAPReceiptPlugin() : IAPReceiptPlugin(std::vector<Product>()) {
+    unimplementedInitializer("IAPReceiptPlugin");
+}
+
+IAPReceiptPlugin::IAPReceiptPlugin(std::vector<Product> products)
+    : catalogue_(catalogueOf(std::move(products))),
+      reader_(
+          Platform::current().ports().queues->makeSerial("corvantile.receipt", QualityOfService::utility)),
+      categories_(rx::ReplaySubject<std::vector<ProductCategory>>::create(1)),
+      renewals_(rx::ReplaySubject<std::vector<RenewalInfo>>::create(1)),
+      problems_(rx::ReplaySubject<Problems>::create(1)),
+      registration_(SKPaymentQueue::defaultQueue()->addTransactionObserver(*this)) {}
+
+IAPReceiptPlugin::~IAPReceiptPlugin() { productRequest_.disposeAndClear(); }
+
+void IAPReceiptPlugin::didBecomeActive(UIApplication&) { refresh(); }
+
+void IAPReceiptPlugin::willResignActive(UIApplication&) {
+    receiptRequest_.reset();
+    productRequest_.disposeAndClear();
+}
+
+void IAPReceiptPlugin::updatedTransactions(SKPaymentQueue&, const Transactions& transactions) {
+    const auto isPurchase = [](const auto& transaction) { return wasBought(*transaction); };
+    if (std::any_of(transactions.begin(), transactions.end(), isPurchase)) refresh();
+}
+
+// A request that is under way makes room: it may have been answered before the purchase that we hear of.
+void IAPReceiptPlugin::refresh() {
+    askForProducts();
+    receiptRequest_ = StoreRequests::shared()->receipt(
+        reader_,
+        [weak = weak_from_this()](const std::optional<std::string>& json, const std::exception_ptr& error) {
+            if (error)
+                postToMain(weak, [error](IAPReceiptPlugin& self) {
+                    self.report({{"receipt", localizedDescription(error)}});
+                });
+            else if (json)
+                readInBackground(weak, *json);
+            else
+                postToMain(weak, [](IAPReceiptPlugin& self) {
+                    if (!self.hasRecords_) self.takeReceipt({});
+                });
+        });
+}
+
+void IAPReceiptPlugin::askForProducts() {
+    ProductIdentifiers missing;
+    for (const auto& known : catalogue_)
+        if (!known.product) missing.insert(known.identifier);
+    if (missing.empty()) return;
+    productRequest_.disposeAndClear();
+    const auto weak = weak_from_this();
+    productRequest_.exchange(InappHelper::request(std::move(missing))
+                                 .subscribe(
+                                     [weak](const std::vector<std::shared_ptr<SKProduct>>& products) {
+                                         if (const auto self = weak.lock()) self->takeProducts(products);
+                                     },
+                                     [weak](const std::exception_ptr& error) {
+                                         if (const auto self = weak.lock())
+                                             self->report({{"products", localizedDescription(error)}});
+                                     }));
+}
+
+void IAPReceiptPlugin::setReceipt(std::string json) {
+    reader_->async([weak = weak_from_this(), json = std::move(json)] { readInBackground(weak, json); });
+}
+
+// By way of the reader's queue, as receipts go: nothing overtakes what was handed in before it.
+void IAPReceiptPlugin::setProducts(std::vector<std::shared_ptr<SKProduct>> products) {
+    reader_->async([weak = weak_from_this(), products = std::move(products)] {
+        postToMain(weak, [products](IAPReceiptPlugin& self) { self.takeProducts(products); });
+    });
+}
+
+void IAPReceiptPlugin::setRecords(std::vector<ProductCategory> categories,
+                                  std::vector<RenewalInfo> renewals) {
+    for (const auto& category : categories)
+        if (!category.product) fatalError("A ProductCategory was given without its product.");
+    reader_->async(
+        [weak = weak_from_this(), categories = std::move(categories), renewals = std::move(renewals)] {
+            postToMain(weak, [categories, renewals](IAPReceiptPlugin& self) {
+                self.hasRecords_ = true;
+                self.receipt_.reset();
+                self.report({});
+                self.renewals_.onNext(renewals);
+                self.categories_.onNext(categories);
+            });
+        });
+}
+
+void IAPReceiptPlugin::readInBackground(const Weak& weak, const std::string& json) {
+    try {
+        auto receipt = std::make_shared<StoreReceipt>(readStoreReceipt(json));
+        postToMain(weak, [receipt](IAPReceiptPlugin& self) { self.takeReceipt(std::move(*receipt)); });
+    } catch (const NSError& error) {
+        const Problems problems = {{"receipt", error.localizedDescription()}};
+        postToMain(weak, [problems](IAPReceiptPlugin& self) { self.report(problems); });
+    }
+}
+
+void IAPReceiptPlugin::postToMain(const Weak& weak, Update update) {
+    DispatchQueue::main()->async([weak, update = std::move(update)] {
+        if (const auto self = weak.lock()) update(*self);
+    });
+}
+
+void IAPReceiptPlugin::takeReceipt(StoreReceipt receipt) {
+    hasRecords_ = true;
+    receipt_ = std::move(receipt);
+    renewals_.onNext(receipt_->renewals);
+    publishCategories();
+}
+
+void IAPReceiptPlugin::takeProducts(const std::vector<std::shared_ptr<SKProduct>>& products) {
+    for (const auto& product : products)
+        for (auto& known : catalogue_)
+            if (product && known.identifier == product->productIdentifier()) known.product = product;
+    areProductsKnown_ = true;
+    publishCategories();
+}
+
+void IAPReceiptPlugin::publishCategories() {
+    if (!receipt_) return;
+    if (!areProductsKnown_ && !receipt_->transactions.empty()) return;
+    auto sorted = categorize(receipt_->transactions, catalogue_);
+    auto problems = receipt_->problems;
+    problems.insert(problems.end(), sorted.problems.begin(), sorted.problems.end());
+    report(problems);
+    categories_.onNext(sorted.categories);
+}
+
+void IAPReceiptPlugin::report(const Problems& problems) {
+    if (InappHelper::debug())
+        for (const auto& problem : problems)
+            Platform::current().ports().console->print("Receipt --- " + describe(problem));
+    problems_.onNext(problems);
+}
+
+} // namespace corvantile

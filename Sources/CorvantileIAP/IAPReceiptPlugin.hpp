@@ -1,0 +1,91 @@
+#pragma once
+
+#include "CorvantileIAP/IAPReceiptPluggable.hpp"
+#include "CorvantileIAP/ReceiptCatalogue.hpp"
+#include "CorvantileIAP/ReceiptProblem.hpp"
+#include "CorvantileIAP/StoreReceipt.hpp"
+#include "Platform/Export.hpp"
+#include "Platform/Store/SKPaymentQueue.hpp"
+#include "Reactive/DisposableSlot.hpp"
+#include "Reactive/ReplaySubject.hpp"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace corvantile {
+
+class DispatchQueue;
+class PlatformRequest;
+
+// Reads what was bought from the store's receipt: at every activation, and whenever the payment queue tells
+// of something purchased or restored. A host that knows better hands in a receipt, or the records themselves;
+// what came last counts, and a store that has nothing to tell changes nothing. The products come from the
+// store too, unless the host hands them in; until they are known, transactions wait. Home: main, but for
+// reading a receipt. Held by shared_ptr, as plug-ins are.
+class CORVANTILE_API IAPReceiptPlugin final : public IAPReceiptPluggable,
+                                              public std::enable_shared_from_this<IAPReceiptPlugin> {
+public:
+    struct Product {
+        std::string identifier;
+        std::string category = {}; // names the events of its purchases in place of the identifier
+    };
+    using Problems = std::vector<ReceiptProblem>;
+
+    // The products whose purchases count; a receipt's other rows are left out, and reported. Observes the
+    // default payment queue from now on.
+    explicit IAPReceiptPlugin(std::vector<Product> products);
+    [[deprecated("Say which products: IAPReceiptPlugin(products).")]] IAPReceiptPlugin();
+    ~IAPReceiptPlugin() override;
+
+    void didBecomeActive(UIApplication& application) override;
+    // Lets go of what is asked of the store.
+    void willResignActive(UIApplication& application) override;
+    void updatedTransactions(SKPaymentQueue& queue, const Transactions& transactions) override;
+
+    [[nodiscard]] rx::Observable<std::vector<ProductCategory>> productCategories() override {
+        return categories_.asObservable();
+    }
+    [[nodiscard]] rx::Observable<std::vector<RenewalInfo>> renewals() override {
+        return renewals_.asObservable();
+    }
+    // What could not be read or fetched the last time, each time anew, replaying the last; empty when all
+    // went well. Emits on main, before the categories. With InappHelper::debug they are printed as well.
+    [[nodiscard]] rx::Observable<Problems> problems() { return problems_.asObservable(); }
+
+    // Take effect on main, after the call, in the order of the calls. Threads: any.
+    void setReceipt(std::string json);
+    void setProducts(std::vector<std::shared_ptr<SKProduct>> products);
+    // A category without a product is a fatal error.
+    void setRecords(std::vector<ProductCategory> categories, std::vector<RenewalInfo> renewals);
+
+private:
+    using Weak = std::weak_ptr<IAPReceiptPlugin>;
+    using Update = std::function<void(IAPReceiptPlugin&)>;
+
+    static void readInBackground(const Weak& weak, const std::string& json);
+    static void postToMain(const Weak& weak, Update update);
+
+    void refresh();
+    void askForProducts();
+    void takeReceipt(StoreReceipt receipt);
+    void takeProducts(const std::vector<std::shared_ptr<SKProduct>>& products);
+    void publishCategories();
+    void report(const Problems& problems);
+
+    std::vector<ReceiptProduct> catalogue_;
+    bool areProductsKnown_ = false;
+    bool hasRecords_ = false;
+    std::optional<StoreReceipt> receipt_; // none after records that the host handed in
+    std::shared_ptr<PlatformRequest> receiptRequest_;
+    rx::DisposableSlot productRequest_;
+    const std::shared_ptr<DispatchQueue> reader_;
+    const rx::ReplaySubject<std::vector<ProductCategory>> categories_;
+    const rx::ReplaySubject<std::vector<RenewalInfo>> renewals_;
+    const rx::ReplaySubject<Problems> problems_;
+    const std::unique_ptr<PaymentObserverRegistration> registration_; // last: nothing comes after it
+};
+
+} // namespace corvantile

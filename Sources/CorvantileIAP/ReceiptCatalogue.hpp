@@ -1,0 +1,32 @@
+#pragma once
+
+#include "CorvantileIAP/ProductCategory.hpp"
+#include "CorvantileIAP/ReceiptInfo.hpp"
+#include "CorvantileIAP/ReceiptProblem.hpp"
+#include "Platform/Export.hpp"
+#include "Platform/Store/SKProduct.hpp"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace corvantile {
+
+// A product whose purchases count.
+struct ReceiptProduct {
+    std::string identifier{};
+    std::string category{};               // as in ProductCategory
+    std::shared_ptr<SKProduct> product{}; // null while the store has not shown it
+};
+
+struct CategorizedReceipts {
+    std::vector<ProductCategory> categories{}; // in the catalogue's order; none without a record
+    std::vector<ReceiptProblem> problems{};    // one for each product whose records are left out
+};
+
+// Gives each record to its product, in the order in which they come. Of two products with one identifier the
+// first gets them.
+[[nodiscard]] CORVANTILE_API CategorizedReceipts categorize(const std::vector<ReceiptInfo>& records,
+                                                            const std::vector<ReceiptProduct>& catalogue);
+
+} // namespace corvantile

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "CorvantileIAP/DecodingDefaults.hpp"
+#include "Platform/Export.hpp"
+#include "Platform/Foundation/Date.hpp"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace corvantile {
+
+// One transaction of the store. A date that a receipt lacks, or that cannot be read, is
+// DecodingDefaults::invalidDate; a date is absent only from a record that code has made.
+struct ReceiptInfo {
+    std::int64_t transactionID = 0;
+    std::string productID{};
+    std::int64_t quantity = 1;
+    std::optional<std::int64_t> webOrderLineItemID{};
+    Date purchaseDate = DecodingDefaults::invalidDate;
+    std::optional<Date> expiresDate{}; // invalidDate for what does not expire
+    bool isTrial = false;
+    std::optional<bool> isInIntroOffer{};
+    std::int64_t originalTransactionID = 0; // of the first purchase its own
+    std::optional<Date> originalPurchaseDate{};
+    // Empty where the store says nothing.
+    std::string ownershipType{}; // PURCHASED or FAMILY_SHARED
+    std::string subscriptionGroupIdentifier{};
+    std::string promotionalOfferID{};
+
+    friend bool operator==(const ReceiptInfo&, const ReceiptInfo&) = default;
+};
+
+// The newest purchase first, of two at one time the larger transaction identifier; then whatever else
+// differs, so that no two different records are equivalent. Reversed, the first purchase comes first.
+[[nodiscard]] CORVANTILE_API bool operator<(const ReceiptInfo& left, const ReceiptInfo& right);
+
+[[nodiscard]] CORVANTILE_API std::string describe(const ReceiptInfo& record);
+
+} // namespace corvantile

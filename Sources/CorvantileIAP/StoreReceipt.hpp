@@ -1,0 +1,31 @@
+#pragma once
+
+#include "CorvantileIAP/ReceiptInfo.hpp"
+#include "CorvantileIAP/ReceiptProblem.hpp"
+#include "CorvantileIAP/RenewalInfo.hpp"
+#include "Platform/Export.hpp"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvantile {
+
+// The store's account of what was bought.
+struct StoreReceipt {
+    std::string environment{};               // Production or Sandbox; empty when it does not say
+    std::vector<ReceiptInfo> transactions{}; // in the order of the text, each transaction once
+    std::vector<RenewalInfo> renewals{};
+    std::vector<ReceiptProblem> problems{}; // what could not be read of it
+
+    friend bool operator==(const StoreReceipt&, const StoreReceipt&) = default;
+};
+
+// Reads the store's JSON: its answer to a receipt, or a server notification around one. The rows of
+// `latest_receipt_info` and `in_app` are taken together, the former first. A row is left out only if it lacks
+// the identifier of its transaction or product.
+// Throws NSError (receiptErrorDomain) when the text is no receipt, or the store's status says that it tells
+// no purchases.
+[[nodiscard]] CORVANTILE_API StoreReceipt readStoreReceipt(std::string_view json);
+
+} // namespace corvantile

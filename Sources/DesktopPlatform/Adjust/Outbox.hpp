@@ -1,0 +1,94 @@
+#pragma once
+
+#include "DesktopPlatform/Adjust/HeldPackages.hpp"
+#include "DesktopPlatform/Adjust/OutboxFile.hpp"
+#include "DesktopPlatform/Adjust/OutboxPackage.hpp"
+#include "DesktopPlatform/Foundation/Descriptor.hpp"
+#include "Platform/Foundation/Date.hpp"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvantile {
+
+class Console;
+
+// The packages that wait, in order: in a file, and in memory what the file does not take, until it does. The
+// console hears when that begins and ends, and of a file that was set aside. Processes share the file; the
+// one that holds the claim delivers. Threads: any. Errors: none.
+class Outbox {
+public:
+    using Background = std::function<void(std::function<void()>)>;
+    using MakeSession = std::function<OutboxPackage(std::int64_t count)>;
+
+    // How long an app rests before its next activity is another session.
+    static constexpr std::chrono::minutes sessionGap{30};
+
+    // An empty path: everything stays in memory. The file is opened by the first call that needs it; work
+    // that waits for the disk is handed to `inBackground`.
+    Outbox(std::filesystem::path file, std::shared_ptr<Console> console, Background inBackground);
+    Outbox(const Outbox&) = delete;
+    Outbox& operator=(const Outbox&) = delete;
+    ~Outbox();
+
+    // In the file once the call has returned, unless the console has heard that it cannot be.
+    void add(OutboxPackage package);
+    // False, and nothing is added, when one of the last transactions had the same identifier.
+    bool addUnlessRepeated(const OutboxPackage& package, const std::string& transactionId);
+    // The app is active now. Adds what `make` makes, given the session's number from 1, if that is a session.
+    void addSession(Date now, const MakeSession& make);
+    void noteActivity(Date now);
+
+    // Small things to know in the next process.
+    [[nodiscard]] std::optional<std::string> remembered(std::string_view name);
+    void remember(std::string_view name, std::string value);
+
+    // Who has it may deliver; false when another process has it.
+    bool claim();
+    void release();
+    // The first that waits. Only with the claim.
+    [[nodiscard]] std::optional<OutboxPackage> front();
+    // Writes down what became of an attempt to deliver it.
+    void record(OutboxPackage package, PackageState state, DeliveryAnswer answer);
+
+    [[nodiscard]] std::vector<OutboxEntry> entries();
+
+private:
+    using Moment = std::chrono::steady_clock::time_point;
+
+    // What follows with the mutex held.
+    void apply(const std::function<OutboxChange()>& decide);
+    void look();
+    void catchUp();
+    void open();
+    void fail(const SqliteError& error);
+    [[nodiscard]] bool isBehind() const;
+    [[nodiscard]] std::optional<std::string> known(std::string_view name);
+    [[nodiscard]] double lastActivity();
+    bool hasClaimed();
+    [[nodiscard]] bool logGrewLong();
+    void emptyLogIf(bool isLong) const;
+    void say(const std::string& text) const;
+
+    const std::filesystem::path path_;
+    const std::shared_ptr<Console> console_;
+    const Background inBackground_;
+    std::mutex mutex_;
+    std::unique_ptr<OutboxFile> file_;
+    HeldPackages held_;
+    std::int64_t delivered_ = 0; // nothing up to that number waits
+    Descriptor claim_;
+    Moment nextLook_{};
+    bool hasComplained_ = false;
+    int nextEmptying_ = 0; // pages
+};
+
+} // namespace corvantile

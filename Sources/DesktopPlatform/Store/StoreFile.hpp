@@ -1,0 +1,49 @@
+#pragma once
+
+#include "DesktopPlatform/Storage/StateDatabase.hpp"
+#include "LocalStore/Engine/StoreStorage.hpp"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+namespace corvantile {
+
+class Console;
+
+struct StoreFileOptions {
+    std::filesystem::path file;
+    // Hears when a file had to be set aside. May be null.
+    std::shared_ptr<Console> console;
+    // Runs work that waits for the disk, on another thread or never.
+    std::function<void(std::function<void()>)> inBackground;
+};
+
+// What a local store remembers, in an SQLite file; Docs/Files/Store.md describes it. It is opened, or begun,
+// by the first load.
+class StoreFile final : public StoreStorage {
+public:
+    static const StateFormat format;
+
+    explicit StoreFile(StoreFileOptions options);
+    ~StoreFile() override;
+
+    [[nodiscard]] Rows load() override;
+    [[nodiscard]] bool hasChangedElsewhere() override;
+    [[nodiscard]] bool commit(const Changes& changes) override;
+
+private:
+    struct Connection;
+    void open();
+    void emptyLongLog();
+
+    static constexpr int longLog = 1000; // pages
+
+    const StoreFileOptions options_;
+    std::unique_ptr<Connection> connection_;
+    std::int64_t loadedVersion_ = 0;
+    int nextEmptying_ = longLog;
+};
+
+} // namespace corvantile

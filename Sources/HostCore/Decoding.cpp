@@ -1,0 +1,114 @@
+#include "HostCore/Decoding.hpp"
+
+#include "Platform/Foundation/NSError.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <charconv>
+#include <cmath>
+
+namespace corvantile {
+
+namespace {
+
+using JSON = nlohmann::json;
+
+[[noreturn]] void fail(std::string text) {
+    throw NSError("corvantile.json", 1, {{NSError::localizedDescriptionKey, std::move(text)}});
+}
+
+[[noreturn]] void failAt(std::string_view key, const char* expected) {
+    fail("The value of \"" + std::string(key) + "\" is not " + expected + ".");
+}
+
+// Beyond 2^53 a number that was written with a fraction or an exponent no longer tells which integer it was.
+std::optional<std::int64_t> exactInteger(double number) {
+    constexpr double greatest = 9007199254740992;
+    if (std::abs(number) > greatest || std::trunc(number) != number) return std::nullopt;
+    return static_cast<std::int64_t>(number);
+}
+
+std::optional<std::int64_t> integer(const JSON& value) {
+    if (value.is_number_float()) return exactInteger(value.get<double>());
+    if (!value.is_number_integer()) return std::nullopt;
+    if (value.is_number_unsigned() && value.get<std::uint64_t>() > static_cast<std::uint64_t>(INT64_MAX))
+        return std::nullopt;
+    return value.get<std::int64_t>();
+}
+
+std::optional<std::int64_t> integer(const std::string& text) {
+    std::int64_t value = 0;
+    const auto* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end) return std::nullopt;
+    return value;
+}
+
+JSON parse(std::string_view text) {
+    auto document = JSON::parse(text, nullptr, false);
+    if (document.is_discarded()) fail("The text is no JSON.");
+    return document;
+}
+
+} // namespace
+
+struct KeyedDecodingContainer::Object {
+    // Null where the key is missing or holds null.
+    [[nodiscard]] const JSON* value(std::string_view key) const {
+        const auto found = members.find(key);
+        return found == members.end() || found->is_null() ? nullptr : &*found;
+    }
+
+    const JSON& members;
+};
+
+std::string KeyedDecodingContainer::decodeString(std::string_view key) const {
+    const auto* const value = object_.value(key);
+    if (value == nullptr || !value->is_string()) failAt(key, "text");
+    return value->get_ref<const std::string&>();
+}
+
+std::optional<std::int64_t> KeyedDecodingContainer::decodeIntegerIfPresent(std::string_view key) const {
+    const auto* const value = object_.value(key);
+    if (value == nullptr) return std::nullopt;
+    const auto number = integer(*value);
+    if (!number) failAt(key, "a 64-bit integer");
+    return number;
+}
+
+bool KeyedDecodingContainer::decodeBoolean(std::string_view key) const {
+    const auto* const value = object_.value(key);
+    if (value == nullptr) return false;
+    if (value->is_boolean()) return value->get<bool>();
+    if (*value == "true" || *value == 1) return true;
+    if (*value == "false" || *value == 0) return false;
+    failAt(key, "a boolean");
+}
+
+std::int64_t KeyedDecodingContainer::tolerantInteger(std::string_view key, std::int64_t least,
+                                                     std::int64_t greatest) const {
+    const auto* const value = object_.value(key);
+    if (value == nullptr) return 0;
+    const auto number = value->is_string() ? integer(value->get_ref<const std::string&>()) : integer(*value);
+    if (!number || *number < least || *number > greatest) failAt(key, "an integer that fits");
+    return *number;
+}
+
+void JSONDecoder::decodeObject(std::string_view json, const Visit& visit) {
+    const auto document = parse(json);
+    if (!document.is_object()) fail("The JSON is no object.");
+    const KeyedDecodingContainer::Object object{document};
+    visit(KeyedDecodingContainer(object));
+}
+
+void JSONDecoder::decodeArray(std::string_view json, const Visit& visit) {
+    const auto document = parse(json);
+    if (!document.is_array()) fail("The JSON is no array.");
+    for (const auto& element : document) {
+        if (!element.is_object()) fail("An element of the array is no object.");
+        const KeyedDecodingContainer::Object object{element};
+        visit(KeyedDecodingContainer(object));
+    }
+}
+
+} // namespace corvantile

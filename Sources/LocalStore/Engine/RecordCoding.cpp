@@ -1,0 +1,265 @@
+#include "LocalStore/Engine/RecordCoding.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <type_traits>
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+using Object = nlohmann::ordered_json;
+
+// Enumerators are written by name: a number would say something else when one is added.
+template <class Value>
+constexpr std::array<std::string_view, 0> names{};
+template <>
+constexpr std::array<std::string_view, 4> names<ProductKind>{"consumable", "nonConsumable", "nonRenewing",
+                                                             "autoRenewing"};
+template <>
+constexpr std::array<std::string_view, 5> names<SKPaymentTransactionState>{"purchasing", "purchased",
+                                                                           "failed", "restored", "deferred"};
+template <>
+constexpr std::array<std::string_view, 5> names<SubscriptionStatus>{"active", "gracePeriod", "billingRetry",
+                                                                    "expired", "revoked"};
+
+template <>
+constexpr std::array<std::string_view, 3> names<PaymentDecision>{"fails", "isDeferred", "isHeld"};
+
+template <class Value>
+constexpr bool isNamed = !names<Value>.empty();
+
+Object encoded(Date date) { return date.secondsSinceReference; }
+Object encoded(const NSDecimalNumber& number) { return number.description(); }
+Object encoded(const StoreFailure& failure) {
+    return {{"code", static_cast<int>(failure.code)}, {"message", failure.message}};
+}
+template <class Value>
+Object encoded(const Value& value) {
+    if constexpr (isNamed<Value>)
+        return names<Value>.at(static_cast<std::size_t>(value));
+    else if constexpr (std::is_enum_v<Value>)
+        return static_cast<int>(value);
+    else
+        return value;
+}
+
+void decode(const Object& from, Date& to) { to = {from.get<double>()}; }
+void decode(const Object& from, NSDecimalNumber& to) {
+    const auto number = NSDecimalNumber::fromText(from.get_ref<const std::string&>());
+    if (!number) throw Object::other_error::create(501, "not a decimal", &from);
+    to = *number;
+}
+void decode(const Object& from, StoreFailure& to) {
+    to = {static_cast<SKErrorCode>(from.at("code").get<int>()), from.at("message").get<std::string>()};
+}
+template <class Value>
+void decode(const Object& from, Value& to) {
+    if constexpr (isNamed<Value>) {
+        const auto& all = names<Value>;
+        const auto found = std::find(all.begin(), all.end(), from.get_ref<const std::string&>());
+        if (found == all.end()) throw Object::other_error::create(501, "no known name", &from);
+        to = static_cast<Value>(found - all.begin());
+    } else if constexpr (std::is_enum_v<Value>) {
+        to = static_cast<Value>(from.get<int>());
+    } else {
+        to = from.get<Value>();
+    }
+}
+
+// One list of fields serves both ways: `visit(visitor, record)` names each with its member.
+class Writer {
+public:
+    template <class Value>
+    void operator()(const char* key, const Value& value) {
+        object_[key] = encoded(value);
+    }
+    template <class Value>
+    void operator()(const char* key, const std::optional<Value>& value) {
+        if (value) object_[key] = encoded(*value);
+    }
+    [[nodiscard]] const Object& object() const { return object_; }
+    [[nodiscard]] std::string text() const {
+        return object_.dump(-1, ' ', false, Object::error_handler_t::replace);
+    }
+
+private:
+    Object object_ = Object::object();
+};
+
+class Reader {
+public:
+    explicit Reader(const Object& object) : object_(object) {}
+    template <class Value>
+    void operator()(const char* key, Value& value) const {
+        decode(object_.at(key), value);
+    }
+    template <class Value>
+    void operator()(const char* key, std::optional<Value>& value) const {
+        if (const auto found = object_.find(key); found != object_.end()) decode(*found, value.emplace());
+    }
+
+private:
+    const Object& object_;
+};
+
+template <class Visitor, class Record>
+void visitPurchase(Visitor& visit, Record& record) {
+    visit("identifier", record.identifier);
+    visit("originalIdentifier", record.originalIdentifier);
+    visit("lineItemIdentifier", record.lineItemIdentifier);
+    visit("productIdentifier", record.productIdentifier);
+    visit("groupIdentifier", record.groupIdentifier);
+    visit("kind", record.kind);
+    visit("quantity", record.quantity);
+    visit("price", record.price);
+    visit("date", record.date);
+    visit("originalDate", record.originalDate);
+    visit("expirationDate", record.expirationDate);
+    visit("isTrial", record.isTrial);
+    visit("isIntroductory", record.isIntroductory);
+    visit("isFinished", record.isFinished);
+    visit("refundDate", record.refundDate);
+    visit("isRefundedForIssue", record.isRefundedForIssue);
+}
+
+template <class Visitor, class Record>
+void visitTransaction(Visitor& visit, Record& record) {
+    visit("number", record.number);
+    visit("productIdentifier", record.productIdentifier);
+    visit("quantity", record.quantity);
+    visit("state", record.state);
+    visit("identifier", record.identifier);
+    visit("originalIdentifier", record.originalIdentifier);
+    visit("date", record.date);
+    visit("failure", record.failure);
+}
+
+template <class Visitor, class Record>
+void visitSubscription(Visitor& visit, Record& record) {
+    visit("groupIdentifier", record.groupIdentifier);
+    visit("productIdentifier", record.productIdentifier);
+    visit("originalIdentifier", record.originalIdentifier);
+    visit("originalDate", record.originalDate);
+    visit("purchaseIdentifier", record.purchaseIdentifier);
+    visit("status", record.status);
+    visit("renews", record.renews);
+    visit("hasUsedOffer", record.hasUsedOffer);
+    visit("offerPeriodsLeft", record.offerPeriodsLeft);
+    visit("isInOffer", record.isInOffer);
+    visit("anchor", record.anchor);
+    visit("periodsPassed", record.periodsPassed);
+    visit("expirationDate", record.expirationDate);
+    visit("gracePeriodEnd", record.gracePeriodEnd);
+    visit("expirationIntent", record.expirationIntent);
+}
+
+template <class Visitor, class Record>
+void visitSettings(Visitor& visit, Record& record) {
+    visit("nextNumber", record.nextNumber);
+    visit("nextIdentifier", record.nextIdentifier);
+    visit("failingBilling", record.failingBilling);
+    visit("promotions", record.promotions);
+    visit("failingRequests", record.failingRequests);
+    visit("requestFailure", record.requestFailure);
+    visit("isOffline", record.isOffline);
+}
+
+template <class Visitor, class Record>
+void visitClock(Visitor& visit, Record& record) {
+    visit("device", record.device);
+    visit("store", record.store);
+    visit("rate", record.rate);
+    visit("seen", record.seen);
+}
+
+template <class Visitor, class Record>
+void visitNextPayment(Visitor& visit, Record& record) {
+    visit("decision", record.decision);
+    visit("failure", record.failure);
+}
+
+template <class Record>
+void visitPayments(Writer& visit, Record& record) {
+    auto payments = Object::object();
+    for (const auto& [product, next] : record.nextPayments) {
+        Writer writer;
+        visitNextPayment(writer, next);
+        payments[product] = writer.object();
+    }
+    visit("nextPayments", payments);
+}
+
+void visitPayments(const Reader& visit, StoreSettings& record) {
+    Object payments;
+    visit("nextPayments", payments);
+    for (const auto& [product, next] : payments.items()) {
+        Reader reader(next);
+        visitNextPayment(reader, record.nextPayments[product]);
+    }
+}
+
+template <class Visit, class Record>
+std::string written(Visit visit, const Record& record) {
+    Writer writer;
+    visit(writer, record);
+    return writer.text();
+}
+
+template <class Record, class Visit>
+std::optional<Record> read(std::string_view text, Visit visit) {
+    const auto object = Object::parse(text, nullptr, false);
+    if (!object.is_object()) return std::nullopt;
+    try {
+        Record record;
+        Reader reader(object);
+        visit(reader, record);
+        return record;
+    } catch (const nlohmann::json::exception&) {
+        return std::nullopt;
+    }
+}
+
+constexpr auto purchaseFields = [](auto& visit, auto& record) { visitPurchase(visit, record); };
+constexpr auto transactionFields = [](auto& visit, auto& record) { visitTransaction(visit, record); };
+constexpr auto subscriptionFields = [](auto& visit, auto& record) { visitSubscription(visit, record); };
+constexpr auto clockFields = [](auto& visit, auto& record) { visitClock(visit, record); };
+constexpr auto settingsFields = [](auto& visit, auto& record) {
+    visitSettings(visit, record);
+    visitPayments(visit, record);
+};
+
+} // namespace
+
+std::string text(const StorePurchase& purchase) { return written(purchaseFields, purchase); }
+std::string text(const StoreTransaction& transaction) { return written(transactionFields, transaction); }
+std::string text(const StoreSubscription& subscription) { return written(subscriptionFields, subscription); }
+std::string text(const StoreSettings& settings) { return written(settingsFields, settings); }
+std::string text(const StoreClockSetting& clock) { return written(clockFields, clock); }
+
+template <>
+std::optional<StorePurchase> recordFromText(std::string_view text) {
+    return read<StorePurchase>(text, purchaseFields);
+}
+template <>
+std::optional<StoreTransaction> recordFromText(std::string_view text) {
+    return read<StoreTransaction>(text, transactionFields);
+}
+template <>
+std::optional<StoreSubscription> recordFromText(std::string_view text) {
+    return read<StoreSubscription>(text, subscriptionFields);
+}
+template <>
+std::optional<StoreSettings> recordFromText(std::string_view text) {
+    return read<StoreSettings>(text, settingsFields);
+}
+template <>
+std::optional<StoreClockSetting> recordFromText(std::string_view text) {
+    return read<StoreClockSetting>(text, clockFields);
+}
+
+} // namespace corvantile

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "Platform/Foundation/DispatchQueue.hpp"
+#include "Platform/Store/SKProduct.hpp"
+#include "TestPlatform/ScriptedStore.hpp"
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+#include "Tests/Contracts/LocalStoreHarness.hpp"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace corvantile {
+
+// The scripted store as the payment queue's contract sees it. A store's harness launches a process of whose
+// store "gold" and "silver" are products, and offers what is here.
+class ScriptedStoreHarness {
+public:
+    ScriptedStoreHarness() {
+        device_.store().setProducts({product("gold"), product("silver")});
+        device_.store().setRestorable({"silver"});
+    }
+
+    [[nodiscard]] SKPaymentQueue& queue() { return *platform_->ports().paymentQueue; }
+    [[nodiscard]] StoreRequests& requests() { return *platform_->ports().storeRequests; }
+    [[nodiscard]] std::shared_ptr<DispatchQueue> mainQueue() { return platform_->ports().queues->main(); }
+    // Runs the main thread's work; false when `done` is still false after some seconds.
+    [[nodiscard]] bool runUntil(const std::function<bool()>& done) { return platform_->runUntil(done); }
+    void settle() { platform_->runUntilIdle(); }
+    void relaunch() { platform_ = TestPlatform::relaunch(std::move(platform_)); }
+
+    // Purchases of these products appear, one after the other.
+    void purchase(const std::vector<std::string>& products) {
+        SKPaymentQueue::Transactions batch;
+        batch.reserve(products.size());
+        for (const auto& product : products) batch.push_back(platform_->store().makeTransaction(product));
+        platform_->store().deliver(batch);
+    }
+    // The next payment fails, or stays open.
+    void failNextPayment() { platform_->store().answerNextPayment(SKPaymentTransactionState::failed); }
+    void holdNextPayment() { platform_->store().answerNextPayment(SKPaymentTransactionState::purchasing); }
+    // A restore gives back "silver"; the next one fails.
+    void failNextRestore() { platform_->store().failNextRestore(SKErrorCode::paymentCancelled); }
+    void failNextProducts() { platform_->store().failNextProducts(); }
+    void promote(const std::string& identifier) { platform_->store().promote(product(identifier)); }
+
+private:
+    static std::shared_ptr<SKProduct> product(const std::string& identifier) {
+        return std::make_shared<SKProduct>(identifier, NSDecimalNumber(), PriceLocale{"USD", "US"});
+    }
+
+    TestDevice device_;
+    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
+};
+
+#ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
+using StoreHarnesses = testing::Types<ScriptedStoreHarness, LocalStoreHarness<TestStoreProcess>,
+                                      LocalStoreHarness<DesktopStoreProcess>>;
+#else
+using StoreHarnesses = testing::Types<ScriptedStoreHarness, LocalStoreHarness<TestStoreProcess>>;
+#endif
+
+} // namespace corvantile

@@ -1,0 +1,163 @@
+#include "Corvantile/Plugin/AdNetwork/AdNetworkPlugin.hpp"
+
+#include "HostCore/URLText.hpp"
+#include "Platform/Application/UIApplication.hpp"
+#include "TestPlatform/RecordingConsole.hpp"
+#include "TestPlatform/ScriptedAds.hpp"
+#include "TestPlatform/ScriptedHTTP.hpp"
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace corvantile {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr const char* endpoint = "https://api-adservices.apple.com/api/v1/";
+
+AdNetworkInfo campaign(const char* campaign, const char* keyword, const char* creative, const char* adGroup) {
+    return {{"SA_Campaign_ID", campaign},
+            {"SA_Keyword_ID", keyword},
+            {"SA_Creative_ID", creative},
+            {"SA_Adgroup_ID", adGroup}};
+}
+
+class Attribution : public testing::Test {
+protected:
+    // A new launch, and what `info` publishes in it.
+    void launch() {
+        plugin_ = std::make_shared<AdNetworkPlugin>();
+        published_.clear();
+        plugin_->info().subscribe([this](const AdNetworkInfo& info) { published_.push_back(info); });
+        EXPECT_TRUE(plugin_->didFinishLaunchingWithOptions(*UIApplication::shared(), {}));
+    }
+
+    TestDevice device_;
+    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
+    ScriptedHTTP& http_ = platform_->http();
+    ScriptedAds& ads_ = platform_->ads();
+    std::shared_ptr<AdNetworkPlugin> plugin_;
+    std::vector<AdNetworkInfo> published_;
+};
+
+TEST_F(Attribution, PostsTheBareToken) {
+    ads_.setToken("dG9rZW4=");
+    launch();
+    const auto sent = http_.sent();
+    ASSERT_EQ(sent.size(), 1u);
+    const auto& request = sent[0].request;
+    EXPECT_EQ(request.method + " " + request.url, std::string("POST ") + endpoint);
+    EXPECT_THAT(request.headers, ElementsAre(Pair("Content-Type", "text/plain")));
+    EXPECT_EQ(request.body, "dG9rZW4=");
+    EXPECT_EQ(request.timeout, 7s);
+}
+
+TEST_F(Attribution, PublishesWhatTheServerAnswersOnce) {
+    const auto zeros = campaign("0", "0", "0", "0");
+    const struct {
+        int status;
+        const char* body;
+        AdNetworkInfo info;
+    } cases[] = {
+        {200, R"({"x": "y", "campaignId": 1, "keywordId": 2, "creativeSetId": 3, "adGroupId": 4})",
+         campaign("1", "2", "3", "4")},
+        {200, R"({"campaignId": 9223372036854775807, "keywordId": -9223372036854775808, "adGroupId": 3.0})",
+         campaign("9223372036854775807", "-9223372036854775808", "0", "3")},
+        {200, R"({"attribution": false})", zeros},
+        {200, R"({"campaignId": null, "campaignid": 5, "AdGroupId": 6})", zeros},
+        {404, R"({"error": "not yet"})", zeros},
+        {500, R"({"keywordId": 7})", campaign("0", "7", "0", "0")},
+        {200, R"({"campaignId": 1, "keywordId": "2"})", {}},
+        {200, R"({"campaignId": 1, "adGroupId": true})", {}},
+        {200, R"({"campaignId": 1.5})", {}},
+        {200, R"({"campaignId": 9223372036854775808})", {}},
+        {200, R"({"campaignId": -9223372036854775809})", {}},
+        {200, R"([{"campaignId": 1}])", {}},
+        {200, "null", {}},
+        {200, "", {}},
+        {400, "bad token", {}},
+    };
+    for (const auto& [status, body, info] : cases) {
+        SCOPED_TRACE(body);
+        http_.answer(endpoint, {.status = status, .body = body}, 1s);
+        launch();
+        platform_->advance(1s - 1ns);
+        EXPECT_THAT(published_, IsEmpty());
+        platform_->advance(10s);
+        EXPECT_THAT(published_, ElementsAre(info));
+        EXPECT_THAT(platform_->console().lines(), IsEmpty());
+    }
+}
+
+TEST_F(Attribution, IsEmptyWhenTheServerCannotBeReachedOrTakesTooLong) {
+    launch();
+    platform_->runUntilIdle();
+    EXPECT_THAT(published_, ElementsAre(AdNetworkInfo{}));
+
+    http_.hang(endpoint);
+    launch();
+    platform_->advance(7s - 1ns);
+    EXPECT_THAT(published_, IsEmpty());
+    platform_->advance(1ns);
+    EXPECT_THAT(published_, ElementsAre(AdNetworkInfo{}));
+}
+
+TEST_F(Attribution, IsEmptyAtOnceWhereThereAreNoTokens) {
+    for (const char* version : {"14.2.1", "14", "9.3.5"}) {
+        device_.setSystemVersion(version);
+        launch();
+        EXPECT_THAT(published_, ElementsAre(AdNetworkInfo{})) << version;
+    }
+    EXPECT_EQ(ads_.tokenCalls(), 0);
+    for (const char* version : {"14.3", "14.10", "15.0", "100"}) {
+        device_.setSystemVersion(version);
+        launch();
+        EXPECT_THAT(published_, IsEmpty()) << version;
+    }
+    ads_.setFailure(AAAttributionFailure::platformNotSupported);
+    launch();
+    EXPECT_THAT(published_, ElementsAre(AdNetworkInfo{}));
+    EXPECT_EQ(http_.sent().size(), 4u);
+}
+
+TEST_F(Attribution, IsForgottenWithThePlugin) {
+    http_.answer(endpoint, {.status = 200, .body = "{}"}, 1s);
+    launch();
+    plugin_.reset();
+    platform_->advance(10s);
+    EXPECT_TRUE(published_.empty() && http_.sent()[0].isCancelled);
+}
+
+TEST_F(Attribution, ReadsTheAdvertisingIdentifierOnceAProcess) {
+    launch();
+    ads_.setAdvertisingIdentifier("C0FFEE00-0000-4000-8000-000000000001");
+    EXPECT_EQ(plugin_->idfa(), "C0FFEE00-0000-4000-8000-000000000001");
+    ads_.setAdvertisingIdentifier("C0FFEE00-0000-4000-8000-000000000002");
+    EXPECT_EQ(AdNetworkPlugin().idfa(), "C0FFEE00-0000-4000-8000-000000000001");
+
+    plugin_.reset();
+    platform_ = TestPlatform::relaunch(std::move(platform_));
+    EXPECT_EQ(AdNetworkPlugin().idfa(), ASIdentifierManager::withheldIdentifier);
+}
+
+TEST(URLTextDeathTest, TakesOnlyWhatCanBeAURL) {
+    for (const char* text : {"", "https://exa mple.com", "a%2", "a%zz", "<a>", "caf\u00e9"})
+        EXPECT_DEATH(static_cast<void>(urlText(text)),
+                     "^Corvantile/AdNetworkPluginTest:[0-9]+: Fatal error: Invalid URL\\.\n$")
+            << text;
+}
+
+} // namespace
+} // namespace corvantile

@@ -1,0 +1,291 @@
+#include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
+
+#include "Corvantile/Corvantile.hpp"
+#include "HostCore/HostCore.hpp"
+#include "Platform/Application/UIApplication.hpp"
+#include "Platform/Foundation/NSUserDefaults.hpp"
+#include "TestPlatform/ForEachSeed.hpp"
+#include "TestPlatform/RecordingConsole.hpp"
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+#include "Tests/Corvantile/PurchaseFakes.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace corvantile {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Lines = std::vector<std::string>;
+
+constexpr const char* service = "com.example.app";
+
+// A process with the plug-in and what it needs, on day 9.
+struct Host {
+    explicit Host(TestDevice& device, std::uint64_t seed = 0, std::optional<Date> first = Date{0})
+        : platform(TestPlatform::launch(device, {.seed = seed})) {
+        UIApplication::shared()->setDelegate(std::make_shared<PluggableApplicationDelegate>(
+            PluggableApplicationDelegate::Plugins{router, firstDate, purchases, plugin}));
+        device.setNow(Date{9 * day});
+        if (first) firstDate->dates.onNext(*first);
+    }
+    void activate() { plugin->didBecomeActive(*UIApplication::shared()); }
+    void resign() { plugin->willResignActive(*UIApplication::shared()); }
+    // What a pass over the records sends.
+    Lines send(std::vector<ReceiptInfo> records, std::string category = "",
+               std::shared_ptr<SKProduct> product = pro()) {
+        purchases->categories.onNext({{std::move(category), std::move(product), std::move(records)}});
+        return idle();
+    }
+    Lines idle() {
+        platform->runUntilIdle();
+        return router->take();
+    }
+
+    std::unique_ptr<TestPlatform> platform;
+    std::shared_ptr<RecordingRouter> router = std::make_shared<RecordingRouter>();
+    std::shared_ptr<FakeFirstDate> firstDate = std::make_shared<FakeFirstDate>();
+    std::shared_ptr<FakePurchases> purchases = std::make_shared<FakePurchases>();
+    std::shared_ptr<IAPReceiptTrackingPlugin> plugin = std::make_shared<IAPReceiptTrackingPlugin>();
+};
+
+class IAPReceiptTracking : public testing::Test {
+protected:
+    [[nodiscard]] Lines markers() {
+        Lines accounts;
+        for (const auto& entry : device_.keychain().entries()) {
+            EXPECT_EQ(entry.service, service);
+            EXPECT_EQ(entry.dictionary, (KeychainDictionary{{entry.account, true}}));
+            accounts.push_back(entry.account);
+        }
+        return accounts;
+    }
+    void mark(const std::string& account, const KeychainDictionary& marker) {
+        device_.keychain().save(marker, account, service);
+    }
+
+    TestDevice device_;
+    Host host_{device_};
+};
+
+const auto trial = asTrial(bought(1, 1, 1));
+
+TEST_F(IAPReceiptTracking, SendsForEachKindOfRecordItsEventsInOrder) {
+    host_.activate();
+    const struct {
+        std::vector<ReceiptInfo> records; // of transactions that no other case has
+        Lines lines;
+        std::string category = "";
+        std::shared_ptr<SKProduct> product = pro();
+    } cases[] = {
+        {{bought(13, 11, 8), asTrial(bought(11, 11, 1)), bought(12, 11, 4)},
+         {"trial_subscribe_pro EUR 0", "subscription 11: 0 EUR DE on day 1", "total_subscription EUR 0",
+          "trial_conversion_pro EUR 4.99", "subscription 12: 4.99 EUR DE on day 4", "renew_pro EUR 4.99"}},
+        {{bought(21, 21, 1)},
+         {"subscribe_pro EUR 4.99", "subscription 21: 4.99 EUR DE on day 1", "total_subscription EUR 4.99"}},
+        {{bought(31, 31, 1, 0)}, {"subscribe_pro EUR 4.99 + 4.99 EUR", "total_subscription EUR 4.99"}},
+        {{bought(41, 41, 1), bought(42, 41, 2)},
+         {"subscribe_gold  4.99", "subscription 41: 4.99  - on day 1", "total_subscription  4.99",
+          "renew_gold  4.99"},
+         "gold",
+         pro({})},
+        {{bought(52, 51, 1, 2)}, {}},
+    };
+    for (const auto& [records, lines, category, product] : cases)
+        EXPECT_EQ(host_.send(records, category, product), lines);
+    EXPECT_THAT(markers(), ElementsAre("11", "12", "13", "21", "31", "41", "42", "52"));
+}
+
+TEST_F(IAPReceiptTracking, SkipsEmptyListsAtFirstAndWaitsForTheFirstDate) {
+    Host host(device_, 0, std::nullopt);
+    host.activate();
+    host.purchases->categories.onNext({});
+    EXPECT_THAT(host.send({trial, bought(2, 1, 4), bought(3, 1, 4)}), IsEmpty());
+
+    host.firstDate->dates.onNext(Date{4 * day});
+    EXPECT_THAT(host.idle(), ElementsAre("renew_pro EUR 4.99", "renew_pro EUR 4.99"));
+    host.purchases->categories.onNext({});
+    EXPECT_THAT(host.idle(), IsEmpty());
+    host.firstDate->dates.onNext(Date{0});
+    EXPECT_THAT(host.send({trial}), Contains("trial_subscribe_pro EUR 0"));
+}
+
+TEST_F(IAPReceiptTracking, IsSilentAboutARecordWithAMarkerOrWhoseMarkerIsRefused) {
+    mark("4", {{"whatever", false}});
+    mark("5", {{"5", true}, {"more", "text"}}); // counts as absent, yet cannot be added
+    Lines omitted;
+    HostCore::setOmitBlock([&](const auto& error) { omitted.push_back(localizedDescription(error)); });
+    device_.keychain().denyNextSave(KeychainStatus::duplicateItem); // another pass was quicker
+    device_.keychain().denyNextSave(KeychainStatus::diskFull);
+    bool wasMarked = false;
+    host_.router->onLine = [&](const std::string&) {
+        wasMarked = device_.keychain().load("3", service).has_value();
+    };
+    host_.activate();
+    EXPECT_THAT(host_.send({trial, bought(2, 1, 2), bought(3, 1, 3), bought(4, 1, 4), bought(5, 1, 5)}),
+                ElementsAre("renew_pro EUR 4.99"));
+    EXPECT_TRUE(wasMarked);
+    EXPECT_THAT(omitted,
+                ElementsAre(HasSubstr("already exists"), "The disk is full.", HasSubstr("already exists")));
+    EXPECT_EQ(host_.send({trial}).size(), 3u); // the next pass tries again
+}
+
+TEST_F(IAPReceiptTracking, MarksNothingInADryRunAndReportsAgain) {
+    Corvantile::setDryRun(true);
+    mark("2", {{"2", true}});
+    host_.activate();
+    EXPECT_EQ(host_.send({trial, bought(2, 1, 2)}).size(), 3u);
+    host_.activate();
+    EXPECT_EQ(host_.idle().size(), 3u);
+    EXPECT_THAT(markers(), ElementsAre("2"));
+}
+
+TEST_F(IAPReceiptTracking, ReadsTheSwitchesAnewForEachRecord) {
+    host_.router->onLine = [](const std::string& line) { Corvantile::setDryRun(line.starts_with("total_")); };
+    host_.activate();
+    host_.send({trial, bought(2, 1, 2), bought(3, 1, 3)});
+    EXPECT_THAT(markers(), ElementsAre("1", "3")); // 2 came in the dry run that 1 began and 2 ended
+}
+
+TEST_F(IAPReceiptTracking, BeginsAtAnActivationUnlessInDebugModeWithoutADryRun) {
+    for (const bool debug : {false, true})
+        for (const bool dryRun : {false, true}) {
+            SCOPED_TRACE(testing::Message() << debug << dryRun);
+            TestDevice device;
+            Host host(device);
+            Corvantile::setDebug(debug);
+            Corvantile::setDryRun(dryRun);
+            host.activate();
+            EXPECT_EQ(host.send({trial}).empty(), debug && !dryRun);
+            host.plugin->trackValidatedPurchase("pro", std::nullopt);
+            EXPECT_THAT(host.idle(), ElementsAre("ostrel_in_app_purchase"));
+        }
+}
+
+TEST_F(IAPReceiptTracking, SendsAValidatedPurchaseOnceForTheFirstPurchaseOfTheProduct) {
+    const auto other = std::make_shared<SKProduct>("pro.2", NSDecimalNumber(1), PriceLocale{});
+    host_.purchases->categories.onNext({{"pro", other, {bought(8, 8, 2)}},
+                                        {"x", pro(), {bought(7, 1, 3)}},
+                                        {"y", pro(), {bought(9, 9, 6), bought(5, 5, 4), bought(4, 3, 2)}}});
+    host_.plugin->trackValidatedPurchase("pro", EventParameters{{"a", "b"}});
+    EXPECT_THAT(host_.idle(), ElementsAre("ostrel_in_app_purchase b"));
+    EXPECT_THAT(markers(), ElementsAre("validated_5"));
+
+    host_.plugin->trackValidatedPurchase("pro", std::nullopt);
+    EXPECT_THAT(host_.idle(), IsEmpty());
+}
+
+TEST_F(IAPReceiptTracking, ReportsAGracePeriodOncePerProductAndMarksItAfterwards) {
+    const auto renewal = [](std::string product, std::optional<double> untilDay) {
+        RenewalInfo made;
+        made.productID = std::move(product);
+        if (untilDay) made.gracePeriodExpiresDate = Date{*untilDay * day};
+        return made;
+    };
+    const auto defaults = NSUserDefaults::standardUserDefaults();
+    defaults->setBool(true, "enter_grace_period_known");
+    host_.router->onLine = [&](const std::string& line) {
+        EXPECT_EQ(defaults->boolForKey("enter_grace_period_pro"), line.ends_with("later"));
+    };
+    Corvantile::setDryRun(true); // marks all the same
+    host_.activate();
+    host_.purchases->renewalInfos.onNext({renewal("none", std::nullopt), renewal("now", 9),
+                                          renewal("known", 12), renewal("pro", 12), renewal("pro", 13)});
+    EXPECT_THAT(host_.router->take(),
+                ElementsAre("enter_grace_period pro")); // at once, on this thread
+    EXPECT_TRUE(defaults->boolForKey("enter_grace_period_pro"));
+    EXPECT_FALSE(defaults->boolForKey("enter_grace_period_now"));
+
+    host_.resign(); // the renewals are listened to all the same
+    host_.purchases->renewalInfos.onNext({renewal("later", 12)});
+    EXPECT_THAT(host_.router->take(), ElementsAre("enter_grace_period later"));
+}
+
+TEST_F(IAPReceiptTracking, ReplacesPassesWithoutEndingThemAndEndsTheLastOnResigning) {
+    Corvantile::setDryRun(true);
+    host_.activate();
+    host_.activate();
+    EXPECT_EQ(host_.send({trial}).size(), 6u);
+    host_.resign();
+    EXPECT_EQ(host_.send({trial}).size(), 3u);
+    host_.plugin->trackValidatedPurchase("pro", std::nullopt);
+    host_.resign();
+    EXPECT_THAT(host_.idle(), Contains("ostrel_in_app_purchase"));
+    host_.purchases->categories.onError(std::make_exception_ptr(NSError("test", 1)));
+    EXPECT_THAT(host_.idle(), IsEmpty());
+    EXPECT_THAT(host_.platform->console().lines(), IsEmpty()); // nor is the failure told
+}
+
+TEST_F(IAPReceiptTracking, LabelsItsPipelinesAndGivesEachQueuesOfItsOwn) {
+    Corvantile::setDebug(true);
+    Corvantile::setDryRun(true);
+    host_.activate();
+    host_.plugin->trackValidatedPurchase("pro", std::nullopt);
+    host_.purchases->renewalInfos.onNext({});
+    host_.idle();
+    const auto lines = host_.platform->console().lines();
+    for (const auto* const label :
+         {"IAPReceiptTrackingPlugin:122 (trackReceipts())", "IAPReceiptTrackingPlugin:164 (trackReceipts())",
+          "IAPReceiptTrackingPlugin:59 (trackValidatedPurchase(productID:_:))"})
+        EXPECT_THAT(lines, Contains(HasSubstr(std::string(": ") + label + " -> subscribed")));
+    EXPECT_EQ(host_.platform->queues().size(), 4u); // two for each pass over records
+}
+
+TEST(IAPReceiptTrackingPasses, SendEachTransactionOnceInWhateverOrderTheirQueuesRun) {
+    forEachSeed(
+        200,
+        [](std::uint64_t seed) {
+            TestDevice device;
+            Host host(device, seed + 1);
+            Host second(device, seed + 1); // another process on the same device
+            for (auto* const each : {&host, &second}) {
+                each->platform->makeCurrent();
+                each->activate();
+                each->purchases->categories.onNext({{"", pro(), {bought(2, 1, 4), trial}}});
+                each->activate();
+                each->purchases->categories.onNext({{"", pro(), {bought(3, 1, 5), bought(2, 1, 4), trial}}});
+            }
+            auto lines = host.idle();
+            second.platform->makeCurrent();
+            const auto others = second.idle();
+            lines.insert(lines.end(), others.begin(), others.end());
+            EXPECT_THAT(lines, testing::UnorderedElementsAre(
+                                   "trial_subscribe_pro EUR 0", "subscription 1: 0 EUR DE on day 1",
+                                   "total_subscription EUR 0", "trial_conversion_pro EUR 4.99",
+                                   "subscription 2: 4.99 EUR DE on day 4", "renew_pro EUR 4.99"));
+        },
+        testing::Test::HasFailure);
+}
+
+TEST(IAPReceiptTrackingDeathTest, NeedsItsServicesInOrder) {
+    TestDevice device;
+    const auto platform = TestPlatform::launch(device);
+    PluggableApplicationDelegate::Plugins services = {std::make_shared<IAPReceiptTrackingPlugin>()};
+    const std::shared_ptr<PluggableApplicationDelegateService> found[] = {
+        std::make_shared<RecordingRouter>(), std::make_shared<FakeFirstDate>(), nullptr};
+    const char* const missing[] = {"AnalyticPluggable", "FirstDatePluggable", "IAPReceiptPluggable"};
+    for (std::size_t i = 0; i < 3; ++i) {
+        Corvantile::setAppDelegate(std::make_shared<PluggableApplicationDelegate>(services));
+        EXPECT_DEATH(
+            services[0]->didBecomeActive(*UIApplication::shared()),
+            std::string("Corvantile/IAPReceiptTrackingPlugin:[0-9]+: Fatal error: This service require ") +
+                missing[i] + "\\.");
+        if (found[i]) services.push_back(found[i]);
+    }
+}
+
+} // namespace
+} // namespace corvantile

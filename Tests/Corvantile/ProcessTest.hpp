@@ -1,0 +1,25 @@
+#pragma once
+
+#include "TestPlatform/RecordingConsole.hpp"
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace corvantile {
+
+// A fresh process on a device of its own for each test.
+class ProcessTest : public testing::Test {
+protected:
+    TestDevice device_;
+    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
+};
+
+} // namespace corvantile

@@ -1,0 +1,113 @@
+#include "Corvantile/Plugin/Products/SKProductPromoPlugin.hpp"
+
+#include "Platform/Application/UIApplication.hpp"
+#include "Platform/Foundation/NSError.hpp"
+#include "Platform/Store/SKProduct.hpp"
+#include "TestPlatform/RecordingConsole.hpp"
+#include "TestPlatform/ScriptedStore.hpp"
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace corvantile {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using State = SKPaymentTransactionState;
+
+class Promotion : public testing::Test {
+protected:
+    Promotion() {
+        plugin_->isProductReady().subscribe([this](bool) { trace_.push_back("ready " + held()); });
+        plugin_->isFinished().subscribe([this](bool) { trace_.push_back("finished " + held()); });
+        EXPECT_TRUE(plugin_->didFinishLaunchingWithOptions(*UIApplication::shared(), {}));
+        platform_->runUntilIdle();
+    }
+
+    ScriptedStore& store() { return platform_->store(); }
+    std::string held() const {
+        return plugin_->product() && plugin_->payment() ? plugin_->payment()->productIdentifier() : "nothing";
+    }
+    // The payment stays open: batches are the test's.
+    void promote(const std::string& product) {
+        store().answerNextPayment(State::purchasing);
+        store().promote(std::make_shared<SKProduct>(product, NSDecimalNumber(), PriceLocale{}));
+        platform_->runUntilIdle();
+    }
+    void deliver(SKPaymentQueue::Transactions batch) {
+        store().deliver(std::move(batch));
+        platform_->runUntilIdle();
+    }
+    auto make(const std::string& product, State state = State::purchased) {
+        return store().makeTransaction(product, state);
+    }
+    auto bare(State state, std::optional<std::string> identifier = {}, std::exception_ptr error = {}) {
+        return std::make_shared<SKPaymentTransaction>(SKPaymentTransaction::Facts{
+            std::make_shared<SKPayment>("gold"), state, std::move(identifier), {}, std::move(error)});
+    }
+    std::vector<std::string> news() { return std::exchange(trace_, {}); }
+
+    TestDevice device_;
+    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
+    std::shared_ptr<SKProductPromoPlugin> plugin_ = std::make_shared<SKProductPromoPlugin>();
+    std::vector<std::string> trace_;
+};
+
+TEST_F(Promotion, HoldsTheLatestProductAndLetsTheStoreGoOn) {
+    deliver({make("gold")});
+    EXPECT_THAT(store().finishes(), IsEmpty());
+
+    promote("silver");
+    promote("gold");
+
+    EXPECT_THAT(news(), ElementsAre("ready silver", "ready gold"));
+    EXPECT_EQ(store().transactions().size(), 3u); // the two payments were added
+}
+
+TEST_F(Promotion, ForgetsWhatWasPurchasedBeforeItSignalsAndKeepsWhatFailed) {
+    promote("gold");
+    deliver({make("gold", State::failed), make("gold")});
+    EXPECT_THAT(news(), ElementsAre("ready gold", "finished gold"));
+
+    deliver({make("gold"), make("gold", State::failed)});
+    EXPECT_THAT(news(), ElementsAre("finished nothing"));
+    EXPECT_EQ(store().finishes().size(), 4u);
+}
+
+TEST_F(Promotion, LeavesABatchThatHoldsAnythingElseToOthers) {
+    promote("gold");
+    news();
+    for (const auto& other : {make("silver"), make("gold", State::purchasing), make("gold", State::restored),
+                              make("gold", State::deferred), make("Gold"), make("silver", State::failed),
+                              make("gold", static_cast<State>(99))}) {
+        deliver({make("gold"), other});
+        deliver({other});
+    }
+    EXPECT_THAT(news(), IsEmpty());
+    EXPECT_THAT(store().finishes(), IsEmpty());
+    EXPECT_EQ(held(), "gold");
+}
+
+TEST_F(Promotion, LogsEachTransactionOnceAllAreFinished) {
+    promote("gold");
+    const auto error = std::make_exception_ptr(NSError("D", 7));
+    const auto shown = describe(error);
+    deliver({bare(State::failed, {}, error), // an error shows even without an identifier
+             bare(State::failed, "1", error), bare(State::purchased, "\"2\""), bare(State::purchased)});
+
+    EXPECT_THAT(platform_->console().lines(), ElementsAre(shown, shown, "\"Transaction (1) is failed.\"",
+                                                          "\"Transaction (\\\"2\\\") is purchased.\""));
+}
+
+} // namespace
+} // namespace corvantile

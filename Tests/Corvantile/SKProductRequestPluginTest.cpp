@@ -1,0 +1,192 @@
+#include "Corvantile/Plugin/Products/SKProductRequestPlugin.hpp"
+
+#include "Corvantile/Corvantile.hpp"
+#include "Platform/Application/UIApplication.hpp"
+#include "Platform/Foundation/DispatchQueue.hpp"
+#include "TestPlatform/ForEachSeed.hpp"
+#include "TestPlatform/RecordingConsole.hpp"
+#include "TestPlatform/ScriptedStore.hpp"
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace corvantile {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+
+using Trace = std::vector<std::string>;
+
+std::string listText(const StoreRequests::Products& products) {
+    std::string text = "products";
+    for (const auto& product : products) text.append(" ").append(product->productIdentifier());
+    return text;
+}
+
+// A store and the plug-in that asks it.
+struct Catalogue {
+    explicit Catalogue(std::uint64_t seed = 0) : platform(TestPlatform::launch(device, {.seed = seed})) {
+        plugin->products().subscribe([this](const auto& products) { trace.push_back(listText(products)); });
+        plugin->error().subscribe(
+            [this](const std::exception_ptr& error) { trace.push_back(error ? "error" : "no error"); });
+        plugin->isLoading().subscribe([this](bool isLoading) { loading.push_back(isLoading); });
+    }
+
+    ScriptedStore& store() { return platform->store(); }
+    void sell() {
+        device.store().setProducts({std::make_shared<SKProduct>("gold", NSDecimalNumber(), PriceLocale{}),
+                                    std::make_shared<SKProduct>("coal", NSDecimalNumber(), PriceLocale{})});
+    }
+    void failNext(int count) {
+        for (int i = 0; i < count; ++i) store().failNextProducts();
+    }
+    void activate() { plugin->didBecomeActive(*UIApplication::shared()); }
+    void resign() { plugin->willResignActive(*UIApplication::shared()); }
+    // How often the store is asked until nothing is left to run.
+    std::size_t requests() {
+        platform->runUntilIdle();
+        const auto count = store().productRequests().size();
+        return count - std::exchange(seenRequests, count);
+    }
+    Trace news() { return std::exchange(trace, {}); }
+    void afterTurns(int turns, std::function<void()> act) {
+        DispatchQueue::main()->async([this, turns, next = std::move(act)] {
+            if (turns == 0) return next();
+            afterTurns(turns - 1, next);
+        });
+    }
+
+    TestDevice device;
+    std::unique_ptr<TestPlatform> platform;
+    std::shared_ptr<SKProductRequestPlugin> plugin =
+        std::make_shared<SKProductRequestPlugin>(std::vector<std::string>{"gold", "gold", "silver"});
+    Trace trace;
+    std::vector<bool> loading;
+    std::size_t seenRequests = 0;
+};
+
+TEST(ProductCatalogue, IsLoadedAtActivationAndReplaysOnlyTheLatestList) {
+    Catalogue catalogue;
+    catalogue.sell();
+    EXPECT_EQ(catalogue.requests(), 0u);
+    catalogue.failNext(1);
+    catalogue.activate();
+
+    EXPECT_EQ(catalogue.requests(), 2u);
+    EXPECT_EQ(catalogue.store().productRequests().front(), (ProductIdentifiers{"gold", "silver"}));
+    EXPECT_THAT(catalogue.news(), ElementsAre("error", "products", "products gold", "no error"));
+    EXPECT_THAT(catalogue.loading, ElementsAre(false, true, false));
+    Trace late;
+    catalogue.plugin->products().subscribe([&](const auto& list) { late.push_back(listText(list)); });
+    EXPECT_THAT(late, ElementsAre("products gold"));
+
+    // Both lists counted: the watch looks at one more.
+    catalogue.failNext(10);
+    catalogue.plugin->reload();
+    EXPECT_EQ(catalogue.requests(), 2u);
+    catalogue.plugin->reload();
+    EXPECT_EQ(catalogue.requests(), 1u);
+}
+
+TEST(ProductCatalogue, IsAskedForFourTimesFromAColdStartWithoutProductsAndThreeTimesAfterThat) {
+    for (const int failures : {0, 10}) {
+        Catalogue catalogue; // that sells nothing
+        catalogue.failNext(failures);
+        catalogue.activate();
+        EXPECT_EQ(catalogue.requests(), 4u);
+        const auto trace = catalogue.news();
+        EXPECT_EQ(trace.size(), 8u);
+        EXPECT_THAT(Trace(trace.end() - 2, trace.end()),
+                    failures > 0 ? ElementsAre("error", "products") : ElementsAre("products", "no error"));
+        catalogue.resign();
+        catalogue.activate(); // the list of before is replayed to the watch
+        EXPECT_EQ(catalogue.requests(), 3u);
+    }
+}
+
+TEST(ProductCatalogue, KeepsLoadingWhenActivatedAgainAndStopsWhenResigned) {
+    Catalogue catalogue;
+    catalogue.store().setRequestsHanging(true);
+    for (int i = 0; i < 2; ++i) {
+        catalogue.activate();
+        EXPECT_EQ(catalogue.requests(), 1u);
+    }
+    EXPECT_EQ(catalogue.store().requestsUnderWay(), 1);
+    EXPECT_THAT(catalogue.loading, ElementsAre(false, true));
+
+    catalogue.resign();
+    EXPECT_EQ(catalogue.requests(), 0u);
+    EXPECT_EQ(catalogue.store().requestsUnderWay(), 0);
+    EXPECT_THAT(catalogue.loading, ElementsAre(false, true, false));
+    EXPECT_THAT(catalogue.news(), IsEmpty());
+
+    // Of the two watches, the replaced one lives on; it asks for nothing.
+    catalogue.store().setRequestsHanging(false);
+    catalogue.plugin->reload();
+    EXPECT_EQ(catalogue.requests(), 1u);
+}
+
+TEST(ProductCatalogue, PublishesNothingWhileResignedAndLoadsAtTheNextActivation) {
+    const auto play = [](std::uint64_t seed) {
+        Catalogue catalogue(seed);
+        catalogue.failNext(3);
+        catalogue.sell();
+        catalogue.activate();
+        catalogue.afterTurns(static_cast<int>(seed % 9), [&] {
+            catalogue.resign();
+            catalogue.afterTurns(2, [&, published = catalogue.trace.size()] {
+                EXPECT_EQ(catalogue.trace.size(), published);
+                catalogue.activate();
+            });
+        });
+        catalogue.platform->runUntilIdle();
+        ASSERT_FALSE(catalogue.trace.empty());
+        EXPECT_EQ(catalogue.trace.back(), "no error");
+        EXPECT_FALSE(catalogue.loading.back());
+        EXPECT_EQ(catalogue.store().requestsUnderWay(), 0);
+    };
+    forEachSeed(400, play, &testing::Test::HasFailure);
+}
+
+TEST(ProductCatalogue, LabelsWhatItPrintsInDebug) {
+    Catalogue catalogue;
+    Corvantile::setDebug(true);
+    catalogue.activate();
+    EXPECT_THAT(catalogue.platform->console().lines(),
+                ElementsAre(EndsWith("SKProductRequestPlugin:41 (loadSKProducts()) -> subscribed"),
+                            EndsWith("SKProductRequestPlugin:76 (reload()) -> subscribed")));
+}
+
+TEST(RequestSlot, LetsAWatchThatIsOverNeitherCancelARequestNorLeaveOne) {
+    RequestSlot slot;
+    const auto handle = [] { return rx::Disposable::create([] {}); };
+    const auto over = slot.beginWatch();
+    const auto current = slot.beginWatch();
+    const auto kept = handle(), late = handle();
+    slot.keep(kept, current);
+
+    EXPECT_FALSE(slot.disposeAndClear(over));
+    slot.keep(late, over);
+    EXPECT_TRUE(late.isDisposed());
+    EXPECT_FALSE(kept.isDisposed());
+
+    slot.endWatch();
+    EXPECT_FALSE(slot.disposeAndClear(current));
+    EXPECT_TRUE(slot.disposeAndClear());
+    EXPECT_TRUE(kept.isDisposed());
+}
+
+} // namespace
+} // namespace corvantile
