@@ -45,7 +45,11 @@ IAPReceiptPlugin::IAPReceiptPlugin(std::vector<Product> products)
       problems_(rx::ReplaySubject<Problems>::create(1)),
       registration_(SKPaymentQueue::defaultQueue()->addTransactionObserver(*this)) {}
 
-IAPReceiptPlugin::~IAPReceiptPlugin() { productRequest_.disposeAndClear(); }
+// The queue first, on whose word something more would be asked.
+IAPReceiptPlugin::~IAPReceiptPlugin() {
+    registration_.reset();
+    productRequest_.disposeAndClear();
+}
 
 void IAPReceiptPlugin::didBecomeActive(UIApplication&) { refresh(); }
 

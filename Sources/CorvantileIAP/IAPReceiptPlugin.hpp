@@ -85,7 +85,7 @@ private:
     const rx::ReplaySubject<std::vector<ProductCategory>> categories_;
     const rx::ReplaySubject<std::vector<RenewalInfo>> renewals_;
     const rx::ReplaySubject<Problems> problems_;
-    const std::unique_ptr<PaymentObserverRegistration> registration_; // last: nothing comes after it
+    std::unique_ptr<PaymentObserverRegistration> registration_; // last: see there
 };
 
 } // namespace corvantile

@@ -2,10 +2,8 @@
 
 #include "CorvantileIAP/DecodingDefaults.hpp"
 #include "CorvantileIAP/StoreDate.hpp"
+#include "HostCore/JSONInteger.hpp"
 
-#include <charconv>
-#include <cmath>
-#include <system_error>
 #include <utility>
 
 namespace corvantile {
@@ -14,27 +12,8 @@ namespace {
 
 using Json = nlohmann::json;
 
-std::optional<std::int64_t> wholeNumber(std::string_view text) {
-    std::int64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return number;
-}
-
-// A fraction, or a number that doubles cannot tell from its neighbours, is no identifier.
-std::optional<std::int64_t> wholeNumber(double number) {
-    constexpr double exact = 9007199254740992.0;
-    if (!(std::abs(number) < exact) || std::floor(number) != number) return std::nullopt;
-    return static_cast<std::int64_t>(number);
-}
-
 std::optional<std::int64_t> readInteger(const Json& value) {
-    if (value.is_string()) return wholeNumber(value.get_ref<const std::string&>());
-    if (value.is_number_unsigned() && value.get<std::uint64_t>() > static_cast<std::uint64_t>(INT64_MAX))
-        return std::nullopt;
-    if (value.is_number_integer()) return value.get<std::int64_t>();
-    if (value.is_number_float()) return wholeNumber(value.get<double>());
-    return std::nullopt;
+    return value.is_string() ? textInteger(value.get_ref<const std::string&>()) : jsonInteger(value);
 }
 
 std::optional<bool> readBoolean(const Json& value) {

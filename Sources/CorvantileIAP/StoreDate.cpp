@@ -1,23 +1,15 @@
 #include "CorvantileIAP/StoreDate.hpp"
 
-#include <charconv>
+#include "HostCore/JSONInteger.hpp"
+
 #include <chrono>
 #include <cmath>
-#include <cstdint>
-#include <system_error>
 
 namespace corvantile {
 
 namespace {
 
 namespace ch = std::chrono;
-
-std::optional<std::int64_t> wholeNumber(std::string_view text) {
-    std::int64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return number;
-}
 
 // Takes what it reads off the front of the text.
 class Scanner {
@@ -116,7 +108,7 @@ std::optional<Date> readStoreMilliseconds(double milliseconds) {
 }
 
 std::optional<Date> readStoreDate(std::string_view text) {
-    if (const auto milliseconds = wholeNumber(text))
+    if (const auto milliseconds = textInteger(text))
         return readStoreMilliseconds(static_cast<double>(*milliseconds));
     return calendarDate(text);
 }

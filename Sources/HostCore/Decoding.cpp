@@ -1,11 +1,9 @@
 #include "HostCore/Decoding.hpp"
 
+#include "HostCore/JSONInteger.hpp"
 #include "Platform/Foundation/NSError.hpp"
 
 #include <nlohmann/json.hpp>
-
-#include <charconv>
-#include <cmath>
 
 namespace corvantile {
 
@@ -19,29 +17,6 @@ using JSON = nlohmann::json;
 
 [[noreturn]] void failAt(std::string_view key, const char* expected) {
     fail("The value of \"" + std::string(key) + "\" is not " + expected + ".");
-}
-
-// Beyond 2^53 a number that was written with a fraction or an exponent no longer tells which integer it was.
-std::optional<std::int64_t> exactInteger(double number) {
-    constexpr double greatest = 9007199254740992;
-    if (std::abs(number) > greatest || std::trunc(number) != number) return std::nullopt;
-    return static_cast<std::int64_t>(number);
-}
-
-std::optional<std::int64_t> integer(const JSON& value) {
-    if (value.is_number_float()) return exactInteger(value.get<double>());
-    if (!value.is_number_integer()) return std::nullopt;
-    if (value.is_number_unsigned() && value.get<std::uint64_t>() > static_cast<std::uint64_t>(INT64_MAX))
-        return std::nullopt;
-    return value.get<std::int64_t>();
-}
-
-std::optional<std::int64_t> integer(const std::string& text) {
-    std::int64_t value = 0;
-    const auto* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc() || stop != end) return std::nullopt;
-    return value;
 }
 
 JSON parse(std::string_view text) {
@@ -71,7 +46,7 @@ std::string KeyedDecodingContainer::decodeString(std::string_view key) const {
 std::optional<std::int64_t> KeyedDecodingContainer::decodeIntegerIfPresent(std::string_view key) const {
     const auto* const value = object_.value(key);
     if (value == nullptr) return std::nullopt;
-    const auto number = integer(*value);
+    const auto number = jsonInteger(*value);
     if (!number) failAt(key, "a 64-bit integer");
     return number;
 }
@@ -89,7 +64,8 @@ std::int64_t KeyedDecodingContainer::tolerantInteger(std::string_view key, std::
                                                      std::int64_t greatest) const {
     const auto* const value = object_.value(key);
     if (value == nullptr) return 0;
-    const auto number = value->is_string() ? integer(value->get_ref<const std::string&>()) : integer(*value);
+    const auto number =
+        value->is_string() ? textInteger(value->get_ref<const std::string&>()) : jsonInteger(*value);
     if (!number || *number < least || *number > greatest) failAt(key, "an integer that fits");
     return *number;
 }

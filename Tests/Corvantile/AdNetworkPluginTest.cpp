@@ -5,17 +5,11 @@
 #include "TestPlatform/RecordingConsole.hpp"
 #include "TestPlatform/ScriptedAds.hpp"
 #include "TestPlatform/ScriptedHTTP.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "Tests/Corvantile/ProcessTest.hpp"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <chrono>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace corvantile {
 namespace {
@@ -34,7 +28,7 @@ AdNetworkInfo campaign(const char* campaign, const char* keyword, const char* cr
             {"SA_Adgroup_ID", adGroup}};
 }
 
-class Attribution : public testing::Test {
+class Attribution : public ProcessTest {
 protected:
     // A new launch, and what `info` publishes in it.
     void launch() {
@@ -44,25 +38,11 @@ protected:
         EXPECT_TRUE(plugin_->didFinishLaunchingWithOptions(*UIApplication::shared(), {}));
     }
 
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     ScriptedHTTP& http_ = platform_->http();
     ScriptedAds& ads_ = platform_->ads();
     std::shared_ptr<AdNetworkPlugin> plugin_;
     std::vector<AdNetworkInfo> published_;
 };
-
-TEST_F(Attribution, PostsTheBareToken) {
-    ads_.setToken("dG9rZW4=");
-    launch();
-    const auto sent = http_.sent();
-    ASSERT_EQ(sent.size(), 1u);
-    const auto& request = sent[0].request;
-    EXPECT_EQ(request.method + " " + request.url, std::string("POST ") + endpoint);
-    EXPECT_THAT(request.headers, ElementsAre(Pair("Content-Type", "text/plain")));
-    EXPECT_EQ(request.body, "dG9rZW4=");
-    EXPECT_EQ(request.timeout, 7s);
-}
 
 TEST_F(Attribution, PublishesWhatTheServerAnswersOnce) {
     const auto zeros = campaign("0", "0", "0", "0");
@@ -83,9 +63,7 @@ TEST_F(Attribution, PublishesWhatTheServerAnswersOnce) {
         {200, R"({"campaignId": 1, "adGroupId": true})", {}},
         {200, R"({"campaignId": 1.5})", {}},
         {200, R"({"campaignId": 9223372036854775808})", {}},
-        {200, R"({"campaignId": -9223372036854775809})", {}},
         {200, R"([{"campaignId": 1}])", {}},
-        {200, "null", {}},
         {200, "", {}},
         {400, "bad token", {}},
     };
@@ -101,10 +79,15 @@ TEST_F(Attribution, PublishesWhatTheServerAnswersOnce) {
     }
 }
 
-TEST_F(Attribution, IsEmptyWhenTheServerCannotBeReachedOrTakesTooLong) {
-    launch();
+TEST_F(Attribution, PostsTheBareTokenAndGivesUpAfterSevenSeconds) {
+    ads_.setToken("dG9rZW4=");
+    launch(); // nobody there
     platform_->runUntilIdle();
     EXPECT_THAT(published_, ElementsAre(AdNetworkInfo{}));
+    const auto request = http_.sent().at(0).request;
+    EXPECT_EQ(request.method + " " + request.url, std::string("POST ") + endpoint);
+    EXPECT_THAT(request.headers, ElementsAre(Pair("Content-Type", "text/plain")));
+    EXPECT_EQ(request.body, "dG9rZW4=");
 
     http_.hang(endpoint);
     launch();

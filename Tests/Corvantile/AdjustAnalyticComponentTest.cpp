@@ -3,16 +3,11 @@
 #include "Corvantile/Plugin/Analytic/AdjustEvent.hpp"
 #include "TestPlatform/RecordingAdjust.hpp"
 #include "TestPlatform/RecordingConsole.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "Tests/Corvantile/ProcessTest.hpp"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
 #include <unordered_set>
-#include <vector>
 
 namespace corvantile {
 namespace {
@@ -25,19 +20,17 @@ using testing::UnorderedElementsAre;
 constexpr const char* fatal =
     "^Corvantile/AdjustAnalyticComponent:43: Fatal error: Fail to load event file\n$";
 
-void load(const std::string& file) {
+AdjustAnalyticComponent load(const std::string& file) {
     TestDevice device;
     const auto platform = TestPlatform::launch(device, {.resources = {{"events.json", file}}});
-    const AdjustAnalyticComponent component("events");
+    return AdjustAnalyticComponent("events", {"a", "b"});
 }
 
 TEST(EventTokenFile, IsReadInItsOrder) {
     const auto file =
         R"([{"token": "t1", "name": "store", "note": {"by": ["anyone"]}}, {"name": "", "token": ""},
         {"name": "caf\u00e9", "token": "t2", "token": "t3"}, {"token": "t4", "name": "store"}])";
-    TestDevice device;
-    const auto platform = TestPlatform::launch(device, {.resources = {{"events.json", file}}});
-    const AdjustAnalyticComponent component("events", {"a", "b"});
+    const auto component = load(file);
     EXPECT_THAT(component.events(),
                 UnorderedElementsAre(Pair("store", "t4"), Pair("", ""), Pair("caf\u00e9", "t3")));
     EXPECT_THAT(component.ignoredEventNames(), ElementsAre("a", "b"));
@@ -61,13 +54,11 @@ TEST(AdjustEvents, AreToldApartByNameAlone) {
     EXPECT_EQ(encodeJSON(AdjustEvent{"t", "n"}), R"({"token":"t","name":"n"})");
 }
 
-class SendingToAdjust : public testing::Test {
+class SendingToAdjust : public ProcessTest {
 protected:
     std::vector<std::string> lines() { return platform_->console().lines(); }
     static NSDecimalNumber decimal(const char* text) { return *NSDecimalNumber::fromText(text); }
 
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     RecordingAdjust& adjust_ = platform_->adjust();
     AdjustAnalyticComponent component_{{{"store", "T"}}, {"ignored"}};
 };

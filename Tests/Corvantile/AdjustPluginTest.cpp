@@ -3,16 +3,9 @@
 #include "Platform/Application/UIApplication.hpp"
 #include "TestPlatform/RecordingAdjust.hpp"
 #include "TestPlatform/RecordingConsole.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "Tests/Corvantile/ProcessTest.hpp"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace corvantile {
 namespace {
@@ -21,7 +14,7 @@ using testing::ElementsAre;
 
 class HostDelegate final : public AdjustDelegate {};
 
-class StartingAdjust : public testing::Test {
+class StartingAdjust : public ProcessTest {
 protected:
     // The configuration that the SDK was launched with.
     std::shared_ptr<ADJConfig> launch(const std::shared_ptr<AdjustPlugin>& plugin) {
@@ -31,8 +24,6 @@ protected:
     }
     std::vector<std::string> lines() { return platform_->console().lines(); }
 
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     RecordingAdjust& adjust_ = platform_->adjust();
     const AdjustAppSecret secret_{.id = 1, .info1 = 2, .info2 = 3, .info3 = 4, .info4 = 5};
 };
@@ -77,22 +68,17 @@ TEST_F(StartingAdjust, GivesTheCallbacksToAHostDelegateThatIsAliveAtLaunch) {
     EXPECT_EQ(launch(plugin)->delegate().lock(), plugin);
 }
 
-TEST_F(StartingAdjust, HandsThePushTokenOver) {
-    const std::vector<std::uint8_t> token{0, 255, 16};
-    AdjustPlugin("abcdefghijkl", true)
-        .didRegisterForRemoteNotificationsWithDeviceToken(*UIApplication::shared(), token);
-    EXPECT_EQ(adjust_.callsOf<RecordingAdjust::PushToken>().at(0).bytes, token);
-}
-
-TEST_F(StartingAdjust, SaysWhatTheSDKTells) {
+TEST_F(StartingAdjust, HandsThePushTokenOverAndSaysWhatTheSDKTells) {
     const auto plugin = std::make_shared<AdjustPlugin>("abcdefghijkl", true);
     launch(plugin);
     platform_->console().clear();
+    const std::vector<std::uint8_t> token{0, 255, 16};
+    plugin->didRegisterForRemoteNotificationsWithDeviceToken(*UIApplication::shared(), token);
+    EXPECT_EQ(adjust_.callsOf<RecordingAdjust::PushToken>().at(0).bytes, token);
     adjust_.callDelegate([](AdjustDelegate& to) {
         to.adjustAttributionChanged(
             ADJAttribution{.network = "n", .campaign = "c", .adgroup = "g", .adid = "a"});
         to.adjustAttributionChanged(ADJAttribution{.network = "n", .adid = "a"});
-        to.adjustAttributionChanged({});
         to.adjustEventTrackingFailed(ADJEventFailure{.eventToken = "t"});
         to.adjustEventTrackingSucceeded(ADJEventSuccess{.eventToken = "t"});
         to.adjustEventTrackingSucceeded({});
@@ -105,9 +91,8 @@ TEST_F(StartingAdjust, SaysWhatTheSDKTells) {
     platform_->runUntilIdle();
     EXPECT_THAT(lines(),
                 ElementsAre("n - c - g - a  attribution -- Adjust", "n -  -  - a  attribution -- Adjust",
-                            " -  -  -   attribution -- Adjust", "t  was failed to be sent by -- Adjust",
-                            "t was sent successfully -- Adjust", " was sent successfully -- Adjust",
-                            "m sessionFailureResponseData -- Adjust",
+                            "t  was failed to be sent by -- Adjust", "t was sent successfully -- Adjust",
+                            " was sent successfully -- Adjust", "m sessionFailureResponseData -- Adjust",
                             "m sessionSuccessResponseData -- Adjust", "-7 conversion value updated -- Adjust",
                             " conversion value updated -- Adjust"));
 }

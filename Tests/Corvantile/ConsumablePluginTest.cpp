@@ -1,21 +1,9 @@
 #include "Corvantile/Plugin/Products/ConsumablePlugin.hpp"
 
 #include "Corvantile/Plugin/Products/ConsumableItem.hpp"
-#include "Corvantile/Plugin/Products/SKProductPromoPlugin.hpp"
-#include "Platform/Application/UIApplication.hpp"
 #include "Platform/Store/SKPayment.hpp"
-#include "Platform/Store/SKProduct.hpp"
 #include "TestPlatform/ScriptedStore.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
+#include "Tests/Corvantile/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {
@@ -42,7 +30,7 @@ public:
     Identifiers finished;
 };
 
-class Consumables : public testing::Test {
+class Consumables : public ProcessTest {
 protected:
     void make(Identifiers consumables) {
         plugin_ = std::make_shared<ConsumablePlugin>(std::move(consumables));
@@ -50,8 +38,6 @@ protected:
     }
     ScriptedStore& store() { return platform_->store(); }
 
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     std::shared_ptr<ConsumablePlugin> plugin_;
     std::vector<Identifiers> told_;
 };
@@ -65,12 +51,10 @@ TEST_F(Consumables, ArePublishedForEveryBatchAndEveryPurchaseIsFinishedWhereItWa
         Identifiers published, finished;
     } cases[] = {
         {{purchased("gems"), purchased("year")}, {"gems"}, {"gems", "year"}},
-        {{purchased("gems"), purchased("coins"), purchased("gems")},
-         {"gems", "coins", "gems"},
-         {"gems", "coins", "gems"}},
-        {{purchased("Gems")}, {}, {"Gems"}},
+        {{purchased("coins"), purchased("gems"), purchased("coins"), purchased("Gems")},
+         {"coins", "gems", "coins"},
+         {"coins", "gems", "coins", "Gems"}},
         {{in(State::failed), in(State::restored), in(State::deferred), in(State::purchasing)}, {}, {}},
-        {{}, {}, {}},
     };
     for (const auto& [batch, published, finished] : cases) {
         OtherQueue queue;
@@ -92,22 +76,6 @@ TEST_F(Consumables, ThatAnEarlierLaunchDidNotFinishArriveAtTheNext) {
 
     EXPECT_THAT(told_, ElementsAre(Identifiers{})); // none of them is known as a consumable
     EXPECT_THAT(store().transactions(), IsEmpty());
-}
-
-TEST_F(Consumables, MayBePromotedToo) {
-    make({"gems"});
-    const auto promotion = std::make_shared<SKProductPromoPlugin>();
-    promotion->didFinishLaunchingWithOptions(*UIApplication::shared(), {});
-    bool isFinished = false;
-    promotion->isFinished().subscribe([&](bool) { isFinished = true; });
-    store().promote(std::make_shared<SKProduct>("gems", NSDecimalNumber(), PriceLocale{}));
-
-    platform_->runUntilIdle();
-
-    EXPECT_TRUE(isFinished);
-    EXPECT_THAT(told_, ElementsAre(Identifiers{}, Identifiers{"gems"})); // first of all it is purchasing
-    const ScriptedStore::Finish finish{"gems", "1000000001"};
-    EXPECT_THAT(store().finishes(), ElementsAre(finish, finish));
 }
 
 TEST(ConsumableItems, AreNamedAfterTheBundle) {

@@ -18,6 +18,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -31,13 +32,28 @@ using testing::IsEmpty;
 
 constexpr const char* keyAccount = "realm_encryption_key";
 
+// Empty, and takes no application record.
+class RefusingStore final : public DatabaseManipulating {
+public:
+    [[nodiscard]] std::optional<std::string> getData(std::string_view, DatabaseCryptor*) const override {
+        return std::nullopt;
+    }
+    void deleteAll(std::string_view) override {}
+
+private:
+    void setText(const std::optional<std::string>&, std::string_view key, DatabaseCryptor*) override {
+        if (key.starts_with("Application_")) throw NSError("disk", 1);
+    }
+};
+
 // A host with the two storage plug-ins; each launch is a process of its own on the same device.
 class Storage : public testing::Test {
 protected:
-    void launch() {
+    void launch(std::shared_ptr<DatabaseManipulating> store = nullptr) {
         if (platform_) end();
         platform_ = TestPlatform::launch(device_);
-        preference_ = std::make_shared<UserPreference>(std::make_shared<UserDefaultsDatabase>());
+        if (!store) store = std::make_shared<UserDefaultsDatabase>();
+        preference_ = std::make_shared<UserPreference>(std::move(store));
         database_ = std::make_shared<DatabasePlugin>();
         auto delegate = std::make_shared<PluggableApplicationDelegate>(
             PluggableApplicationDelegate::Plugins{preference_, database_});
@@ -117,6 +133,12 @@ TEST_F(Storage, StandsADefaultInForARecordThatCannotBeRead) {
 
     launchAndLoad();
     EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+}
+
+TEST_F(Storage, IsLoadedWithoutARecordWhoseDefaultCannotBeStored) {
+    launch(std::make_shared<RefusingStore>());
+    platform_->advance(1s);
+    EXPECT_THAT(news(), ElementsAre("setting review", "loaded"));
 }
 
 TEST_F(Storage, ReadsRecordsAsAbsentWhileTheKeychainIsLockedAtLaunch) {

@@ -5,22 +5,8 @@
 #include "Platform/Application/UIApplication.hpp"
 #include "Platform/Foundation/NSUserDefaults.hpp"
 #include "TestPlatform/ForEachSeed.hpp"
-#include "TestPlatform/RecordingConsole.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "Tests/Corvantile/ProcessTest.hpp"
 #include "Tests/Corvantile/PurchaseFakes.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <exception>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace corvantile {
 namespace {
@@ -143,16 +129,6 @@ TEST_F(IAPReceiptTracking, IsSilentAboutARecordWithAMarkerOrWhoseMarkerIsRefused
     EXPECT_EQ(host_.send({trial}).size(), 3u); // the next pass tries again
 }
 
-TEST_F(IAPReceiptTracking, MarksNothingInADryRunAndReportsAgain) {
-    Corvantile::setDryRun(true);
-    mark("2", {{"2", true}});
-    host_.activate();
-    EXPECT_EQ(host_.send({trial, bought(2, 1, 2)}).size(), 3u);
-    host_.activate();
-    EXPECT_EQ(host_.idle().size(), 3u);
-    EXPECT_THAT(markers(), ElementsAre("2"));
-}
-
 TEST_F(IAPReceiptTracking, ReadsTheSwitchesAnewForEachRecord) {
     host_.router->onLine = [](const std::string& line) { Corvantile::setDryRun(line.starts_with("total_")); };
     host_.activate();
@@ -161,18 +137,15 @@ TEST_F(IAPReceiptTracking, ReadsTheSwitchesAnewForEachRecord) {
 }
 
 TEST_F(IAPReceiptTracking, BeginsAtAnActivationUnlessInDebugModeWithoutADryRun) {
-    for (const bool debug : {false, true})
-        for (const bool dryRun : {false, true}) {
-            SCOPED_TRACE(testing::Message() << debug << dryRun);
-            TestDevice device;
-            Host host(device);
-            Corvantile::setDebug(debug);
-            Corvantile::setDryRun(dryRun);
-            host.activate();
-            EXPECT_EQ(host.send({trial}).empty(), debug && !dryRun);
-            host.plugin->trackValidatedPurchase("pro", std::nullopt);
-            EXPECT_THAT(host.idle(), ElementsAre("ostrel_in_app_purchase"));
-        }
+    for (const auto& [debug, dryRun] : {std::pair(false, true), {true, true}, {true, false}}) {
+        Corvantile::setDebug(debug);
+        Corvantile::setDryRun(dryRun);
+        host_.activate();
+        EXPECT_EQ(host_.send({trial}).empty(), debug && !dryRun);
+        host_.resign();
+    }
+    host_.plugin->trackValidatedPurchase("pro", std::nullopt);
+    EXPECT_THAT(host_.idle(), ElementsAre("ostrel_in_app_purchase"));
 }
 
 TEST_F(IAPReceiptTracking, SendsAValidatedPurchaseOnceForTheFirstPurchaseOfTheProduct) {
@@ -189,11 +162,8 @@ TEST_F(IAPReceiptTracking, SendsAValidatedPurchaseOnceForTheFirstPurchaseOfThePr
 }
 
 TEST_F(IAPReceiptTracking, ReportsAGracePeriodOncePerProductAndMarksItAfterwards) {
-    const auto renewal = [](std::string product, std::optional<double> untilDay) {
-        RenewalInfo made;
-        made.productID = std::move(product);
-        if (untilDay) made.gracePeriodExpiresDate = Date{*untilDay * day};
-        return made;
+    const auto renewal = [](std::string product, double untilDay) {
+        return RenewalInfo{.productID = std::move(product), .gracePeriodExpiresDate = Date{untilDay * day}};
     };
     const auto defaults = NSUserDefaults::standardUserDefaults();
     defaults->setBool(true, "enter_grace_period_known");
@@ -202,28 +172,26 @@ TEST_F(IAPReceiptTracking, ReportsAGracePeriodOncePerProductAndMarksItAfterwards
     };
     Corvantile::setDryRun(true); // marks all the same
     host_.activate();
-    host_.purchases->renewalInfos.onNext({renewal("none", std::nullopt), renewal("now", 9),
-                                          renewal("known", 12), renewal("pro", 12), renewal("pro", 13)});
+    host_.purchases->renewalInfos.onNext(
+        {RenewalInfo{}, renewal("now", 9), renewal("known", 12), renewal("pro", 12), renewal("pro", 13)});
     EXPECT_THAT(host_.router->take(),
                 ElementsAre("enter_grace_period pro")); // at once, on this thread
-    EXPECT_TRUE(defaults->boolForKey("enter_grace_period_pro"));
     EXPECT_FALSE(defaults->boolForKey("enter_grace_period_now"));
-
     host_.resign(); // the renewals are listened to all the same
     host_.purchases->renewalInfos.onNext({renewal("later", 12)});
     EXPECT_THAT(host_.router->take(), ElementsAre("enter_grace_period later"));
 }
 
 TEST_F(IAPReceiptTracking, ReplacesPassesWithoutEndingThemAndEndsTheLastOnResigning) {
-    Corvantile::setDryRun(true);
+    Corvantile::setDryRun(true); // so that every pass reports again, save what is marked
+    mark("2", {{"2", true}});
     host_.activate();
     host_.activate();
-    EXPECT_EQ(host_.send({trial}).size(), 6u);
-    host_.resign();
-    EXPECT_EQ(host_.send({trial}).size(), 3u);
     host_.plugin->trackValidatedPurchase("pro", std::nullopt);
+    EXPECT_EQ(host_.send({trial, bought(2, 1, 2)}).size(), 7u);
     host_.resign();
-    EXPECT_THAT(host_.idle(), Contains("ostrel_in_app_purchase"));
+    EXPECT_EQ(host_.send({trial, bought(2, 1, 2)}).size(), 4u);
+    EXPECT_THAT(markers(), ElementsAre("2"));
     host_.purchases->categories.onError(std::make_exception_ptr(NSError("test", 1)));
     EXPECT_THAT(host_.idle(), IsEmpty());
     EXPECT_THAT(host_.platform->console().lines(), IsEmpty()); // nor is the failure told
@@ -237,54 +205,51 @@ TEST_F(IAPReceiptTracking, LabelsItsPipelinesAndGivesEachQueuesOfItsOwn) {
     host_.purchases->renewalInfos.onNext({});
     host_.idle();
     const auto lines = host_.platform->console().lines();
-    for (const auto* const label :
-         {"IAPReceiptTrackingPlugin:122 (trackReceipts())", "IAPReceiptTrackingPlugin:164 (trackReceipts())",
-          "IAPReceiptTrackingPlugin:59 (trackValidatedPurchase(productID:_:))"})
-        EXPECT_THAT(lines, Contains(HasSubstr(std::string(": ") + label + " -> subscribed")));
+    for (const std::string place :
+         {"122 (trackReceipts())", "164 (trackReceipts())", "59 (trackValidatedPurchase(productID:_:))"})
+        EXPECT_THAT(lines, Contains(HasSubstr(": IAPReceiptTrackingPlugin:" + place + " -> subscribed")));
     EXPECT_EQ(host_.platform->queues().size(), 4u); // two for each pass over records
 }
 
 TEST(IAPReceiptTrackingPasses, SendEachTransactionOnceInWhateverOrderTheirQueuesRun) {
-    forEachSeed(
-        200,
-        [](std::uint64_t seed) {
-            TestDevice device;
-            Host host(device, seed + 1);
-            Host second(device, seed + 1); // another process on the same device
-            for (auto* const each : {&host, &second}) {
-                each->platform->makeCurrent();
-                each->activate();
-                each->purchases->categories.onNext({{"", pro(), {bought(2, 1, 4), trial}}});
-                each->activate();
-                each->purchases->categories.onNext({{"", pro(), {bought(3, 1, 5), bought(2, 1, 4), trial}}});
-            }
-            auto lines = host.idle();
-            second.platform->makeCurrent();
-            const auto others = second.idle();
-            lines.insert(lines.end(), others.begin(), others.end());
-            EXPECT_THAT(lines, testing::UnorderedElementsAre(
-                                   "trial_subscribe_pro EUR 0", "subscription 1: 0 EUR DE on day 1",
-                                   "total_subscription EUR 0", "trial_conversion_pro EUR 4.99",
-                                   "subscription 2: 4.99 EUR DE on day 4", "renew_pro EUR 4.99"));
-        },
-        testing::Test::HasFailure);
+    const auto play = [](std::uint64_t seed) {
+        TestDevice device;
+        Host host(device, seed + 1);
+        Host second(device, seed + 1); // another process on the same device
+        Lines lines;
+        for (auto* const each : {&host, &second}) {
+            each->platform->makeCurrent();
+            each->activate();
+            each->purchases->categories.onNext({{"", pro(), {bought(2, 1, 4), trial}}});
+            each->activate();
+            each->purchases->categories.onNext({{"", pro(), {bought(3, 1, 5), bought(2, 1, 4), trial}}});
+        }
+        for (auto* const each : {&host, &second}) {
+            each->platform->makeCurrent();
+            for (auto& line : each->idle()) lines.push_back(std::move(line));
+        }
+        EXPECT_THAT(lines, testing::UnorderedElementsAre(
+                               "trial_subscribe_pro EUR 0", "subscription 1: 0 EUR DE on day 1",
+                               "total_subscription EUR 0", "trial_conversion_pro EUR 4.99",
+                               "subscription 2: 4.99 EUR DE on day 4", "renew_pro EUR 4.99"));
+    };
+    forEachSeed(200, play, testing::Test::HasFailure);
 }
 
 TEST(IAPReceiptTrackingDeathTest, NeedsItsServicesInOrder) {
     TestDevice device;
     const auto platform = TestPlatform::launch(device);
     PluggableApplicationDelegate::Plugins services = {std::make_shared<IAPReceiptTrackingPlugin>()};
-    const std::shared_ptr<PluggableApplicationDelegateService> found[] = {
-        std::make_shared<RecordingRouter>(), std::make_shared<FakeFirstDate>(), nullptr};
-    const char* const missing[] = {"AnalyticPluggable", "FirstDatePluggable", "IAPReceiptPluggable"};
-    for (std::size_t i = 0; i < 3; ++i) {
+    const auto expectDeathFor = [&](const std::string& missing) {
         Corvantile::setAppDelegate(std::make_shared<PluggableApplicationDelegate>(services));
-        EXPECT_DEATH(
-            services[0]->didBecomeActive(*UIApplication::shared()),
-            std::string("Corvantile/IAPReceiptTrackingPlugin:[0-9]+: Fatal error: This service require ") +
-                missing[i] + "\\.");
-        if (found[i]) services.push_back(found[i]);
-    }
+        EXPECT_DEATH(services[0]->didBecomeActive(*UIApplication::shared()),
+                     "Plugin:[0-9]+: Fatal error: This service require " + missing + "\\.");
+    };
+    expectDeathFor("AnalyticPluggable");
+    services.push_back(std::make_shared<RecordingRouter>());
+    expectDeathFor("FirstDatePluggable");
+    services.push_back(std::make_shared<FakeFirstDate>());
+    expectDeathFor("IAPReceiptPluggable");
 }
 
 } // namespace

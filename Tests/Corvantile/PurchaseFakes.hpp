@@ -23,12 +23,10 @@ constexpr double day = 86400;
 // Bought on the day of this number, for as many days; 0: does not expire.
 inline ReceiptInfo bought(std::int64_t transaction, std::int64_t original, double onDay,
                           double forDays = 30) {
-    ReceiptInfo record;
-    record.transactionID = transaction;
-    record.originalTransactionID = original;
-    record.purchaseDate = Date{onDay * day};
-    record.expiresDate = forDays == 0 ? DecodingDefaults::invalidDate : Date{(onDay + forDays) * day};
-    return record;
+    return {.transactionID = transaction,
+            .purchaseDate = Date{onDay * day},
+            .expiresDate = forDays == 0 ? DecodingDefaults::invalidDate : Date{(onDay + forDays) * day},
+            .originalTransactionID = original};
 }
 
 inline ReceiptInfo asTrial(ReceiptInfo record) {

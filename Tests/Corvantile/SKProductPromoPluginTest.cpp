@@ -3,20 +3,8 @@
 #include "Platform/Application/UIApplication.hpp"
 #include "Platform/Foundation/NSError.hpp"
 #include "Platform/Store/SKProduct.hpp"
-#include "TestPlatform/RecordingConsole.hpp"
 #include "TestPlatform/ScriptedStore.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <exception>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
+#include "Tests/Corvantile/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {
@@ -25,7 +13,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using State = SKPaymentTransactionState;
 
-class Promotion : public testing::Test {
+class Promotion : public ProcessTest {
 protected:
     Promotion() {
         plugin_->isProductReady().subscribe([this](bool) { trace_.push_back("ready " + held()); });
@@ -51,14 +39,8 @@ protected:
     auto make(const std::string& product, State state = State::purchased) {
         return store().makeTransaction(product, state);
     }
-    auto bare(State state, std::optional<std::string> identifier = {}, std::exception_ptr error = {}) {
-        return std::make_shared<SKPaymentTransaction>(SKPaymentTransaction::Facts{
-            std::make_shared<SKPayment>("gold"), state, std::move(identifier), {}, std::move(error)});
-    }
     std::vector<std::string> news() { return std::exchange(trace_, {}); }
 
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     std::shared_ptr<SKProductPromoPlugin> plugin_ = std::make_shared<SKProductPromoPlugin>();
     std::vector<std::string> trace_;
 };
@@ -100,10 +82,15 @@ TEST_F(Promotion, LeavesABatchThatHoldsAnythingElseToOthers) {
 
 TEST_F(Promotion, LogsEachTransactionOnceAllAreFinished) {
     promote("gold");
+    const auto bare = [payment = plugin_->payment()](State state, std::optional<std::string> identifier,
+                                                     std::exception_ptr error = {}) {
+        return std::make_shared<SKPaymentTransaction>(
+            SKPaymentTransaction::Facts{payment, state, std::move(identifier), {}, std::move(error)});
+    };
     const auto error = std::make_exception_ptr(NSError("D", 7));
     const auto shown = describe(error);
     deliver({bare(State::failed, {}, error), // an error shows even without an identifier
-             bare(State::failed, "1", error), bare(State::purchased, "\"2\""), bare(State::purchased)});
+             bare(State::failed, "1", error), bare(State::purchased, "\"2\""), bare(State::purchased, {})});
 
     EXPECT_THAT(platform_->console().lines(), ElementsAre(shown, shown, "\"Transaction (1) is failed.\"",
                                                           "\"Transaction (\\\"2\\\") is purchased.\""));

@@ -31,7 +31,7 @@ TEST_F(AdjustOutbox, SaysWhatItRefusesAndWhy) {
     using Action = std::function<void(OutboxAdjust&)>;
     const struct {
         const char* line;
-        std::size_t packages;
+        std::size_t packages; // with a session, after a launch
         Action action;
     } cases[] = {
         {"the app token is missing", 0, [](auto& adjust) { (void)adjust.makeConfig("", "sandbox"); }},
@@ -45,38 +45,19 @@ TEST_F(AdjustOutbox, SaysWhatItRefusesAndWhy) {
         {"drops the event 'early1'", 0, [](auto& adjust) { adjust.send(ADJEvent("early1")); }},
         {"drops the subscription 'T1'", 0,
          [](auto& adjust) { adjust.send(ADJSubscription({}, "EUR", "T1", "")); }},
-        {"started already", 1,
-         [&](auto& adjust) {
-             adjust.launch(validConfig(adjust));
-             adjust.launch(validConfig(adjust));
-         }},
-        {"it has no event token", 1,
-         [&](auto& adjust) {
-             adjust.launch(validConfig(adjust));
-             adjust.send(ADJEvent(""));
-         }},
-        {"its amount is negative", 2,
-         [&](auto& adjust) {
-             adjust.launch(validConfig(adjust));
-             adjust.send(paid(-1, "EUR"));
-         }},
-        {"its currency is missing", 2,
-         [&](auto& adjust) {
-             adjust.launch(validConfig(adjust));
-             adjust.send(paid(1, ""));
-         }},
+        {"started already", 1, [&](auto& adjust) { adjust.launch(validConfig(adjust)); }},
+        {"it has no event token", 1, [](auto& adjust) { adjust.send(ADJEvent("")); }},
+        {"its amount is negative", 2, [](auto& adjust) { adjust.send(paid(-1, "EUR")); }},
+        {"its currency is missing", 2, [](auto& adjust) { adjust.send(paid(1, "")); }},
         {"its amount is no number", 2,
-         [&](auto& adjust) {
-             adjust.launch(validConfig(adjust));
-             adjust.send(paid(std::numeric_limits<double>::quiet_NaN(), "EUR"));
-         }},
+         [](auto& adjust) { adjust.send(paid(std::numeric_limits<double>::quiet_NaN(), "EUR")); }},
     };
     for (const auto& [line, packages, action] : cases) {
         SCOPED_TRACE(line);
         std::filesystem::remove_all(home.path() / "outbox.sqlite");
         removeLog(file);
         platform->console().clear();
-        const auto adjust = make({});
+        const auto adjust = packages > 0 ? launch({}) : make({});
 
         action(*adjust);
 
@@ -133,6 +114,10 @@ TEST_F(AdjustOutbox, PostsFormsAsTheServerReadsThem) {
     EXPECT_EQ(packages[2].transactionId, "1000/1");
 }
 
+ScriptedReply answered(int status, std::string body) {
+    return {.response = HTTPResponse{.status = status, .body = std::move(body)}};
+}
+
 TEST_F(AdjustOutbox, KeepsAPackageUntilItIsAnswered) {
     const struct {
         const char* what;
@@ -140,29 +125,13 @@ TEST_F(AdjustOutbox, KeepsAPackageUntilItIsAnswered) {
         PackageState state;
         std::string heard;
     } cases[] = {
-        {"well",
-         {.response = HTTPResponse{.status = 200, .body = R"({"message":"m"})"}},
-         PackageState::sent,
-         "event sent token1 m"},
-        {"plain",
-         {.response = HTTPResponse{.status = 200, .body = "OK\n"}},
-         PackageState::sent,
-         "event sent token1 -"},
-        {"refused",
-         {.response = HTTPResponse{.status = 400, .body = R"({"error":"e"})"}},
-         PackageState::refused,
-         "event failed token1 e"},
-        {"broken, yet JSON",
-         {.response = HTTPResponse{.status = 500, .body = "[]"}},
-         PackageState::refused,
-         "event failed token1 -"},
-        {"a page",
-         {.response = HTTPResponse{.status = 200, .body = "<html>"}},
-         PackageState::waiting,
+        {"well", answered(200, R"({"message":"m"})"), PackageState::sent, "event sent token1 m"},
+        {"plain", answered(200, "OK\n"), PackageState::sent, "event sent token1 -"},
+        {"refused", answered(400, R"({"error":"e"})"), PackageState::refused, "event failed token1 e"},
+        {"broken, yet JSON", answered(500, "[]"), PackageState::refused, "event failed token1 -"},
+        {"a page", answered(200, "<html>"), PackageState::waiting,
          "event failed token1 The server answered 200 without JSON. again"},
-        {"empty",
-         {.response = HTTPResponse{.status = 500}},
-         PackageState::waiting,
+        {"empty", answered(500, ""), PackageState::waiting,
          "event failed token1 The server answered 500 without JSON. again"},
         {"reset", {.failure = HTTPFailure::networkConnectionLost}, PackageState::waiting, ""},
         {"hangs", {.delay = 24h}, PackageState::waiting, ""},
@@ -290,6 +259,17 @@ TEST_F(AdjustOutbox, RemembersTransactionsAttributionAndPushTokenInTheNextProces
     EXPECT_THAT(posted(), SizeIs(13));
     EXPECT_THAT(*platform->http().sent().back().request.body, HasSubstr("&push_token=ab&"));
     EXPECT_EQ(std::count(delegate->heard.begin(), delegate->heard.end(), "attribution N A"), 1);
+}
+
+TEST_F(AdjustOutbox, HasItsLogEmptiedWhateverMadeItLong) {
+    const auto adjust = launch({});
+    for (int number = 0; number < 400; ++number) {
+        ADJEvent event("token1");
+        event.setTransactionId(std::to_string(number));
+        adjust->send(event);
+        platform->runUntilIdle();
+    }
+    EXPECT_LT(std::filesystem::file_size(beside(file, "-wal")), 300 * 4096);
 }
 
 TEST_F(AdjustOutbox, LetsOneProcessDeliverAtATime) {

@@ -68,7 +68,7 @@ protected:
     void fill() {
         const auto defaults = open();
         for (int i = 0; i < valueCount; ++i) defaults->setValue(std::string(500, 'v'), std::to_string(i));
-        DefaultsFile::emptyLog(file_);
+        emptyStateLog(file_, DefaultsFile::format);
         removeLog(file_);
     }
 
@@ -134,7 +134,7 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideThatCannotBeUsedAndBeginsAnew) {
 TEST_F(SQLiteUserDefaultsTest, LeavesALaterVersionsFileAlone) {
     fill();
     SqliteDatabase(file_, SqliteDatabase::Missing::fails).execute("PRAGMA user_version = 2");
-    DefaultsFile::emptyLog(file_);
+    emptyStateLog(file_, DefaultsFile::format);
     const auto former = bytesOf(file_);
 
     open()->setValue("value", "key");

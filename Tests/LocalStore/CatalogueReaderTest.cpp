@@ -71,6 +71,7 @@ TEST(CatalogueReader, NamesFilePlaceAndWhatWasExpected) {
          "f, line 3: syntax error while parsing value - unexpected '}'; expected '[', '{', or a literal."},
         {"", "f, line 1: syntax error while parsing value - unexpected end of input; expected '[', '{', or a "
              "literal."},
+        {R"({"big": 1e999})", "f: number overflow parsing '1e999'."},
         {"[]", "f: expected an object, found a list."},
         {"{}", "f, version: expected an object, found nothing."},
         {R"({"version": {"major": 9}})", "f, version.major: expected a version from 1 to 5, found 9."},

@@ -82,6 +82,18 @@ TEST(LocalPaymentQueue, DeliversRenewalsWhileTheAppRunsAndTheOthersAtTheNextLaun
     EXPECT_THAT(listener->heard, ElementsAre("bought 2024-04-07", "bought 2024-05-07"));
 }
 
+TEST(LocalPaymentQueue, GoesOnWithAPaymentThatTheEndOfTheProcessCutOff) {
+    TestDevice device;
+    auto platform = TestPlatform::launch(device, storeOptions(1));
+    SKPaymentQueue::defaultQueue()->addPayment(std::make_shared<SKPayment>(coins));
+    platform->kill();
+    platform.reset();
+    platform = TestPlatform::launch(device, storeOptions(1));
+    const Listener listener(*SKPaymentQueue::defaultQueue());
+    platform->runUntilIdle();
+    EXPECT_THAT(listener.heard, ElementsAre("open", "bought 2024-01-31"));
+}
+
 TEST(LocalPaymentQueue, AsksAboutAPromotedPurchaseOnceSomebodyIsThereToAnswer) {
     TestDevice device;
     auto platform = TestPlatform::launch(device, storeOptions(1));

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "DesktopPlatform/Adjust/HeldPackages.hpp"
-#include "DesktopPlatform/Adjust/OutboxFile.hpp"
+#include "DesktopPlatform/Adjust/OutboxConnection.hpp"
 #include "DesktopPlatform/Adjust/OutboxPackage.hpp"
-#include "DesktopPlatform/Foundation/Descriptor.hpp"
 #include "Platform/Foundation/Date.hpp"
 
 #include <chrono>
@@ -26,7 +25,7 @@ class Console;
 // one that holds the claim delivers. Threads: any. Errors: none.
 class Outbox {
 public:
-    using Background = std::function<void(std::function<void()>)>;
+    using Background = OutboxConnection::Background;
     using MakeSession = std::function<OutboxPackage(std::int64_t count)>;
 
     // How long an app rests before its next activity is another session.
@@ -62,33 +61,15 @@ public:
     [[nodiscard]] std::vector<OutboxEntry> entries();
 
 private:
-    using Moment = std::chrono::steady_clock::time_point;
-
     // What follows with the mutex held.
     void apply(const std::function<OutboxChange()>& decide);
-    void look();
-    void catchUp();
-    void open();
-    void fail(const SqliteError& error);
-    [[nodiscard]] bool isBehind() const;
+    [[nodiscard]] bool canWrite() const;
     [[nodiscard]] std::optional<std::string> known(std::string_view name);
     [[nodiscard]] double lastActivity();
-    bool hasClaimed();
-    [[nodiscard]] bool logGrewLong();
-    void emptyLogIf(bool isLong) const;
-    void say(const std::string& text) const;
 
-    const std::filesystem::path path_;
-    const std::shared_ptr<Console> console_;
-    const Background inBackground_;
     std::mutex mutex_;
-    std::unique_ptr<OutboxFile> file_;
+    OutboxConnection connection_;
     HeldPackages held_;
-    std::int64_t delivered_ = 0; // nothing up to that number waits
-    Descriptor claim_;
-    Moment nextLook_{};
-    bool hasComplained_ = false;
-    int nextEmptying_ = 0; // pages
 };
 
 } // namespace corvantile

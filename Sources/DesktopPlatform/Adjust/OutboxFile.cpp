@@ -100,13 +100,7 @@ void OutboxFile::begin() { database_->execute("BEGIN IMMEDIATE"); }
 
 void OutboxFile::commit() { database_->execute("COMMIT"); }
 
-void OutboxFile::rollBack() {
-    try {
-        database_->execute("ROLLBACK");
-    } catch (const SqliteError&) {
-        // Some failures have rolled back already.
-    }
-}
+void OutboxFile::rollBack() { database_->rollBack(); }
 
 void OutboxFile::addOnce(const OutboxPackage& package) {
     addOnce_.run({package.identifier, nameOf(kindNames, package.kind), package.form}).next();
@@ -121,13 +115,14 @@ void OutboxFile::record(const OutboxPackage& package) {
               answer.status ? std::to_string(*answer.status) : "", answer.text, std::to_string(keptBytes),
               std::to_string(package.number)})
         .next();
+    if (package.state == PackageState::waiting) return;
     // Those before it have been delivered as well: numbers go up in the order of delivery.
-    if (package.state != PackageState::waiting && package.number > keptPackages)
-        prune_.run({std::to_string(package.number - keptPackages)}).next();
+    delivered_ = std::max(delivered_, package.number);
+    if (package.number > keptPackages) prune_.run({std::to_string(package.number - keptPackages)}).next();
 }
 
 std::optional<OutboxPackage> OutboxFile::firstWaiting(std::int64_t after) const {
-    const auto number = std::to_string(after);
+    const auto number = std::to_string(std::max(after, delivered_));
     return onePackage(firstWaiting_.run({number}));
 }
 

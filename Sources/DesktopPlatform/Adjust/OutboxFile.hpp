@@ -46,8 +46,8 @@ public:
     // Writes down an attempt to deliver it.
     void record(const OutboxPackage& package);
 
-    // The first that waits after that number.
-    [[nodiscard]] std::optional<OutboxPackage> firstWaiting(std::int64_t after) const;
+    // The first that waits, after that number.
+    [[nodiscard]] std::optional<OutboxPackage> firstWaiting(std::int64_t after = 0) const;
     [[nodiscard]] std::optional<OutboxPackage> newest() const;
     [[nodiscard]] std::vector<OutboxPackage> packages() const;
 
@@ -70,6 +70,7 @@ private:
     const SqliteStatement all_;
     const SqliteStatement value_;
     const SqliteStatement setValue_;
+    std::int64_t delivered_ = 0; // nothing up to that number waits
 };
 
 } // namespace corvantile

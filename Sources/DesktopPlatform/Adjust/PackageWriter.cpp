@@ -6,7 +6,6 @@
 
 #include <array>
 #include <charconv>
-#include <chrono>
 #include <cmath>
 #include <utility>
 
@@ -22,14 +21,6 @@ std::string revenueText(double amount) {
     const auto [end, error] =
         std::to_chars(text.data(), text.data() + text.size(), amount, std::chars_format::fixed, 5);
     return {text.data(), end};
-}
-
-// `2024-01-02T03:04:05.678Z+0000`.
-std::string dateText(Date date) {
-    auto text = timestamp(date, std::chrono::seconds(0));
-    const auto blank = text.find(' ');
-    if (blank != std::string::npos) text[blank] = 'T';
-    return text + "Z+0000";
 }
 
 } // namespace
@@ -89,7 +80,7 @@ OutboxPackage PackageWriter::subscription(const ADJSubscription& subscription, D
     appendFormField(form, "currency", subscription.currency());
     appendFormField(form, "transaction_id", subscription.transactionId());
     if (const auto& date = subscription.transactionDate())
-        appendFormField(form, "transaction_date", dateText(*date));
+        appendFormField(form, "transaction_date", isoTimestamp(*date) + "+0000");
     appendFormField(form, "sales_region", subscription.salesRegion().value_or(""));
     appendFormField(form, "billing_store", "iOS");
     appendFormField(form, "receipt", base64(subscription.receipt()));

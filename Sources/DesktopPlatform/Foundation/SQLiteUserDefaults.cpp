@@ -26,33 +26,13 @@ struct SQLiteUserDefaults::Parts {
         isBehind = mirror.isBehind();
     }
 
-    bool logGrewLong() {
-        const int pages = mirror.logPages();
-        if (pages < longLog) nextEmptying = longLog; // it was emptied meanwhile
-        if (pages < nextEmptying) return false;
-        nextEmptying = pages + longLog;
-        return true;
-    }
-
     const UserDefaultsOptions options;
     std::atomic<bool> hasTurned{true}; // since somebody looked at the file; at first nobody has
     std::atomic<bool> isBehind{false};
     std::mutex mutex;
     DefaultsMirror mirror;
-    int nextEmptying = longLog;
+    LogWatch logWatch{longLog};
 };
-
-namespace {
-
-void emptyLog(const std::filesystem::path& file) {
-    try {
-        DefaultsFile::emptyLog(file);
-    } catch (const SqliteError&) {
-        // Nothing is lost with a long log, and a longer one is tried again.
-    }
-}
-
-} // namespace
 
 SQLiteUserDefaults::SQLiteUserDefaults(UserDefaultsOptions options)
     : parts_(std::make_unique<Parts>(std::move(options))) {}
@@ -80,13 +60,14 @@ void SQLiteUserDefaults::setValue(std::optional<Value> value, std::string_view f
     std::unique_lock lock(parts_->mutex);
     parts_->mirror.set(forKey, std::move(value));
     parts_->isBehind = parts_->mirror.isBehind();
-    const bool mustEmptyLog = parts_->logGrewLong();
+    const bool mustEmptyLog = parts_->logWatch.hasGrownLong(parts_->mirror.logPages());
     lock.unlock();
     if (!mustEmptyLog) return;
+    auto empty = [file = parts_->options.file] { emptyStateLog(file, DefaultsFile::format); };
     if (parts_->options.inBackground)
-        parts_->options.inBackground([file = parts_->options.file] { emptyLog(file); });
+        parts_->options.inBackground(std::move(empty));
     else
-        emptyLog(parts_->options.file);
+        empty();
 }
 
 NSUserDefaults::Dictionary SQLiteUserDefaults::dictionaryRepresentation() const {
@@ -117,7 +98,7 @@ UserDefaultsInspection SQLiteUserDefaults::inspect(const std::filesystem::path& 
     if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found)
         return inspection;
     try {
-        inspection.values = DefaultsFile(file).load();
+        inspection.values = DefaultsFile(openState(file, DefaultsFile::format)).load();
     } catch (const SqliteError& failure) {
         inspection.fault = failure.what();
     }

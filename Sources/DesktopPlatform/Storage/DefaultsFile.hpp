@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DesktopPlatform/Storage/Sqlite.hpp"
+#include "DesktopPlatform/Storage/StateDatabase.hpp"
 #include "Platform/Foundation/NSUserDefaults.hpp"
 
 #include <cstdint>
@@ -21,18 +21,9 @@ public:
     using Change = std::optional<NSUserDefaults::Value>; // no value: the key goes
     using Changes = std::map<std::string, Change, std::less<>>;
 
-    struct Opened {
-        std::unique_ptr<DefaultsFile> file;
-        std::optional<std::filesystem::path>
-            setAside;       // where the former file is now, if it could not be used,
-        std::string reason; // and why
-    };
+    static const StateFormat format;
 
-    // Begins a new file where there is none, or none that can be used; that one is kept under another name.
-    [[nodiscard]] static Opened openOrBegin(const std::filesystem::path& file);
-
-    // Opens a file that is there. Throws also when it is damaged, or is no file of defaults.
-    explicit DefaultsFile(const std::filesystem::path& file);
+    explicit DefaultsFile(std::unique_ptr<SqliteDatabase> database);
 
     [[nodiscard]] NSUserDefaults::Dictionary load();
 
@@ -43,23 +34,18 @@ public:
     // Another connection has written since the last `load`.
     [[nodiscard]] bool hasChangedElsewhere();
     // The name leads to another file by now, or to none.
-    [[nodiscard]] bool hasMoved() const { return database_.hasMoved(); }
+    [[nodiscard]] bool hasMoved() const { return database_->hasMoved(); }
 
-    [[nodiscard]] int logPages() const { return database_.logPages(); }
+    [[nodiscard]] int logPages() const { return database_->logPages(); }
 
-    // Moves the write-ahead log into the file, waiting for the disk, on a connection of its own: for another
-    // thread.
-    static void emptyLog(const std::filesystem::path& file);
-
-    // What was written so far survives a power loss once it has returned. Also on a connection of its own.
+    // What was written so far survives a power loss once it has returned. On a connection of its own, for
+    // another thread.
     static void flush(const std::filesystem::path& file);
 
 private:
     std::int64_t version();
-    void beginLog();
-    void rollBack();
 
-    SqliteDatabase database_;
+    const std::unique_ptr<SqliteDatabase> database_;
     SqliteStatement select_;
     SqliteStatement setText_;
     SqliteStatement setBoolean_;

@@ -2,8 +2,6 @@
 
 #include "Platform/Foundation/Console.hpp"
 
-#include <sqlite3.h>
-
 #include <string>
 #include <utility>
 
@@ -13,12 +11,6 @@ namespace {
 
 // A turn of the main loop may take microseconds; a full disk is asked less often.
 constexpr std::chrono::seconds attemptInterval{1};
-
-// What the same connection may well do later; after anything else it is made anew.
-bool mayPass(const SqliteError& error) {
-    return error.code() == SQLITE_FULL || error.code() == SQLITE_BUSY ||
-           error.extendedCode() == SQLITE_IOERR_WRITE;
-}
 
 void apply(const DefaultsFile::Change& change, std::string_view key, NSUserDefaults::Dictionary& values) {
     const auto found = values.find(key);
@@ -90,20 +82,21 @@ bool DefaultsMirror::isBehind() const { return !path_.empty() && (!file_ || !unw
 
 void DefaultsMirror::open() {
     file_.reset();
-    auto opened = DefaultsFile::openOrBegin(path_);
+    auto opened = openOrBeginState(path_, DefaultsFile::format);
     if (opened.setAside)
         say("User defaults began anew: " + path_.string() + " cannot be used (" + opened.reason +
             ") and was set aside as " + opened.setAside->filename().string() + ".");
-    values_ = opened.file->load();
+    auto file = std::make_unique<DefaultsFile>(std::move(opened.database));
+    values_ = file->load();
     for (const auto& [key, change] : unwritten_) apply(change, key, values_);
-    file_ = std::move(opened.file);
+    file_ = std::move(file);
 }
 
 void DefaultsMirror::fail(const SqliteError& error) {
     // Of a file that was damaged under our hands, everything that we know is worth saving.
     if (error.isUnreadable())
         for (const auto& [key, value] : values_) unwritten_.try_emplace(key, value);
-    if (!mayPass(error)) file_.reset();
+    if (!error.mayPass()) file_.reset();
     nextAttempt_ = std::chrono::steady_clock::now() + attemptInterval;
     if (!std::exchange(hasComplained_, true))
         say("User defaults cannot be written to " + path_.string() + " (" + error.what() +

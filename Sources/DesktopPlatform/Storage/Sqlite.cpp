@@ -27,6 +27,10 @@ SqliteError::~SqliteError() = default;
 
 bool SqliteError::isUnreadable() const { return code() == SQLITE_NOTADB || code() == SQLITE_CORRUPT; }
 
+bool SqliteError::mayPass() const {
+    return code() == SQLITE_FULL || code() == SQLITE_BUSY || extendedCode_ == SQLITE_IOERR_WRITE;
+}
+
 SqliteRun::~SqliteRun() {
     sqlite3_reset(statement_);
     sqlite3_clear_bindings(statement_);
@@ -87,6 +91,8 @@ void SqliteDatabase::execute(const char* statements) {
     check(sqlite3_exec(database_.get(), statements, nullptr, nullptr, nullptr));
 }
 
+void SqliteDatabase::rollBack() { sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr); }
+
 std::int64_t SqliteDatabase::integer(std::string_view query) {
     int code = SQLITE_OK;
     const SqliteStatement statement(prepared(database_.get(), query, 0, code));
@@ -113,8 +119,11 @@ void SqliteDatabase::keepLog() {
     sqlite3_wal_hook(database_.get(), remember, &logPages_);
 }
 
+// A connection that has read nothing yet knows of no log.
+void SqliteDatabase::noticeLog() { static_cast<void>(integer("PRAGMA schema_version")); }
+
 bool SqliteDatabase::emptyLog() {
-    (void)integer("PRAGMA schema_version"); // a connection that has read nothing yet knows of no log
+    noticeLog();
     int pages = 0;
     int moved = 0;
     const auto code =
@@ -123,6 +132,7 @@ bool SqliteDatabase::emptyLog() {
 }
 
 void SqliteDatabase::flush() {
+    noticeLog();
     for (const int which : {SQLITE_FCNTL_FILE_POINTER, SQLITE_FCNTL_JOURNAL_POINTER}) {
         sqlite3_file* file = nullptr;
         sqlite3_file_control(database_.get(), "main", which, &file);

@@ -23,6 +23,8 @@ public:
     [[nodiscard]] int extendedCode() const { return extendedCode_; }
     // The file is no database, or its content contradicts itself.
     [[nodiscard]] bool isUnreadable() const;
+    // What the same connection may well do later; after anything else it is made anew.
+    [[nodiscard]] bool mayPass() const;
     [[nodiscard]] const char* what() const noexcept override { return message_.c_str(); }
 
 private:
@@ -78,6 +80,8 @@ public:
 
     // Any number of statements, whose rows are passed over.
     void execute(const char* statements);
+    // Ends a transaction that failed, whether or not SQLite has done so already. Throws nothing.
+    void rollBack();
     // The first column of the first row; 0 when there is none.
     [[nodiscard]] std::int64_t integer(std::string_view query);
     // A statement that is kept.
@@ -92,7 +96,7 @@ public:
     [[nodiscard]] int logPages() const { return logPages_; }
     // Moves what it can from the log into the database without stopping anybody. True: all of it.
     bool emptyLog();
-    // What was committed before, by anybody, survives a power loss once it has returned. Only after a read.
+    // What was committed before, by anybody, survives a power loss once it has returned.
     void flush();
 
     // The name no longer leads to the file that is open here.
@@ -104,6 +108,7 @@ private:
     };
     [[noreturn]] void fail(int code) const;
     void check(int code) const;
+    void noticeLog();
 
     std::unique_ptr<sqlite3, Close> database_;
     int logPages_ = 0;

@@ -136,11 +136,20 @@ std::unique_ptr<SqliteDatabase> openState(const fs::path& file, const StateForma
     return database;
 }
 
-void emptyStateLog(const fs::path& file, const StateFormat& format) {
+void emptyStateLog(const fs::path& file, const StateFormat& format) try {
     SqliteDatabase database(file, SqliteDatabase::Missing::fails);
     database.execute("PRAGMA synchronous = NORMAL");
     // The first write to an emptied log waits for the disk: it had better be this one than somebody's next.
     if (database.emptyLog()) database.execute(mark(format).c_str());
+} catch (const SqliteError&) {
+    // Whoever writes next watches the log still.
+}
+
+bool LogWatch::hasGrownLong(int pages) {
+    if (pages < longLog_) nextEmptying_ = longLog_; // it was emptied meanwhile
+    if (pages < nextEmptying_) return false;
+    nextEmptying_ = pages + longLog_;
+    return true;
 }
 
 } // namespace corvantile

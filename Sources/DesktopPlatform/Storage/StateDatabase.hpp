@@ -25,7 +25,7 @@ struct OpenedState {
 };
 
 // Errors: SqliteError. What a commit wrote survives the end of the process, not always a power loss
-// (synchronous NORMAL). Who opens a file calls `emptyLog` now and then, on a thread that may wait.
+// (synchronous NORMAL). Who writes has the log emptied whenever it grew long, on a thread that may wait.
 
 // Begins a new file where there is none, or none that can be used; that one is kept under another name.
 [[nodiscard]] OpenedState openOrBeginState(const std::filesystem::path& file, const StateFormat& format);
@@ -34,7 +34,21 @@ struct OpenedState {
 [[nodiscard]] std::unique_ptr<SqliteDatabase> openState(const std::filesystem::path& file,
                                                         const StateFormat& format);
 
-// Moves the write-ahead log into the file, waiting for the disk, on a connection of its own.
+// Moves the write-ahead log into the file, waiting for the disk, on a connection of its own. Errors: none;
+// nothing is lost with a long log, and a longer one is tried again.
 void emptyStateLog(const std::filesystem::path& file, const StateFormat& format);
+
+// Tells when the log has grown long, and again each time that it has grown by as much since.
+class LogWatch {
+public:
+    explicit LogWatch(int longLog) : longLog_(longLog) {} // pages
+
+    // After a write that left so many pages.
+    [[nodiscard]] bool hasGrownLong(int pages);
+
+private:
+    const int longLog_;
+    int nextEmptying_ = longLog_;
+};
 
 } // namespace corvantile

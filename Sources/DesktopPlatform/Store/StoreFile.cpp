@@ -62,16 +62,8 @@ struct StoreFile::Connection {
             database->execute(isUpToDate ? "COMMIT" : "ROLLBACK");
             return isUpToDate;
         } catch (const SqliteError&) {
-            rollBack();
+            database->rollBack();
             throw;
-        }
-    }
-
-    void rollBack() const {
-        try {
-            database->execute("ROLLBACK");
-        } catch (const SqliteError&) {
-            // Some failures have rolled back already.
         }
     }
 
@@ -123,17 +115,8 @@ bool StoreFile::commit(const Changes& changes) {
 }
 
 void StoreFile::emptyLongLog() {
-    const int pages = connection_->database->logPages();
-    if (pages < longLog) nextEmptying_ = longLog; // it was emptied meanwhile
-    if (pages < nextEmptying_) return;
-    nextEmptying_ = pages + longLog;
-    options_.inBackground([file = options_.file] {
-        try {
-            emptyStateLog(file, format);
-        } catch (const SqliteError&) {
-            // Nothing is lost with a long log, and a longer one is tried again.
-        }
-    });
+    if (logWatch_.hasGrownLong(connection_->database->logPages()))
+        options_.inBackground([file = options_.file] { emptyStateLog(file, format); });
 }
 
 } // namespace corvantile

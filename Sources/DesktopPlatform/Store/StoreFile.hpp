@@ -38,12 +38,10 @@ private:
     void open();
     void emptyLongLog();
 
-    static constexpr int longLog = 1000; // pages
-
     const StoreFileOptions options_;
     std::unique_ptr<Connection> connection_;
     std::int64_t loadedVersion_ = 0;
-    int nextEmptying_ = longLog;
+    LogWatch logWatch_{1000};
 };
 
 } // namespace corvantile

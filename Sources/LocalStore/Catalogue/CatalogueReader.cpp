@@ -174,6 +174,9 @@ Catalogue readCatalogue(std::string_view text, std::string_view fileName) {
         const auto before = text.substr(0, error.byte == 0 ? 0 : error.byte - 1);
         const auto line = 1 + std::count(before.begin(), before.end(), '\n');
         message += ", line " + std::to_string(line) + ": " + syntaxMessage(error.what()) + ".";
+    } catch (const nlohmann::json::exception& error) { // a number that nothing can hold
+        const std::string_view what = error.what();
+        message += ": " + std::string(what.substr(what.find("] ") + 2)) + ".";
     } catch (const CatalogueMismatch& error) {
         if (!error.keyPath.empty()) message += ", " + error.keyPath;
         message += ": expected " + error.expected + ", found " + error.found + ".";

@@ -14,13 +14,13 @@ constexpr int mostPeriods = 9999;
 constexpr double secondsPerDay = 86400;
 
 Date monthsAfter(Date start, int months) {
-    using namespace std::chrono;
+    namespace chrono = std::chrono;
     const double sinceEpoch = start.secondsSinceUnixEpoch();
     const double day = std::floor(sinceEpoch / secondsPerDay);
-    const year_month_day date{sys_days{days(static_cast<std::int32_t>(day))}};
-    const auto month = year_month(date.year(), date.month()) + std::chrono::months(months);
-    const auto last = year_month_day_last(month.year(), month_day_last(month.month())).day();
-    const sys_days moved{month / (date.day() < last ? date.day() : last)};
+    const chrono::year_month_day date{chrono::sys_days{chrono::days(static_cast<std::int32_t>(day))}};
+    const auto month = chrono::year_month(date.year(), date.month()) + chrono::months(months);
+    const auto last = chrono::year_month_day_last(month.year(), chrono::month_day_last(month.month())).day();
+    const chrono::sys_days moved{month / (date.day() < last ? date.day() : last)};
     const auto movedDay = static_cast<double>(moved.time_since_epoch().count());
     return Date::fromUnixSeconds(sinceEpoch + (movedDay - day) * secondsPerDay);
 }

@@ -1,6 +1,7 @@
 #include "LocalStore/Engine/StoreEngine.hpp"
 
 #include "LocalStore/Engine/StoreFailures.hpp"
+#include "LocalStore/Engine/StoreLookups.hpp"
 #include "LocalStore/LocalStoreError.hpp"
 
 #include <algorithm>
@@ -36,7 +37,7 @@ std::int64_t StoreEngine::addPayment(std::string productIdentifier, int quantity
 }
 
 void StoreEngine::buy(const std::string& productIdentifier, int quantity, Date now) {
-    settle(addPayment(requireProduct(productIdentifier).identifier, quantity), now);
+    settle(addPayment(requireProduct(catalogue_, productIdentifier).identifier, quantity), now);
 }
 
 void StoreEngine::settle(std::int64_t number, Date now) {
@@ -163,21 +164,22 @@ void StoreEngine::restore(Date now) {
 
 void StoreEngine::decideNextPayment(const std::string& productIdentifier, NextPayment next) {
     auto settings = ledger_.settings();
-    settings.nextPayments.insert_or_assign(requireProduct(productIdentifier).identifier, std::move(next));
+    settings.nextPayments.insert_or_assign(requireProduct(catalogue_, productIdentifier).identifier,
+                                           std::move(next));
     ledger_.put(std::move(settings));
 }
 
 void StoreEngine::approve(const std::string& productIdentifier, Date now) {
-    complete(requireUndecided(productIdentifier), now);
+    complete(requireUndecided(ledger_, productIdentifier), now);
 }
 
 void StoreEngine::decline(const std::string& productIdentifier) {
-    fail(requireUndecided(productIdentifier),
+    fail(requireUndecided(ledger_, productIdentifier),
          {SKErrorCode::paymentCancelled, "Whoever had to approve the payment has declined it."});
 }
 
 void StoreEngine::refund(const std::string& identifier, bool isForIssue, Date now) {
-    auto purchase = requirePurchase(identifier);
+    auto purchase = requirePurchase(ledger_, identifier);
     if (purchase.refundDate)
         refuse(LocalStoreErrorCode::impossible,
                "The purchase " + purchase.identifier + " is refunded already.");
@@ -189,7 +191,7 @@ void StoreEngine::refund(const std::string& identifier, bool isForIssue, Date no
 
 void StoreEngine::promote(const std::string& productIdentifier) {
     auto settings = ledger_.settings();
-    settings.promotions.push_back(requireProduct(productIdentifier).identifier);
+    settings.promotions.push_back(requireProduct(catalogue_, productIdentifier).identifier);
     ledger_.put(std::move(settings));
 }
 
@@ -204,11 +206,11 @@ bool StoreEngine::answerPromotion(const std::string& productIdentifier) {
 }
 
 void StoreEngine::setRenews(const std::string& productIdentifier, bool renews) {
-    subscriptions_.setRenews(requireSubscription(productIdentifier), renews);
+    subscriptions_.setRenews(requireSubscription(ledger_, productIdentifier), renews);
 }
 
 void StoreEngine::setBilling(const std::string& productIdentifier, bool isFailing, Date now) {
-    const auto& product = requireProduct(productIdentifier);
+    const auto& product = requireProduct(catalogue_, productIdentifier);
     if (product.kind != ProductKind::autoRenewing)
         refuse(LocalStoreErrorCode::impossible, productIdentifier + " does not renew.");
     auto settings = ledger_.settings();
@@ -221,35 +223,6 @@ void StoreEngine::setBilling(const std::string& productIdentifier, bool isFailin
     const bool isSubscribed =
         found != ledger_.subscriptions().end() && found->second.productIdentifier == productIdentifier;
     if (!isFailing && isSubscribed) subscriptions_.collect(found->second, now);
-}
-
-const CatalogueProduct& StoreEngine::requireProduct(const std::string& identifier) const {
-    if (const auto* const product = catalogue_.product(identifier)) return *product;
-    refuse(LocalStoreErrorCode::unknown, "The store sells no product " + identifier + ".");
-}
-
-const StoreSubscription& StoreEngine::requireSubscription(const std::string& productIdentifier) const {
-    for (const auto& [group, subscription] : ledger_.subscriptions())
-        if (subscription.productIdentifier == productIdentifier) return subscription;
-    refuse(LocalStoreErrorCode::unknown, "Nobody is subscribed to " + productIdentifier + ".");
-}
-
-StoreTransaction StoreEngine::requireUndecided(const std::string& productIdentifier) const {
-    for (const auto& [number, transaction] : ledger_.transactions()) {
-        const bool isOpen = transaction.state == State::deferred || transaction.state == State::purchasing;
-        if (isOpen && transaction.productIdentifier == productIdentifier) return transaction;
-    }
-    refuse(LocalStoreErrorCode::unknown, "No payment for " + productIdentifier + " waits for approval.");
-}
-
-const StorePurchase& StoreEngine::requirePurchase(const std::string& identifier) const {
-    if (const auto* const purchase = ledger_.purchase(identifier)) return *purchase;
-    const auto& all = ledger_.purchases();
-    const auto latest = std::find_if(all.rbegin(), all.rend(), [&](const auto& entry) {
-        return entry.second.productIdentifier == identifier;
-    });
-    if (latest != all.rend()) return latest->second;
-    refuse(LocalStoreErrorCode::unknown, "Nothing was bought that is called " + identifier + ".");
 }
 
 } // namespace corvantile

@@ -53,10 +53,6 @@ public:
     void setBilling(const std::string& productIdentifier, bool isFailing, Date now);
 
 private:
-    [[nodiscard]] const CatalogueProduct& requireProduct(const std::string& identifier) const;
-    [[nodiscard]] const StoreSubscription& requireSubscription(const std::string& productIdentifier) const;
-    [[nodiscard]] StoreTransaction requireUndecided(const std::string& productIdentifier) const;
-    [[nodiscard]] const StorePurchase& requirePurchase(const std::string& identifier) const;
     [[nodiscard]] std::optional<StoreFailure> refusal(const StoreTransaction& transaction) const;
     void complete(StoreTransaction transaction, Date now);
     void fail(StoreTransaction transaction, StoreFailure failure);

@@ -36,6 +36,7 @@ void StoreSession::refresh() {
     isLoaded_ = true;
     writeReceipt();
     LocalStore::News news{.isAll = true};
+    news.updated.reserve(ledger.transactions().size());
     for (const auto& [number, transaction] : ledger.transactions()) news.updated.push_back(transaction);
     announce(std::move(news));
 }

@@ -12,4 +12,7 @@ namespace corvantile {
 // rounded. Gregorian, ASCII digits.
 [[nodiscard]] CORVANTILE_API std::string timestamp(Date date, std::chrono::seconds offset);
 
+// The same in UTC, as `2024-01-02T03:04:05.678Z`.
+[[nodiscard]] CORVANTILE_API std::string isoTimestamp(Date date);
+
 } // namespace corvantile

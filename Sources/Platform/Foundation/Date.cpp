@@ -50,4 +50,10 @@ std::string timestamp(Date date, std::chrono::seconds offset) {
     return calendarText(unixMilliseconds(date) + offset, true);
 }
 
+std::string isoTimestamp(Date date) {
+    auto text = timestamp(date, std::chrono::seconds(0));
+    text[text.find(' ')] = 'T';
+    return text + "Z";
+}
+
 } // namespace corvantile

@@ -12,7 +12,6 @@
 #include "Platform/Platform.hpp"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <optional>
 #include <string>
@@ -25,13 +24,6 @@ constexpr std::string_view account = "firstDate";
 constexpr std::string_view entry = "firstDate";
 
 Console& console() { return *Platform::current().ports().console; }
-
-// `2024-01-02T00:00:00.000Z`
-std::string consoleText(Date date) {
-    auto text = timestamp(date, std::chrono::seconds(0)) + "Z";
-    text[text.find(' ')] = 'T';
-    return text;
-}
 
 // The entry counts only as a whole: a value of another kind beside the date, and it is not ours.
 std::optional<Date> storedDate() {
@@ -75,7 +67,7 @@ bool FirstDatePlugin::publishStored() {
     const auto stored = storedDate();
     if (!stored) return false;
     firstDateSubject_.onNext(*stored);
-    console().debugPrint("First time install had been loaded (" + consoleText(*stored) + ").");
+    console().debugPrint("First time install had been loaded (" + isoTimestamp(*stored) + ").");
     return true;
 }
 
@@ -90,7 +82,7 @@ void FirstDatePlugin::save(Date date) {
         Locksmith::updateData(entryFor(date), account);
     }
     firstDateSubject_.onNext(date);
-    console().debugPrint("First time install had been recorded at: " + consoleText(date));
+    console().debugPrint("First time install had been recorded at: " + isoTimestamp(date));
 }
 
 void FirstDatePlugin::report(AnalyticPluggable& analytics, const std::exception_ptr& error) {

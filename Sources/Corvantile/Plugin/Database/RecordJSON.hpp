@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HostCore/JSONInteger.hpp"
 #include "Platform/Foundation/Date.hpp"
 #include "Platform/Foundation/NSError.hpp"
 
@@ -42,13 +43,10 @@ template <class Build>
 // The library would take a number for a boolean and the other way round.
 [[nodiscard]] inline bool boolean(const Object& value) { return value.get_ref<const Object::boolean_t&>(); }
 
-// No fraction is cut off, no sign or boolean taken for a number, and nothing wraps around.
 [[nodiscard]] inline std::int64_t integer(const Object& value) {
-    const bool fits =
-        value.is_number_integer() &&
-        !(value.is_number_unsigned() && value.get<std::uint64_t>() > static_cast<std::uint64_t>(INT64_MAX));
-    if (!fits) throw nlohmann::json::type_error::create(302, "not a 64-bit integer", &value);
-    return value.get<std::int64_t>();
+    const auto number = jsonInteger(value);
+    if (!number) throw nlohmann::json::type_error::create(302, "not a 64-bit integer", &value);
+    return *number;
 }
 
 [[nodiscard]] inline Date date(const Object& value) {

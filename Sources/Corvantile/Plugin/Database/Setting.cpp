@@ -7,22 +7,18 @@ namespace corvantile {
 std::vector<std::string> defaultIapPolicy() {
     return {
         "Payment is charged to your store account when you confirm the purchase.",
-        "The subscription renews automatically unless it is cancelled at least 24 hours before the end of "
-        "the "
-        "current period.",
-        "Your account is charged for renewal within 24 hours before the end of the current period, at the "
-        "price of "
-        "the plan you chose.",
-        "You can manage your subscription and turn off automatic renewal at any time in the settings of your "
-        "store "
-        "account.",
+        "The subscription renews automatically unless it is cancelled at least 24 hours before "
+        "the end of the current period.",
+        "Your account is charged for renewal within 24 hours before the end of the current period, "
+        "at the price of the plan you chose.",
+        "You can manage your subscription and turn off automatic renewal at any time "
+        "in the settings of your store account.",
         "Cancelling takes effect at the end of the current period; the subscription stays active until then.",
-        "If a free trial is offered, the subscription begins, and the first payment is charged, when the "
-        "trial "
-        "ends.",
+        "If a free trial is offered, the subscription begins, and the first payment is charged, "
+        "when the trial ends.",
         "Any unused part of a free trial is forfeited when you buy a subscription.",
-        "Prices may differ by country and are shown in the currency of your store account before you "
-        "confirm.",
+        "Prices may differ by country and are shown in the currency of your store account "
+        "before you confirm.",
     };
 }
 

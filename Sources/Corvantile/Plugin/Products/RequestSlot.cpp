@@ -8,30 +8,42 @@ RequestSlot::~RequestSlot() = default;
 
 RequestSlot::Watch RequestSlot::beginWatch() {
     const std::lock_guard lock(mutex_);
-    current_ = ++last_;
-    return last_;
+    watch_ = ++lastWatch_;
+    return lastWatch_;
 }
 
 void RequestSlot::endWatch() {
     const std::lock_guard lock(mutex_);
-    current_.reset();
+    watch_.reset();
 }
 
-// Nothing is disposed under the lock, here and below.
-bool RequestSlot::disposeAndClear(std::optional<Watch> watch) {
+std::optional<RequestSlot::Turn> RequestSlot::beginRequest(std::optional<Watch> watch) {
     std::unique_lock lock(mutex_);
-    if (isOver(watch)) return false;
-    const auto former = std::exchange(request_, {});
+    if (watch && watch != watch_) return std::nullopt;
+    const auto former = takeForNextTurn();
+    const auto turn = turn_;
     lock.unlock();
     former.dispose();
-    return true;
+    return turn;
 }
 
-void RequestSlot::keep(rx::Disposable request, std::optional<Watch> watch) {
+void RequestSlot::keep(Turn turn, rx::Disposable request) {
     std::unique_lock lock(mutex_);
-    if (!isOver(watch)) std::swap(request_, request);
+    if (turn == turn_) std::swap(request_, request);
     lock.unlock();
     request.dispose();
+}
+
+void RequestSlot::cancelRequest() {
+    std::unique_lock lock(mutex_);
+    const auto former = takeForNextTurn();
+    lock.unlock();
+    former.dispose();
+}
+
+rx::Disposable RequestSlot::takeForNextTurn() {
+    ++turn_;
+    return std::exchange(request_, {});
 }
 
 } // namespace corvantile

@@ -12,12 +12,13 @@ namespace corvantile {
 // Holds the handle of the one request that may be under way.
 //
 // A watch begins requests by itself, on a background queue, while main begins and ends watches. Whoever acts
-// for a watch names it and gets nowhere once that is no longer the current one: it can then neither cancel
-// the request of a later watch nor leave one running that nobody knows. Threads: any. The slot's own end
+// for a watch names it and gets nowhere once that is no longer the current one. The request that has begun
+// last wins, though its handle may come before that of an earlier one. Threads: any. The slot's own end
 // disposes nothing.
 class CORVANTILE_API RequestSlot {
 public:
     using Watch = std::uint64_t;
+    using Turn = std::uint64_t;
 
     RequestSlot() = default;
     RequestSlot(const RequestSlot&) = delete;
@@ -29,19 +30,22 @@ public:
     // No watch is the current one.
     void endWatch();
 
-    // Disposes of what is kept and keeps nothing. False, and nothing done, for a watch that is over.
-    bool disposeAndClear(std::optional<Watch> watch = std::nullopt);
-    // Keeps the request and disposes of one that came in between; of the request itself for a watch that is
-    // over.
-    void keep(rx::Disposable request, std::optional<Watch> watch = std::nullopt);
+    // Disposes of the request before; nullopt, and nothing done, for a watch that is over.
+    [[nodiscard]] std::optional<Turn> beginRequest(std::optional<Watch> watch = std::nullopt);
+    // Keeps the request that was begun with this turn, or disposes of it if it was cancelled meanwhile.
+    void keep(Turn turn, rx::Disposable request);
+    // Disposes of the request, whether it is kept by now or not, and keeps nothing.
+    void cancelRequest();
 
 private:
-    [[nodiscard]] bool isOver(std::optional<Watch> watch) const { return watch && watch != current_; }
+    // Nothing is disposed under the lock.
+    rx::Disposable takeForNextTurn();
 
     std::mutex mutex_;
-    Watch last_ = 0;
-    std::optional<Watch> current_;
-    rx::Disposable request_;
+    Watch lastWatch_ = 0;
+    std::optional<Watch> watch_;
+    Turn turn_ = 0;
+    rx::Disposable request_; // of this turn
 };
 
 } // namespace corvantile

@@ -38,7 +38,7 @@ void SKProductRequestPlugin::willResignActive(UIApplication&) { cancel(); }
 void SKProductRequestPlugin::cancel() {
     reloadDisposable_.endWatch();
     loadDisposable_.disposeAndClear();
-    reloadDisposable_.disposeAndClear();
+    reloadDisposable_.cancelRequest();
 }
 
 // The watch comes before the request. A list that is replayed to it counts, and is asked for at once when it
@@ -58,19 +58,19 @@ void SKProductRequestPlugin::reload() { request(std::nullopt); }
 
 // `watch`: on whose behalf, if not somebody's who is free to ask at any time.
 void SKProductRequestPlugin::request(std::optional<Watch> watch) {
-    if (!reloadDisposable_.disposeAndClear(watch)) return;
+    const auto turn = reloadDisposable_.beginRequest(watch);
+    if (!turn) return;
     const auto answers = InappHelper::request(productIdentifiers_)
                              .observeOn(rx::backgroundScheduler())
                              .subscribeOn(rx::backgroundScheduler());
-    reloadDisposable_.keep(indicator_.trackActivity(debugged(answers, 76, "reload()"))
-                               .subscribe(
-                                   [weak = weak_from_this()](const Products& products) {
-                                       if (const auto self = weak.lock()) self->publish(products);
-                                   },
-                                   [weak = weak_from_this()](const std::exception_ptr& error) {
-                                       if (const auto self = weak.lock()) self->publishFailure(error);
-                                   }),
-                           watch);
+    reloadDisposable_.keep(*turn, indicator_.trackActivity(debugged(answers, 76, "reload()"))
+                                      .subscribe(
+                                          [weak = weak_from_this()](const Products& products) {
+                                              if (const auto self = weak.lock()) self->publish(products);
+                                          },
+                                          [weak = weak_from_this()](const std::exception_ptr& error) {
+                                              if (const auto self = weak.lock()) self->publishFailure(error);
+                                          }));
 }
 
 void SKProductRequestPlugin::publish(const Products& products) {

@@ -12,7 +12,7 @@ namespace corvantile {
 class SKProduct;
 
 // The store's products as a stream. The streams of products and errors emit on a background queue and replay
-// their latest element; before the first answer they hold none.
+// their latest element, inside `subscribe`; before the first answer they hold none.
 class CORVANTILE_API SKProductRequestProtocol {
 public:
     using Products = std::vector<std::shared_ptr<SKProduct>>;

@@ -1,0 +1,49 @@
+#include "LocalStore/Engine/StoreLookups.hpp"
+
+#include "LocalStore/LocalStoreError.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+[[noreturn]] void refuse(std::string message) {
+    throw localStoreError(LocalStoreErrorCode::unknown, std::move(message));
+}
+
+} // namespace
+
+const CatalogueProduct& requireProduct(const Catalogue& catalogue, const std::string& identifier) {
+    if (const auto* const product = catalogue.product(identifier)) return *product;
+    refuse("The store sells no product " + identifier + ".");
+}
+
+const StoreSubscription& requireSubscription(const StoreLedger& ledger,
+                                             const std::string& productIdentifier) {
+    for (const auto& [group, subscription] : ledger.subscriptions())
+        if (subscription.productIdentifier == productIdentifier) return subscription;
+    refuse("Nobody is subscribed to " + productIdentifier + ".");
+}
+
+const StoreTransaction& requireUndecided(const StoreLedger& ledger, const std::string& productIdentifier) {
+    for (const auto& [number, transaction] : ledger.transactions()) {
+        const bool isOpen = transaction.state == SKPaymentTransactionState::deferred ||
+                            transaction.state == SKPaymentTransactionState::purchasing;
+        if (isOpen && transaction.productIdentifier == productIdentifier) return transaction;
+    }
+    refuse("No payment for " + productIdentifier + " waits for approval.");
+}
+
+const StorePurchase& requirePurchase(const StoreLedger& ledger, const std::string& identifier) {
+    if (const auto* const purchase = ledger.purchase(identifier)) return *purchase;
+    const auto& all = ledger.purchases();
+    const auto latest = std::find_if(all.rbegin(), all.rend(), [&](const auto& entry) {
+        return entry.second.productIdentifier == identifier;
+    });
+    if (latest != all.rend()) return latest->second;
+    refuse("Nothing was bought that is called " + identifier + ".");
+}
+
+} // namespace corvantile
