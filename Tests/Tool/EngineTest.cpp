@@ -1,14 +1,5 @@
-#include "Tools/corvantile/Engine.hpp"
 #include "Platform/Platform.hpp"
-#include "Tests/Tool/SampleFolder.hpp"
-#include "Tools/corvantile/Description/AppDescription.hpp"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
+#include "Tests/Tool/EngineFixture.hpp"
 
 namespace corvantile::tool {
 namespace {
@@ -17,8 +8,6 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-using Texts = std::vector<std::string>;
 
 // An app with a console and a recording sink, neither of which is registered at launch.
 constexpr const char* sampleApp = R"({
@@ -29,46 +18,9 @@ constexpr const char* sampleApp = R"({
               {"kind": "RecordingSink", "name": "backend", "register": "command", "ignore": ["quiet"]}]
 })";
 
-class EngineTest : public testing::Test {
+class EngineTest : public EngineFixture {
 protected:
-    void begin(const char* app = sampleApp, LaunchSwitches switches = {}) {
-        folder_.write("app.json", app);
-        engine_.emplace(readAppDescription(folder_.app(), frameworkRegistry()),
-                        HostOptions{.stateFolder = folder_.state(), .switches = switches},
-                        [this](const Happening& happening) { happenings_.push_back(happening); });
-    }
-
-    // Each line has to be played without a fault.
-    void play(const Texts& lines) {
-        if (!engine_) begin();
-        for (const auto& line : lines)
-            EXPECT_TRUE(engine_->play(line)) << line << ": " << happenings_.back().text;
-    }
-
-    // Why the line cannot be played.
-    std::string refusal(const std::string& line, const Origin& origin = {}) {
-        if (!engine_) begin();
-        EXPECT_FALSE(engine_->play(line, origin)) << line;
-        EXPECT_EQ(happenings_.back().kind, "error");
-        return happenings_.back().text;
-    }
-
-    // What has been told since this was last asked, by one of those who tell.
-    Texts takeTold(const std::string& who) {
-        Texts texts;
-        for (const auto& happening : std::exchange(happenings_, {}))
-            if (happening.who == who) texts.push_back(happening.text);
-        return texts;
-    }
-
-    Engine& engine() { return *engine_; }
-    const std::vector<Happening>& happenings() const { return happenings_; }
-    void end() { engine_.reset(); }
-
-private:
-    SampleFolder folder_;
-    std::vector<Happening> happenings_; // told on this thread: nothing here prints elsewhere
-    std::optional<Engine> engine_;
+    EngineTest() { begin(sampleApp); }
 };
 
 TEST_F(EngineTest, LeadsAnAppThroughItsLife) {
@@ -98,10 +50,9 @@ TEST_F(EngineTest, ExplainsWhatTheMomentOfTheAppsLifeDoesNotAllow) {
         {{"launch", "terminate"}, "activate", "launch starts it"},
     };
     for (const auto& [before, command, why] : cases) {
-        begin();
+        begin(sampleApp);
         play(before);
         EXPECT_THAT(refusal(command), HasSubstr(why)) << command;
-        end();
     }
 }
 
@@ -206,7 +157,6 @@ TEST_F(EngineTest, RefusesWhatItDoesNotUnderstandAndGoesOn) {
 }
 
 TEST_F(EngineTest, SaysATextWithoutEchoingTheCommand) {
-    begin();
     EXPECT_TRUE(engine().play("say it's \"all  there\"", {"script", {}}));
     EXPECT_EQ(takeTold("script"), Texts{"it's all  there"});
 }

@@ -2,8 +2,10 @@
 
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
+#include "DesktopPlatform/Keychain/Vault.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
+#include "Tools/corvantile/Delivery.hpp"
 #include "Tools/corvantile/NearestName.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Reporter.hpp"
@@ -17,24 +19,32 @@ namespace corvantile::tool {
 
 namespace {
 
-DesktopOptions optionsOf(const AppDescription& app, const std::filesystem::path& stateFolder,
-                         std::shared_ptr<Console> console) {
+DesktopOptions optionsOf(const AppDescription& app, const Device& device, std::shared_ptr<Console> console) {
     return {.bundleIdentifier = app.bundleIdentifier,
-            .stateFolder = stateFolder,
+            .stateFolder = device.stateFolder,
             .resourceFolder = app.folder,
-            .console = std::move(console)};
+            .reportsUnreadableEntries = true,
+            .console = std::move(console),
+            .httpRoutes = device.httpRoutes,
+            .ads = device.ads,
+            .adjust = device.attribution,
+            .store = app.store};
 }
 
 std::string switchText(bool isOn) { return isOn ? "on" : "off"; }
 
 } // namespace
 
-AppProcess::AppProcess(const AppDescription& app, const std::filesystem::path& stateFolder,
-                       const LaunchSwitches& switches, Reporter& reporter)
+AppProcess::AppProcess(const AppDescription& app, const Device& device, const LaunchSwitches& switches,
+                       Reporter& reporter)
     : reporter_(reporter),
       console_(std::make_shared<ReportingConsole>(reporter)),
-      platform_(optionsOf(app, stateFolder, console_)) {
+      platform_(optionsOf(app, device, console_)) {
+    platform_.vault().setLocked(device.isKeychainLocked);
     makeDelegate(app, switches);
+    if (Corvantile::dryRun() && app.hasPlugIn("AdjustPlugin"))
+        requireLocalDelivery(device.attribution, device.httpRoutes);
+    tellStart(app);
     followNetwork();
     makeSinks(app);
 }
@@ -42,14 +52,19 @@ AppProcess::AppProcess(const AppDescription& app, const std::filesystem::path& s
 AppProcess::~AppProcess() = default;
 
 void AppProcess::makeDelegate(const AppDescription& app, const LaunchSwitches& switches) {
+    if (app.hasStore()) queueWatch_.emplace(reporter_); // first: a batch is told before anybody acts on it
     PluggableApplicationDelegate::Plugins plugIns;
-    Names names;
     for (const auto& description : app.plugIns) {
         plugIns.push_back(description.make(switches));
         plugIns_.push_back({description.kind, plugIns.back().get()});
-        names.push_back(description.kind);
+        if (description.follow) description.follow(plugIns.back(), reporter_, followed_);
     }
     application().setDelegate(std::make_shared<PluggableApplicationDelegate>(std::move(plugIns)));
+}
+
+void AppProcess::tellStart(const AppDescription& app) {
+    Names names;
+    for (const auto& plugIn : plugIns_) names.push_back(plugIn.kind);
     reporter_.tell("host", "process",
                    "starts " + app.name + ": debug " + switchText(Corvantile::debug()) + ", dry run " +
                        switchText(Corvantile::dryRun()) + ", plug-ins " + listed(names),
@@ -77,9 +92,7 @@ void AppProcess::followNetwork() {
 
 void AppProcess::makeSinks(const AppDescription& app) {
     for (const auto& description : app.sinks) {
-        auto component = description.make(description.name, reporter_);
-        for (const auto& name : description.ignoredEventNames) component->ignore({name});
-        sinks_.push_back({description.name, description.kind, std::move(component)});
+        sinks_.push_back({description.name, description.kind, description.make(description, reporter_)});
         if (description.registersAtLaunch) registerSink(sinks_.back());
     }
     if (hasRegisteredSink()) Corvantile::queryAppDelegate<AnalyticPluggable>()->flush();
@@ -116,7 +129,7 @@ bool AppProcess::hasRegisteredSink() const {
     return std::any_of(sinks_.begin(), sinks_.end(), [](const Sink& sink) { return sink.registrations > 0; });
 }
 
-std::size_t AppProcess::consoleLines() const { return console_->count(); }
+std::size_t AppProcess::consoleEvents() const { return console_->eventCount(); }
 
 void AppProcess::settle() {
     constexpr std::chrono::seconds patience{1};

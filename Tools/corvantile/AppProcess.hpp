@@ -3,11 +3,15 @@
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
 #include "DesktopPlatform/DesktopPlatform.hpp"
 #include "Platform/Network/NetworkReachabilityManager.hpp"
+#include "Reactive/DisposeBag.hpp"
 #include "Tools/corvantile/Description/AppDescription.hpp"
+#include "Tools/corvantile/Streams/PurchaseStreams.hpp"
 
 #include <cstddef>
 #include <filesystem>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +23,15 @@ namespace corvantile::tool {
 
 class Reporter;
 class ReportingConsole;
+
+// What outlives a process of the app.
+struct Device {
+    std::filesystem::path stateFolder;
+    bool isKeychainLocked = false;
+    AdjustOptions attribution = {};
+    AdsOptions ads = {};
+    std::map<std::string, std::string> httpRoutes = {};
+};
 
 // A sink as the running app has it.
 struct Sink {
@@ -32,9 +45,10 @@ struct Sink {
 // plug-ins, the sinks, the network status. Threads: one, the platform's main thread, outside its loop.
 class AppProcess {
 public:
-    // Makes everything, registers the sinks that want it and awaits the first network status, for a moment.
-    AppProcess(const AppDescription& app, const std::filesystem::path& stateFolder,
-               const LaunchSwitches& switches, Reporter& reporter);
+    // Makes everything, registers the sinks that want it and awaits the first network status, for a moment. A
+    // Refusal when the app is not to be launched so.
+    AppProcess(const AppDescription& app, const Device& device, const LaunchSwitches& switches,
+               Reporter& reporter);
     AppProcess(const AppProcess&) = delete;
     AppProcess& operator=(const AppProcess&) = delete;
     ~AppProcess();
@@ -52,8 +66,8 @@ public:
     void registerSink(Sink& sink);
     [[nodiscard]] bool hasRegisteredSink() const;
 
-    // How many texts the framework has printed.
-    [[nodiscard]] std::size_t consoleLines() const;
+    // How many events the console sinks have printed.
+    [[nodiscard]] std::size_t consoleEvents() const;
 
     // Runs what the main queue holds by now.
     void settle();
@@ -65,6 +79,7 @@ private:
     };
 
     void makeDelegate(const AppDescription& app, const LaunchSwitches& switches);
+    void tellStart(const AppDescription& app);
     void makeSinks(const AppDescription& app);
     void followNetwork();
 
@@ -75,6 +90,8 @@ private:
     std::vector<Sink> sinks_;
     bool isNetworkTold_ = false;
     std::shared_ptr<NetworkReachabilityManager> networkWatch_;
+    rx::DisposeBag followed_; // what plug-ins publish
+    std::optional<PaymentQueueWatch> queueWatch_;
 };
 
 // `wifi`, `cellular`, `not reachable`, `unknown`.

@@ -21,7 +21,8 @@ struct Command {
     std::string help;      // one line
     std::function<void(Arguments)> run; // throws a Refusal, having done nothing
     std::vector<std::string> details = {};
-    bool isEchoed = true; // false: what it tells shows the command well enough
+    bool isEchoed = true;    // false: what it tells shows the command well enough
+    bool reachesFar = false; // what follows of it comes by way of background queues
 
     [[nodiscard]] std::string usage() const;
     // Refuses too few or too many words.

@@ -2,6 +2,7 @@
 
 #include "Tools/corvantile/Commands/Commands.hpp"
 #include "Tools/corvantile/Refusal.hpp"
+#include "Tools/corvantile/TextTable.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -24,18 +25,18 @@ std::string joined(Arguments words) {
     return text;
 }
 
-// Scalars in UTF-8 text.
-std::size_t columns(std::string_view text) {
-    const auto begins = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; };
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins));
-}
-
 } // namespace
 
 Engine::Engine(AppDescription app, HostOptions options, Reporter::Listener listener)
     : reporter_(std::move(listener)), host_(std::move(app), std::move(options), reporter_) {
     commands_.add(lifeCycleCommands(host_));
     commands_.add(trackingCommands(host_));
+    commands_.add(storageCommands(host_));
+    commands_.add(attributionCommands(host_));
+    commands_.add(purchaseCommands(host_));
+    commands_.add(storeCommands(host_));
+    commands_.add(deviceCommands(host_));
+    commands_.add(serverCommands(host_));
     commands_.add(inspectionCommands(host_));
     commands_.add(conversation());
 }
@@ -61,6 +62,7 @@ void Engine::run(std::string_view line, const Origin& origin) {
     origin_ = origin;
     command.run(given);
     host_.settle();
+    if (command.reachesFar) host_.awaitSilence();
 }
 
 void Engine::goOn(const std::function<bool()>& done) { host_.goOn(done, std::chrono::nanoseconds::max()); }
@@ -87,13 +89,13 @@ void Engine::help(Arguments given) {
 
 void Engine::helpWithAll() {
     std::size_t width = 0;
-    for (const auto& command : commands_.commands()) width = std::max(width, columns(command.usage()));
+    for (const auto& command : commands_.commands()) width = std::max(width, widthOf(command.usage()));
     for (const auto& command : commands_.commands()) helpWith(command, width);
 }
 
 void Engine::helpWith(const Command& command, std::size_t width) {
     auto usage = command.usage();
-    usage.append(width - std::min(width, columns(usage)), ' ');
+    usage.append(width - std::min(width, widthOf(usage)), ' ');
     reporter_.tell("host", "help", usage + "  " + command.help,
                    {{"command", command.name}, {"arguments", command.arguments}, {"help", command.help}});
 }

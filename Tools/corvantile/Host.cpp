@@ -1,8 +1,14 @@
 #include "Tools/corvantile/Host.hpp"
 
+#include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
+#include "DesktopPlatform/Keychain/Vault.hpp"
 #include "Platform/Application/UIApplicationDelegate.hpp"
+#include "Tools/corvantile/AppDeletion.hpp"
+#include "Tools/corvantile/Delivery.hpp"
+#include "Tools/corvantile/NearestName.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Reporter.hpp"
+#include "Tools/corvantile/Server/PlayedServer.hpp"
 
 #include <algorithm>
 #include <string>
@@ -36,16 +42,31 @@ std::string_view describe(LifeCycle lifeCycle) {
 }
 
 Host::Host(AppDescription app, HostOptions options, Reporter& reporter)
-    : app_(std::move(app)), options_(std::move(options)), reporter_(reporter) {}
+    : app_(std::move(app)),
+      options_(std::move(options)),
+      device_{.stateFolder = options_.stateFolder.empty() ? defaultStateFolder(app_.bundleIdentifier)
+                                                          : options_.stateFolder,
+              .attribution = app_.attribution,
+              .ads = app_.ads,
+              .httpRoutes = app_.httpRoutes},
+      reporter_(reporter) {
+    if (app_.hasServer || options_.hasServer) playServer();
+}
 
 Host::~Host() = default;
+
+void Host::playServer() {
+    server_ = std::make_unique<PlayedServer>(reporter_);
+    device_.attribution.endpoint = server_->address();
+    device_.httpRoutes["https://api-adservices.apple.com"] = server_->address();
+}
 
 void Host::launch(const LaunchSwitches& asked) {
     const LaunchSwitches switches{.debug = asked.debug || options_.switches.debug,
                                   .dryRun = asked.dryRun || options_.switches.dryRun};
     if (process_) throw Refusal("the app runs already: relaunch ends it and starts it again");
     checkSwitches(switches);
-    process_.emplace(app_, options_.stateFolder, switches, reporter_);
+    process_.emplace(app_, device_, switches, reporter_);
     const bool answer = process_->delegate().didFinishLaunchingWithOptions(process_->application(), {});
     lifeCycle_ = LifeCycle::inactive;
     reporter_.tell("host", "launch", std::string("didFinishLaunching → ") + (answer ? "true" : "false"),
@@ -55,6 +76,8 @@ void Host::launch(const LaunchSwitches& asked) {
 void Host::checkSwitches(const LaunchSwitches& switches) const {
     if ((switches.debug || switches.dryRun) && !app_.hasPlugIn("DebugPlugin"))
         throw Refusal("debug and dry run are switched on by a DebugPlugin, and this app has none");
+    if (switches.dryRun && app_.hasPlugIn("AdjustPlugin"))
+        requireLocalDelivery(device_.attribution, device_.httpRoutes);
 }
 
 void Host::activate() {
@@ -84,6 +107,8 @@ void Host::take(const Step& step) {
                       std::string(describe(lifeCycle_)) + ": " + std::string(wayOut(lifeCycle_)));
     auto& running = process();
     (running.delegate().*step.callback)(running.application());
+    if (step.from == LifeCycle::active || step.to == LifeCycle::active)
+        running.platform().adjust().setActive(step.to == LifeCycle::active);
     lifeCycle_ = step.to;
     reporter_.tell("host", std::string(step.command), std::string(step.name));
 }
@@ -102,6 +127,50 @@ void Host::relaunch(const LaunchSwitches& switches) {
     checkSwitches(switches);
     if (process_) terminate();
     launch(switches);
+}
+
+void Host::reinstall() {
+    if (process_) {
+        process_.reset();
+        lifeCycle_ = LifeCycle::notRunning;
+        reporter_.tell("host", "process", "kills " + app_.name);
+    }
+    const auto [deleted, kept] = deleteApp(device_.stateFolder);
+    reporter_.tell("host", "reinstall",
+                   "reinstalls " + app_.name + ": deletes " + listed(deleted) +
+                       "; what stays: " + listed(kept),
+                   {{"deleted", EventValue::List(deleted.begin(), deleted.end())},
+                    {"kept", EventValue::List(kept.begin(), kept.end())}});
+}
+
+void Host::setKeychainLocked(bool locked) {
+    device_.isKeychainLocked = locked;
+    if (process_) process_->platform().vault().setLocked(locked);
+    reporter_.tell("host", locked ? "lock" : "unlock",
+                   locked ? "locks the keychain: it reads as empty and refuses to save"
+                          : "unlocks the keychain");
+}
+
+void Host::setOnline(bool isOnline) {
+    device_.attribution.isOffline = !isOnline;
+    reporter_.tell("host", isOnline ? "online" : "offline",
+                   isOnline ? "lets packages leave" : "lets no package leave: they stay in the outbox");
+    if (process_) process_->platform().adjust().setOnline(isOnline);
+}
+
+void Host::setAds(const AdsOptions& ads) {
+    device_.ads = ads;
+    if (process_) process_->platform().ads().set(ads);
+}
+
+PlayedServer& Host::server() {
+    if (server_) return *server_;
+    throw Refusal("this play has no server: call play --server, or say \"server\": true in app.json");
+}
+
+void Host::refuseMissing(const std::string& service) {
+    throw Refusal("this app has no plug-in that offers " + service + "; one would be " +
+                  listed(frameworkRegistry().offering(service)));
 }
 
 AppProcess& Host::process() {
@@ -124,6 +193,17 @@ void Host::goOn(const std::function<bool()>& done, std::chrono::nanoseconds dura
 
 void Host::settle() {
     if (process_) process_->settle();
+}
+
+void Host::awaitSilence() {
+    if (!app_.hasStore()) return;
+    constexpr std::chrono::milliseconds moment{80};
+    constexpr int mostMoments = 60;
+    for (int passed = 0; passed < mostMoments; ++passed) {
+        const auto before = reporter_.count();
+        goOn([] { return false; }, moment);
+        if (reporter_.count() == before) return;
+    }
 }
 
 } // namespace corvantile::tool

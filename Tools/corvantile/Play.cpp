@@ -35,16 +35,18 @@ class Session {
 public:
     Session(AppDescription app, const PlayOptions& options)
         : face_(makeFace(options.json)),
-          engine_(
-              std::move(app),
-              {.stateFolder = options.state, .switches = options.switches, .isInterrupted = isInterrupted},
-              [this](const Happening& happening) { show(happening); }) {}
+          engine_(std::move(app),
+                  {.stateFolder = options.state,
+                   .switches = options.switches,
+                   .isInterrupted = isInterrupted,
+                   .hasServer = options.hasServer},
+                  [this](const Happening& happening) { show(happening); }) {}
 
     ExitCode playScript(std::ifstream& script, const std::filesystem::path& file) {
         std::string line;
         for (int number = 1; !isOver() && std::getline(script, line); ++number) {
             const Origin origin{"script", file.string() + ":" + std::to_string(number)};
-            if (!engine_.play(line, origin)) return ExitCode::commandFailed;
+            if (!engine_.play(line, origin)) return ExitCode::failed;
         }
         return outcome();
     }
@@ -85,7 +87,7 @@ private:
 
     [[nodiscard]] ExitCode outcome() const {
         if (isInterrupted()) return ExitCode::interrupted;
-        return failed_ ? ExitCode::commandFailed : ExitCode::success;
+        return failed_ ? ExitCode::failed : ExitCode::success;
     }
 
     const std::unique_ptr<Face> face_;
@@ -105,40 +107,25 @@ AppDescription readApp(const PlayOptions& options) {
     return readAppDescription(folder, frameworkRegistry());
 }
 
-template <class Body>
-ExitCode guarded(const Body& body) {
-    heedInterruption();
-    try {
-        return body();
-    } catch (const Refusal& refusal) {
-        std::cerr << "corvantile: " << refusal.what() << '\n';
-        return ExitCode::usage;
-    }
-}
-
 } // namespace
 
 ExitCode play(const PlayOptions& options) {
-    return guarded([&] {
-        auto app = readApp(options);
-        if (options.script.empty()) return Session(std::move(app), options).playInput();
-        auto script = openScript(options.script);
-        return Session(std::move(app), options).playScript(script, options.script);
-    });
+    auto app = readApp(options);
+    if (options.script.empty()) return Session(std::move(app), options).playInput();
+    auto script = openScript(options.script);
+    return Session(std::move(app), options).playScript(script, options.script);
 }
 
 ExitCode playTour() {
-    return guarded([] {
-        const TemporaryFolder state;
-        const PlayOptions options{.state = state.path()};
-        auto app = readApp(options);
-        const auto file = app.folder / "tour.play";
-        auto script = openScript(file);
-        Session session(std::move(app), options);
-        const auto code = session.playScript(script, file);
-        const bool goesOn = code == ExitCode::success && !session.isOver() && ::isatty(STDIN_FILENO) == 1;
-        return goesOn ? session.playInput() : code;
-    });
+    const TemporaryFolder state;
+    const PlayOptions options{.state = state.path()};
+    auto app = readApp(options);
+    const auto file = app.folder / "tour.play";
+    auto script = openScript(file);
+    Session session(std::move(app), options);
+    const auto code = session.playScript(script, file);
+    const bool goesOn = code == ExitCode::success && !session.isOver() && ::isatty(STDIN_FILENO) == 1;
+    return goesOn ? session.playInput() : code;
 }
 
 } // namespace corvantile::tool

@@ -1,24 +1,23 @@
 #pragma once
 
 #include "Tools/corvantile/Description/PlugInRegistry.hpp"
+#include "Tools/corvantile/ExitCode.hpp"
 
 #include <filesystem>
 
 namespace corvantile::tool {
-
-// What the tool leaves to whoever called it.
-enum class ExitCode { success = 0, commandFailed = 1, usage = 2, interrupted = 130 };
 
 struct PlayOptions {
     std::filesystem::path app = {};    // empty: the sample app
     std::filesystem::path state = {};  // empty: the app's own
     std::filesystem::path script = {}; // empty: standard input
     LaunchSwitches switches = {};
+    bool hasServer = false;
     bool json = false;
 };
 
 // Plays commands from a script, which the first failure ends, or from standard input: a prompt on a terminal,
-// else a pipe, where a failure is remembered and the play goes on.
+// else a pipe, where a failure is remembered and the play goes on. A Refusal when it cannot begin.
 [[nodiscard]] ExitCode play(const PlayOptions& options);
 
 // Plays the sample app's tour, on a state that does not last; on a terminal one can then go on.

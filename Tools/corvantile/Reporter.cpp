@@ -10,6 +10,7 @@ void Reporter::tell(std::string who, std::string kind, std::string text, EventVa
     Happening happening{
         .who = std::move(who), .kind = std::move(kind), .text = std::move(text), .fields = std::move(fields)};
     const std::lock_guard lock(mutex_);
+    ++count_;
     happening.time = std::chrono::steady_clock::now() - begin_;
     listener_(happening);
 }

@@ -2,7 +2,9 @@
 
 #include "Tools/corvantile/Happening.hpp"
 
+#include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -22,10 +24,14 @@ public:
 
     void tell(std::string who, std::string kind, std::string text, EventValue::Map fields = {});
 
+    // How many happenings there were.
+    [[nodiscard]] std::size_t count() const { return count_.load(); }
+
 private:
     const Listener listener_;
     const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
     std::mutex mutex_;
+    std::atomic<std::size_t> count_{0};
 };
 
 } // namespace corvantile::tool

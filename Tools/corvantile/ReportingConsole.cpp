@@ -11,7 +11,7 @@ ReportingConsole::ReportingConsole(Reporter& reporter) : reporter_(reporter) {}
 ReportingConsole::~ReportingConsole() = default;
 
 void ReportingConsole::print(std::string_view text) {
-    ++count_;
+    if (text.starts_with(R"("\n<-+-)")) ++eventCount_;
     reporter_.tell("console", "console", std::string(text));
 }
 

@@ -18,12 +18,12 @@ public:
 
     void print(std::string_view text) override;
 
-    // How many texts there were.
-    [[nodiscard]] std::size_t count() const { return count_.load(); }
+    // How many of them were events, in the frame that console sinks print.
+    [[nodiscard]] std::size_t eventCount() const { return eventCount_.load(); }
 
 private:
     Reporter& reporter_;
-    std::atomic<std::size_t> count_{0};
+    std::atomic<std::size_t> eventCount_{0};
 };
 
 } // namespace corvantile::tool

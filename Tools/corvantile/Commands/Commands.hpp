@@ -11,6 +11,12 @@ class Host;
 
 [[nodiscard]] std::vector<Command> lifeCycleCommands(Host& host);
 [[nodiscard]] std::vector<Command> trackingCommands(Host& host);
+[[nodiscard]] std::vector<Command> storageCommands(Host& host);
+[[nodiscard]] std::vector<Command> attributionCommands(Host& host);
+[[nodiscard]] std::vector<Command> purchaseCommands(Host& host);
+[[nodiscard]] std::vector<Command> storeCommands(Host& host);
+[[nodiscard]] std::vector<Command> deviceCommands(Host& host);
+[[nodiscard]] std::vector<Command> serverCommands(Host& host);
 [[nodiscard]] std::vector<Command> inspectionCommands(Host& host);
 
 } // namespace corvantile::tool

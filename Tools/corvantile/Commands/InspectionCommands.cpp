@@ -1,6 +1,7 @@
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
+#include "Tools/corvantile/Delivery.hpp"
 #include "Tools/corvantile/Host.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Reporter.hpp"
@@ -50,9 +51,15 @@ void runStatus(Host& host) {
     tellStatus(host, "app",
                host.app().name + " (" + host.app().bundleIdentifier + "), " +
                    std::string(describe(host.lifeCycle())));
+    tellStatus(host, "state", host.stateFolder().string());
+    const auto& attribution = host.device().attribution;
+    const auto endpoint = deliveryEndpoint(attribution);
+    tellStatus(host, "attribution",
+               (endpoint.empty() ? "no endpoint" : endpoint) +
+                   (attribution.isOffline ? ", offline" : ", online"));
+    tellStatus(host, "keychain", host.isKeychainLocked() ? "locked" : "unlocked");
     if (host.lifeCycle() == LifeCycle::notRunning) return;
     auto& process = host.process();
-    tellStatus(host, "state", process.platform().stateFolder().string());
     tellStatus(host, "switches",
                std::string("debug ") + (Corvantile::debug() ? "on" : "off") + ", dry run " +
                    (Corvantile::dryRun() ? "on" : "off"));

@@ -1,10 +1,10 @@
 #include "Corvantile/Corvantile.hpp"
+#include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
 #include "Tools/corvantile/EventText.hpp"
 #include "Tools/corvantile/Host.hpp"
-#include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Reporter.hpp"
 #include "Tools/corvantile/Values.hpp"
 
@@ -17,13 +17,6 @@ namespace corvantile::tool {
 
 namespace {
 
-// Of the running app; refused when it does not run.
-std::shared_ptr<AnalyticPluggable> findRouter(Host& host) {
-    static_cast<void>(host.process());
-    if (auto router = Corvantile::queryAppDelegate<AnalyticPluggable>()) return router;
-    throw Refusal("this app has no plug-in that offers " + std::string(AnalyticPluggable::typeName));
-}
-
 AnalyticEvent makeEvent(const std::string& name, std::optional<EventParameters> parameters) {
     return parameters ? AnalyticEvent(name, std::move(*parameters)) : AnalyticEvent(name);
 }
@@ -33,12 +26,16 @@ bool isConsoleComponent(const AnalyticComponent& component) {
     return typeid(component) == typeid(ConsoleComponent);
 }
 
+std::shared_ptr<AdjustAnalyticComponent> asAdjust(const Sink& sink) {
+    return std::dynamic_pointer_cast<AdjustAnalyticComponent>(sink.component);
+}
+
 // Says of each sink that kept silent about an event why it did. A recording sink tells by itself what it got
-// and what it ignores.
+// and what it ignores; the attribution sink tells what it got.
 class Silence {
 public:
     Silence(Host& host, const AnalyticEvent& event)
-        : host_(host), event_(event), linesBefore_(host.process().consoleLines()) {}
+        : host_(host), event_(event), eventsBefore_(host.process().consoleEvents()) {}
 
     void explain(bool hasRevenue) {
         auto& process = host_.process();
@@ -54,6 +51,8 @@ public:
                 explainConsole(sink);
             else if (Corvantile::dryRun())
                 tellOf(sink, "is passed over: dry run");
+            else if (asAdjust(sink) && !sink.component->shouldTrack(event_))
+                tellIgnored(sink);
             isFirstConsole = isFirstConsole && !isConsole;
         }
     }
@@ -61,10 +60,12 @@ public:
 private:
     void explainConsole(const Sink& sink) {
         if (!Corvantile::dryRun() && !sink.component->shouldTrack(event_))
-            tellOf(sink, "ignores " + event_.name + ": it is on its list");
-        else if (host_.process().consoleLines() == linesBefore_)
+            tellIgnored(sink);
+        else if (host_.process().consoleEvents() == eventsBefore_)
             tellOf(sink, "cannot print " + event_.name + ": JSON holds no date, nor text that is not UTF-8");
     }
+
+    void tellIgnored(const Sink& sink) { tellOf(sink, "ignores " + event_.name + ": it is on its list"); }
 
     void tellOf(const Sink& sink, const std::string& why) {
         host_.reporter().tell("sink", "silent", sink.name + " " + why,
@@ -77,7 +78,7 @@ private:
 
     Host& host_;
     const AnalyticEvent& event_;
-    const std::size_t linesBefore_;
+    const std::size_t eventsBefore_;
 };
 
 void track(Host& host, AnalyticPluggable& router, const AnalyticEvent& event,
@@ -93,18 +94,29 @@ void track(Host& host, AnalyticPluggable& router, const AnalyticEvent& event,
 }
 
 void runTrack(Host& host, Arguments given) {
-    const auto router = findRouter(host);
+    const auto router = host.service<AnalyticPluggable>();
     track(host, *router, makeEvent(given[0].text, parseParameters(given.subspan(1))), std::nullopt);
 }
 
 void runRevenue(Host& host, Arguments given) {
-    const auto router = findRouter(host);
+    const auto router = host.service<AnalyticPluggable>();
     const Revenue revenue{parseAmount(given[1].text), parseCurrency(given[2].text)};
     track(host, *router, makeEvent(given[0].text, parseParameters(given.subspan(3))), revenue);
 }
 
+// As the sink's `ignore` does with all the names at once.
+void replaceIgnored(Host& host, AdjustAnalyticComponent& adjust, const std::string& sink, Arguments given) {
+    Names names;
+    for (const auto& word : given) names.push_back(word.text);
+    host.reporter().tell("host", "ignore",
+                         "tells sink " + sink + " to ignore " + listed(names) + ", and nothing else any more",
+                         {{"sink", sink}, {"events", EventValue::List(names.begin(), names.end())}});
+    adjust.setIgnoredEventNames(std::move(names));
+}
+
 void runIgnore(Host& host, Arguments given) {
     auto& sink = host.process().sink(given[0].text);
+    if (const auto adjust = asAdjust(sink)) return replaceIgnored(host, *adjust, sink.name, given.subspan(1));
     for (const auto& word : given.subspan(1)) {
         sink.component->ignore({word.text});
         host.reporter().tell("host", "ignore", "tells sink " + sink.name + " to ignore " + word.text,
@@ -113,7 +125,7 @@ void runIgnore(Host& host, Arguments given) {
 }
 
 void runFlush(Host& host) {
-    findRouter(host)->flush();
+    host.service<AnalyticPluggable>()->flush();
     host.reporter().tell("host", "flush", "asks the router for what it has buffered");
 }
 
@@ -138,8 +150,11 @@ std::vector<Command> trackingCommands(Host& host) {
              auto& process = host.process();
              process.registerSink(process.sink(given[0].text));
          }},
-        {"ignore", "SINK NAME…", "add names of events to a sink's list, until the app ends",
-         [&host](Arguments given) { runIgnore(host, given); }},
+        {"ignore",
+         "SINK NAME…",
+         "add names of events to a sink's list, until the app ends",
+         [&host](Arguments given) { runIgnore(host, given); },
+         {"The list of an AdjustAnalyticComponent is replaced, by design."}},
         {"flush", "", "ask the router for the events it has buffered (by design it keeps them)",
          [&host](Arguments) { runFlush(host); }},
     };

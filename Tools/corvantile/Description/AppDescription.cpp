@@ -2,19 +2,17 @@
 
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
 #include "Tools/corvantile/Description/DescriptionObject.hpp"
+#include "Tools/corvantile/Description/Services.hpp"
+#include "Tools/corvantile/FileText.hpp"
 #include "Tools/corvantile/NearestName.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace corvantile::tool {
@@ -22,14 +20,6 @@ namespace corvantile::tool {
 namespace {
 
 using nlohmann::json;
-
-std::string readText(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::string text(std::istreambuf_iterator<char>(stream), {});
-    if (stream.is_open() && !stream.bad()) return text;
-    throw Refusal(file.string() + ": expected an app description, but it cannot be read: " +
-                  std::generic_category().message(errno));
-}
 
 // The reader would let the last of two members of one name win, silently.
 class DuplicateKeys {
@@ -87,13 +77,15 @@ public:
     Reader(const PlugInRegistry& registry, const DescriptionObject& top) : registry_(registry), top_(top) {}
 
     AppDescription read() {
-        top_.allow({"bundleIdentifier", "name", "plugins", "sinks"});
+        top_.allow({"bundleIdentifier", "name", "plugins", "sinks", "attribution", "ads", "httpRoutes",
+                    "server", "promoteInstall", "store"});
         readNames();
         for (const auto& kind : registry_.plugIns)
             app_.services.insert(app_.services.end(), kind.offers.begin(), kind.offers.end());
         for (const auto& object : top_.objects("plugins")) readPlugIn(object);
         for (const auto& object : top_.objects("sinks")) readSink(object);
         checkNeeds();
+        readServices(top_, app_);
         return std::move(app_);
     }
 
@@ -114,7 +106,7 @@ private:
     void readPlugIn(const DescriptionObject& object) {
         object.allow({"kind", "configuration"});
         const auto& kind = findKind(registry_.plugIns, "plug-in", object);
-        app_.plugIns.push_back({kind.name, kind.read(object.object("configuration"))});
+        app_.plugIns.push_back({kind.name, kind.read(object.object("configuration")), kind.follow});
         for (const auto& offered : kind.offers) offered_.insert(offered.name);
         for (const auto& needed : kind.needs) needs_.push_back({object, kind.name, needed});
     }
@@ -170,7 +162,7 @@ bool AppDescription::hasPlugIn(const std::string& kind) const {
 
 AppDescription readAppDescription(const std::filesystem::path& folder, const PlugInRegistry& registry) {
     const auto file = folder / "app.json";
-    const auto document = parse(readText(file), file.string());
+    const auto document = parse(readFileText(file, "an app description"), file.string());
     auto app = Reader(registry, DescriptionObject(document, file.string(), {})).read();
     app.folder = folder;
     return app;

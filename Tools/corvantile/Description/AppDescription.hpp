@@ -1,8 +1,12 @@
 #pragma once
 
+#include "DesktopPlatform/Adjust/AdjustOptions.hpp"
+#include "DesktopPlatform/Ads/LocalAds.hpp"
+#include "DesktopPlatform/Store/DesktopStoreOptions.hpp"
 #include "Tools/corvantile/Description/PlugInRegistry.hpp"
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -11,6 +15,7 @@ namespace corvantile::tool {
 struct PlugInDescription {
     std::string kind;
     MakePlugIn make;
+    FollowPlugIn follow;
 };
 
 struct SinkDescription {
@@ -31,7 +36,16 @@ struct AppDescription {
     std::vector<Service>
         services; // all that can be looked up, whether a plug-in of this app offers it or not
 
+    AdjustOptions attribution;
+    AdsOptions ads;
+    DesktopStoreOptions store;
+    std::map<std::string, std::string> httpRoutes;
+    bool hasServer = false;     // the tool plays the services that the app talks to
+    std::string promoteInstall; // a JSON file of the bundle, without its ending; empty: none
+
     [[nodiscard]] bool hasPlugIn(const std::string& kind) const;
+    // A catalogue is named, whatever is in it.
+    [[nodiscard]] bool hasStore() const { return !store.catalogue.empty(); }
 };
 
 // Reads `folder`/app.json. What cannot be read, is not known, or would end the app's process for want of a

@@ -62,12 +62,33 @@ bool DescriptionObject::boolean(std::string_view key, bool otherwise) const {
     return *found;
 }
 
+std::uint64_t DescriptionObject::unsignedInteger(std::string_view key) const {
+    const auto* const found = find(key);
+    if (found == nullptr) refuse(key, "is missing: expected a whole number");
+    if (!found->is_number_unsigned()) refuseKind(key, "a whole number", *found);
+    return *found;
+}
+
+std::optional<double> DescriptionObject::amount(std::string_view key) const {
+    const auto* const found = find(key);
+    if (found == nullptr) return std::nullopt;
+    if (!found->is_number() || found->get<double>() < 0) refuseKind(key, "a number from 0 on", *found);
+    return found->get<double>();
+}
+
 std::vector<std::string> DescriptionObject::texts(std::string_view key) const {
     std::vector<std::string> texts;
     for (const auto& member : list(key)) {
         if (!member.is_string()) refuseKind(placeOf(key, texts.size()), "a text", member);
         texts.push_back(member);
     }
+    return texts;
+}
+
+std::map<std::string, std::string> DescriptionObject::textsByName(std::string_view key) const {
+    const auto members = object(key);
+    std::map<std::string, std::string> texts;
+    for (const auto& [name, value] : members.object_.items()) texts.emplace(name, members.text(name));
     return texts;
 }
 

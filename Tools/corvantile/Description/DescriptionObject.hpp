@@ -2,7 +2,11 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <cstdint>
+#include <filesystem>
 #include <initializer_list>
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,11 +26,19 @@ public:
     [[nodiscard]] std::string text(std::string_view key) const;
     [[nodiscard]] std::string text(std::string_view key, std::string_view otherwise) const;
     [[nodiscard]] bool boolean(std::string_view key, bool otherwise) const;
+    [[nodiscard]] std::uint64_t unsignedInteger(std::string_view key) const;
+    // Not negative; nullopt when the member is missing.
+    [[nodiscard]] std::optional<double> amount(std::string_view key) const;
+    [[nodiscard]] bool has(std::string_view key) const { return find(key) != nullptr; }
     // Nothing when the member is missing.
     [[nodiscard]] std::vector<std::string> texts(std::string_view key) const;
+    [[nodiscard]] std::map<std::string, std::string> textsByName(std::string_view key) const;
     [[nodiscard]] std::vector<DescriptionObject> objects(std::string_view key) const;
     // An empty object when the member is missing.
     [[nodiscard]] DescriptionObject object(std::string_view key) const;
+
+    // Where the description lies: the app's bundle.
+    [[nodiscard]] std::filesystem::path folder() const { return std::filesystem::path(file_).parent_path(); }
 
     // `key` may be empty: the object itself is at fault.
     [[noreturn]] void refuse(std::string_view key, std::string_view why) const;

@@ -1,9 +1,17 @@
 #include "Tools/corvantile/Description/PlugInRegistry.hpp"
 
 #include "Corvantile/DebugPlugin.hpp"
+#include "Corvantile/Extension/UserDefaultsDatabase.hpp"
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
+#include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
+#include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
+#include "Corvantile/Plugin/Database/UserPreference.hpp"
+#include "Tools/corvantile/Description/AppDescription.hpp"
+#include "Tools/corvantile/Description/AttributionKinds.hpp"
+#include "Tools/corvantile/Description/PurchaseKinds.hpp"
 #include "Tools/corvantile/RecordingSink.hpp"
+#include "Tools/corvantile/Streams/StorageStreams.hpp"
 
 #include <algorithm>
 
@@ -21,20 +29,37 @@ MakePlugIn readDebugPlugin(const DescriptionObject& configuration) {
     };
 }
 
-MakePlugIn readAnalyticPlugin(const DescriptionObject& configuration) {
+MakePlugIn readUserPreference(const DescriptionObject& configuration) {
     configuration.allow({});
-    return [](const LaunchSwitches&) { return std::make_shared<AnalyticPlugin>(); };
+    return [](const LaunchSwitches&) {
+        return std::make_shared<UserPreference>(std::make_shared<UserDefaultsDatabase>());
+    };
+}
+
+// For a kind without configuration.
+template <class PlugIn>
+MakePlugIn readPlain(const DescriptionObject& configuration) {
+    configuration.allow({});
+    return [](const LaunchSwitches&) { return std::make_shared<PlugIn>(); };
+}
+
+std::shared_ptr<AnalyticComponent> ignoring(const std::vector<std::string>& names,
+                                            std::shared_ptr<AnalyticComponent> sink) {
+    for (const auto& name : names) sink->ignore({name});
+    return sink;
 }
 
 MakeSink readConsoleComponent(const DescriptionObject& configuration) {
     configuration.allow({});
-    return [](const std::string&, Reporter&) { return std::make_shared<ConsoleComponent>(); };
+    return [](const SinkDescription& sink, Reporter&) {
+        return ignoring(sink.ignoredEventNames, std::make_shared<ConsoleComponent>());
+    };
 }
 
 MakeSink readRecordingSink(const DescriptionObject& configuration) {
     configuration.allow({});
-    return [](const std::string& name, Reporter& reporter) {
-        return std::make_shared<RecordingSink>(name, reporter);
+    return [](const SinkDescription& sink, Reporter& reporter) {
+        return ignoring(sink.ignoredEventNames, std::make_shared<RecordingSink>(sink.name, reporter));
     };
 }
 
@@ -50,9 +75,34 @@ std::vector<std::string> PlugInRegistry::offering(const std::string& service) co
 }
 
 PlugInRegistry frameworkRegistry() {
+    const auto name = [](std::string_view typeName) { return std::string(typeName); };
     return {.plugIns = {{"DebugPlugin", {}, {}, readDebugPlugin},
-                        {"AnalyticPlugin", {service<AnalyticPluggable>()}, {}, readAnalyticPlugin}},
-            .sinks = {{"ConsoleComponent", readConsoleComponent}, {"RecordingSink", readRecordingSink}}};
+                        {"AnalyticPlugin", {service<AnalyticPluggable>()}, {}, readPlain<AnalyticPlugin>},
+                        {"UserPreference",
+                         {service<UserPreferenceProtocol>()},
+                         {},
+                         readUserPreference,
+                         followUserPreference},
+                        {"DatabasePlugin",
+                         {service<DatabasePluggable>()},
+                         {name(UserPreferenceProtocol::typeName)},
+                         readPlain<DatabasePlugin>,
+                         followDatabasePlugin},
+                        {"FirstDatePlugin",
+                         {service<FirstDatePluggable>()},
+                         {name(AnalyticPluggable::typeName)},
+                         readPlain<FirstDatePlugin>,
+                         followFirstDatePlugin},
+                        adjustPlugin(),
+                        adNetworkPlugin(),
+                        productRequestPlugin(),
+                        productPromoPlugin(),
+                        consumablePlugin(),
+                        receiptPlugin(),
+                        receiptTrackingPlugin()},
+            .sinks = {{"ConsoleComponent", readConsoleComponent},
+                      {"RecordingSink", readRecordingSink},
+                      adjustAnalyticComponent()}};
 }
 
 } // namespace corvantile::tool

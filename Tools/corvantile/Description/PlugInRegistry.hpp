@@ -11,11 +11,15 @@
 namespace corvantile {
 class AnalyticComponent;
 class PluggableApplicationDelegateService;
+namespace rx {
+class DisposeBag;
+} // namespace rx
 } // namespace corvantile
 
 namespace corvantile::tool {
 
 class Reporter;
+struct SinkDescription;
 
 // Switched on for one launch, whatever the description says.
 struct LaunchSwitches {
@@ -38,7 +42,11 @@ template <class Protocol>
 }
 
 using MakePlugIn = std::function<std::shared_ptr<PluggableApplicationDelegateService>(const LaunchSwitches&)>;
-using MakeSink = std::function<std::shared_ptr<AnalyticComponent>(const std::string& name, Reporter&)>;
+// Tells, until the bag goes, what a plug-in of the kind publishes.
+using FollowPlugIn = std::function<void(const std::shared_ptr<PluggableApplicationDelegateService>&,
+                                        Reporter&, rx::DisposeBag&)>;
+// With the events that the description lets it ignore.
+using MakeSink = std::function<std::shared_ptr<AnalyticComponent>(const SinkDescription&, Reporter&)>;
 
 // What a description calls "kind": how its configuration is read, once, and how one is made, at each launch.
 struct PlugInKind {
@@ -46,6 +54,7 @@ struct PlugInKind {
     std::vector<Service> offers;
     std::vector<std::string> needs; // services without which the framework ends the process
     std::function<MakePlugIn(const DescriptionObject& configuration)> read;
+    FollowPlugIn follow = {};
 };
 
 struct SinkKind {

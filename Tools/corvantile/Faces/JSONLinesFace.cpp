@@ -36,6 +36,8 @@ struct ToJSON {
 
 JSON toJSON(const EventValue& value) { return std::visit(ToJSON(), value.variant()); }
 
+std::string dumped(const JSON& json) { return json.dump(-1, ' ', false, JSON::error_handler_t::replace); }
+
 } // namespace
 
 std::string jsonLine(const Happening& happening) {
@@ -45,8 +47,10 @@ std::string jsonLine(const Happening& happening) {
               {"kind", happening.kind},
               {"text", happening.text}};
     if (!happening.fields.empty()) json["fields"] = toJSON(happening.fields);
-    return json.dump(-1, ' ', false, JSON::error_handler_t::replace);
+    return dumped(json);
 }
+
+std::string jsonText(const EventValue& value) { return dumped(toJSON(value)); }
 
 JSONLinesFace::JSONLinesFace(std::ostream& stream) : stream_(stream) {}
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Corvantile/Plugin/Analytic/EventValue.hpp"
 #include "Tools/corvantile/Faces/Face.hpp"
 
 #include <iosfwd>
@@ -25,5 +26,6 @@ private:
 };
 
 [[nodiscard]] std::string jsonLine(const Happening& happening);
+[[nodiscard]] std::string jsonText(const EventValue& value);
 
 } // namespace corvantile::tool

@@ -1,5 +1,7 @@
 #include "Tools/corvantile/Faces/TerminalFace.hpp"
 
+#include "Tools/corvantile/Faces/VisibleText.hpp"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -23,23 +25,6 @@ std::string timeText(std::chrono::nanoseconds time) {
     return text;
 }
 
-std::string visible(std::string_view text, std::size_t indentation) {
-    std::string out;
-    for (const char character : text) {
-        const auto code = static_cast<unsigned char>(character);
-        if (character == '\n') {
-            out.append(1, '\n').append(indentation, ' ');
-        } else if ((code < 0x20 && character != '\t') || code == 0x7F) {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u{%02X}", code);
-            out += escape;
-        } else {
-            out += character;
-        }
-    }
-    return out;
-}
-
 std::string_view mark(const Happening& happening) {
     if (happening.kind == "error") return "error: ";
     return happening.kind == "command" ? "> " : "";
@@ -59,7 +44,7 @@ std::string_view colourOf(const Happening& happening) {
 std::string terminalLine(const Happening& happening) {
     auto line = timeText(happening.time) + "  " + happening.who;
     line.append(whoWidth - std::min(whoWidth, happening.who.size()) + 2, ' ');
-    return line + std::string(mark(happening)) + visible(happening.text, line.size());
+    return line + std::string(mark(happening)) + visibleText(happening.text, line.size());
 }
 
 TerminalFace::TerminalFace(std::ostream& stream, bool isColoured)

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "Corvantile/Corvantile.hpp"
+#include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
+#include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
+#include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
+#include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
+#include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
+#include "Corvantile/Plugin/Products/ConsumablePlugin.hpp"
+#include "CorvantileIAP/IAPReceiptPlugin.hpp"
+#include "Platform/Application/UIApplication.hpp"
+#include "Platform/Store/SKPayment.hpp"
+
+#include <initializer_list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+// The app of the story: all that has to do with purchases, and a back end of its own beside the SDK.
+namespace corvantile {
+
+constexpr const char* storyCatalogue = R"({"version": {"major": 4, "minor": 0},
+    "settings": {"_storefront": "USA", "_locale": "en_US", "_billingGracePeriodEnabled": true},
+    "products": [
+        {"productID": "gems", "type": "Consumable", "displayPrice": "0.99"},
+        {"productID": "themes", "type": "NonConsumable", "displayPrice": "9.99"}],
+    "subscriptionGroups": [
+        {"id": "1", "name": "Pro", "subscriptions": [
+            {"productID": "pro", "type": "RecurringSubscription", "displayPrice": "4.99",
+             "recurringSubscriptionPeriod": "P1M", "subscriptionGroupID": "1",
+             "introductoryOffer": {"paymentMode": "free", "subscriptionPeriod": "P1W"}}]},
+        {"id": "2", "name": "Cloud", "subscriptions": [
+            {"productID": "cloud", "type": "RecurringSubscription", "displayPrice": "29.99",
+             "recurringSubscriptionPeriod": "P1Y", "subscriptionGroupID": "2"}]}]})";
+
+using Lines = std::vector<std::string>;
+
+// What the back end got, line by line. Threads: any.
+class BackEnd final : public AnalyticComponent {
+public:
+    [[nodiscard]] const std::vector<std::string>& ignoredEventNames() const override { return ignored_; }
+    void ignore(std::initializer_list<std::string_view>) override {}
+    void track(const AnalyticEvent& event) override { note(text(event)); }
+    void track(const AnalyticEvent& event, const NSDecimalNumber& with,
+               const std::string& currency) override {
+        note(text(event) + " + " + with.description() + " " + currency);
+    }
+    void trackIAPSubs(const NSDecimalNumber& price, const std::string& currency, const std::string& transId,
+                      const std::optional<Date>& date, const std::optional<std::string>& region) override {
+        note("subscription " + transId + " " + price.description() + " " + currency + " " +
+             region.value_or("-") + " " + describe(date.value_or(Date{})).substr(0, 10));
+    }
+    void note(std::string line) {
+        const std::lock_guard lock(mutex_);
+        lines_.push_back(std::move(line));
+    }
+    [[nodiscard]] Lines lines() const {
+        const std::lock_guard lock(mutex_);
+        return lines_;
+    }
+
+private:
+    static std::string text(const AnalyticEvent& event) {
+        auto line = event.name;
+        for (const auto& [key, value] : event.params.value_or(EventParameters())) {
+            const auto* const plain = value.as<std::string>();
+            if (key != AnalyticEvent::connectionStatusKey)
+                line += " " + (plain != nullptr ? *plain : value.description());
+        }
+        return line;
+    }
+
+    std::vector<std::string> ignored_;
+    mutable std::mutex mutex_;
+    Lines lines_;
+};
+
+// Makes the app on the current platform and launches it.
+inline void launchStoryApp(const std::shared_ptr<BackEnd>& backEnd) {
+    const auto router = std::make_shared<AnalyticPlugin>();
+    const auto firstDate = std::make_shared<FirstDatePlugin>();
+    const auto adjust = std::make_shared<AdjustPlugin>("storystory12", true);
+    // Before the records: what it finishes they do not see any more, whichever thread reads the receipt.
+    const auto consumables = std::make_shared<ConsumablePlugin>(std::vector<std::string>{"gems"});
+    const auto records = std::make_shared<IAPReceiptPlugin>(
+        std::vector<IAPReceiptPlugin::Product>{{"pro", "plan"}, {"cloud"}, {"themes"}, {"gems"}});
+    const auto tracking = std::make_shared<IAPReceiptTrackingPlugin>();
+    const auto application = UIApplication::shared();
+    application->setDelegate(std::make_shared<PluggableApplicationDelegate>(
+        PluggableApplicationDelegate::Plugins{router, firstDate, adjust, consumables, records, tracking}));
+    consumables->consumableProducts().subscribe([backEnd](const std::vector<std::string>& products) {
+        for (const auto& product : products) backEnd->note("consumes " + product);
+    });
+    using Tokens = AdjustAnalyticComponent::EventTokens;
+    // The back end comes last: what it has, the SDK has.
+    router->registerComponents(
+        {std::make_shared<AdjustAnalyticComponent>(Tokens{{"trial_subscribe_plan", "trial1"},
+                                                          {"renew_plan", "renew1"},
+                                                          {"subscribe_themes", "theme1"},
+                                                          {"enter_grace_period", "grace1"}}),
+         backEnd});
+    static_cast<void>(application->delegate()->didFinishLaunchingWithOptions(*application, {}));
+    application->delegate()->didBecomeActive(*application);
+}
+
+} // namespace corvantile

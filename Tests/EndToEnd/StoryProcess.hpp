@@ -1,0 +1,148 @@
+#pragma once
+
+#include "LocalStore/LocalStore.hpp"
+#include "TestPlatform/RecordingAdjust.hpp"
+#include "TestPlatform/TestDevice.hpp"
+#include "TestPlatform/TestPlatform.hpp"
+#include "Tests/EndToEnd/StoryApp.hpp"
+
+#ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
+#include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
+#include "DesktopPlatform/DesktopPlatform.hpp"
+#include "Tests/DesktopPlatform/TemporaryFolder.hpp"
+
+#include <fstream>
+#endif
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+// The story's app on a platform: `launch`, `terminate`, `goTo` a date, running or not; `settle` until `done`;
+// what the attribution SDK was given, over all processes.
+namespace corvantile {
+
+inline std::string sdkEvent(const std::string& token, const std::string& revenue,
+                            const std::string& currency) {
+    return "event " + token + (revenue.empty() ? "" : " " + revenue + " " + currency);
+}
+inline std::string sdkSubscription(const std::string& transaction, const std::string& price,
+                                   const std::string& currency) {
+    return "subscription " + transaction + " " + price + " " + currency;
+}
+
+// In virtual time: what falls due happens at its own moment.
+class TestStory {
+public:
+    void launch() {
+        TestOptions options;
+        options.localStore = TestStoreOptions{.catalogue = storyCatalogue};
+        platform_ = TestPlatform::launch(device_, options);
+    }
+    void terminate() {
+        if (platform_) collect();
+        platform_.reset();
+    }
+    [[nodiscard]] LocalStore& store() { return platform_->localStore(); }
+    void goTo(Date date) {
+        const auto duration = std::chrono::duration_cast<std::chrono::nanoseconds>(date - device_.now());
+        if (platform_)
+            platform_->advance(duration);
+        else
+            device_.pass(duration);
+    }
+    void settle(const std::function<bool()>&) {
+        if (platform_) platform_->runUntilIdle();
+    }
+    [[nodiscard]] Lines sdk() {
+        auto all = sent_;
+        for (const auto& call : platform_->adjust().calls()) note(call, all);
+        return all;
+    }
+
+private:
+    void collect() {
+        for (const auto& call : platform_->adjust().calls()) note(call, sent_);
+    }
+    static void note(const RecordingAdjust::Call& call, Lines& lines) {
+        if (const auto* const event = std::get_if<ADJEvent>(&call)) {
+            std::array<char, 32> revenue{};
+            if (event->revenue())
+                std::snprintf(revenue.data(), revenue.size(), "%.5f", event->revenue()->amount);
+            lines.push_back(sdkEvent(event->eventToken(), revenue.data(),
+                                     event->revenue() ? event->revenue()->currency : ""));
+        }
+        if (const auto* const bought = std::get_if<ADJSubscription>(&call))
+            lines.push_back(
+                sdkSubscription(bought->transactionId(), bought->price().description(), bought->currency()));
+    }
+
+    TestDevice device_;
+    std::unique_ptr<TestPlatform> platform_;
+    Lines sent_;
+};
+
+#ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
+// On real threads and files. The store's clock jumps, and the app's follows it.
+class DesktopStory {
+public:
+    DesktopStory() { std::ofstream(folder_.path() / "story.storekit") << storyCatalogue; }
+
+    void launch() {
+        const auto clock = std::make_shared<StoreTime>();
+        DesktopOptions options{.stateFolder = folder_.path() / "state", .adjust = {.isOffline = true}};
+        options.store = {
+            .catalogue = folder_.path() / "story.storekit", .clockRate = 0, .start = TestDevice::startDate};
+        options.decorate = [clock](Ports& ports) { ports.clock = clock; };
+        platform_ = std::make_unique<DesktopPlatform>(std::move(options));
+        clock->store = &platform_->store();
+        if (target_) goTo(*std::exchange(target_, std::nullopt));
+    }
+    void terminate() { platform_.reset(); }
+    [[nodiscard]] LocalStore& store() { return platform_->store(); }
+    void goTo(Date date) {
+        if (platform_)
+            store().advance(date - store().now());
+        else
+            target_ = date;
+    }
+    void settle(const std::function<bool()>& done) {
+        if (platform_) static_cast<void>(platform_->runMainLoopUntil(done, std::chrono::seconds(10)));
+    }
+    [[nodiscard]] Lines sdk() {
+        Lines lines;
+        for (const auto& package : platform_->adjust().packages()) {
+            if (package.kind == PackageKind::event)
+                lines.push_back(sdkEvent(package.eventToken, package.revenue, package.currency));
+            if (package.kind == PackageKind::subscription)
+                lines.push_back(sdkSubscription(package.transactionId, package.revenue, package.currency));
+        }
+        return lines;
+    }
+
+private:
+    struct StoreTime final : Clock {
+        [[nodiscard]] Date now() const override { return store->now(); }
+        [[nodiscard]] std::chrono::seconds localOffset(Date) const override { return {}; }
+        LocalStore* store = nullptr;
+    };
+
+    TemporaryFolder folder_;
+    std::optional<Date> target_; // reached while the app did not run
+    std::unique_ptr<DesktopPlatform> platform_;
+};
+
+using Stories = testing::Types<TestStory, DesktopStory>;
+#else
+using Stories = testing::Types<TestStory>;
+#endif
+
+} // namespace corvantile

@@ -1,0 +1,128 @@
+#include "Tools/corvantile/Receipts/Receipts.hpp"
+#include "Tests/Tool/EngineFixture.hpp"
+#include "Tests/Tool/SampleCatalogue.hpp"
+#include "Tools/corvantile/Refusal.hpp"
+
+#include <sstream>
+
+namespace corvantile::tool {
+namespace {
+
+using testing::HasSubstr;
+
+// Transactions in no order: a trial of 2023-12-30, its conversion, a renewal that is over and one that is
+// not, a purchase for good, and one of a product that nobody sells.
+constexpr const char* receipt = R"({"status": 0, "environment": "Sandbox", "latest_receipt_info": [
+    {"transaction_id": "13", "original_transaction_id": "11", "product_id": "app.pro",
+     "purchase_date": "2024-02-06 00:00:00 Etc/GMT", "expires_date": "2024-03-06 00:00:00 Etc/GMT"},
+    {"transaction_id": "11", "original_transaction_id": "11", "product_id": "app.pro",
+     "purchase_date": "2023-12-30 00:00:00 Etc/GMT", "expires_date": "2024-01-06 00:00:00 Etc/GMT",
+     "is_trial_period": "true"},
+    {"transaction_id": "12", "original_transaction_id": "11", "product_id": "app.pro",
+     "purchase_date": "2024-01-06 00:00:00 Etc/GMT", "expires_date": "2024-04-06 00:00:00 Etc/GMT"},
+    {"transaction_id": "14", "original_transaction_id": "11", "product_id": "app.pro",
+     "purchase_date": "2024-03-06 00:00:00 Etc/GMT", "expires_date": "2024-04-06 00:00:00 Etc/GMT"},
+    {"transaction_id": "21", "original_transaction_id": "21", "product_id": "app.themes",
+     "purchase_date": "2024-03-01 00:00:00 Etc/GMT"},
+    {"transaction_id": "31", "original_transaction_id": "31", "product_id": "app.gone",
+     "purchase_date": "2024-03-02 00:00:00 Etc/GMT"}]})";
+
+class Receipts : public EngineFixture {
+protected:
+    Receipts() {
+        options_.catalogue = folder().write("Catalogue.storekit", sampleCatalogue);
+        options_.receipts = {folder().write("receipt.json", receipt)};
+        options_.now = "2024-03-10";
+    }
+
+    std::string explained(ExitCode expected = ExitCode::success) {
+        std::ostringstream out;
+        EXPECT_EQ(explainReceipts(options_, out), expected);
+        auto text = out.str();
+        const auto name = folder().app().string() + "/";
+        for (auto at = text.find(name); at != std::string::npos; at = text.find(name))
+            text.erase(at, name.size());
+        return text;
+    }
+
+    ReceiptOptions options_;
+};
+
+TEST_F(Receipts, AreExplainedTransactionByTransaction) {
+    EXPECT_EQ(explained(), R"(receipt.json
+  2023-12-30 00:00:00 +0000  11  app.pro     first purchase, a trial          trial_subscribe_app.pro 0 USD; subscription 0 USD; total_subscription 0 USD
+  2024-01-06 00:00:00 +0000  12  app.pro     second, after a trial            trial_conversion_app.pro 4.99 USD; subscription 4.99 USD
+  2024-02-06 00:00:00 +0000  13  app.pro     later purchase, over             silent: expired
+  2024-03-01 00:00:00 +0000  21  app.themes  first purchase, does not expire  subscribe_app.themes 9.99 USD as revenue; total_subscription 9.99 USD
+  2024-03-02 00:00:00 +0000  31  app.gone                                     silent: no category: the catalogue has no such product
+  2024-03-06 00:00:00 +0000  14  app.pro     later purchase                   renew_app.pro 4.99 USD
+
+Reported of each product, and the revenue
+  app.gone    0 of 1  0
+  app.pro     3 of 4  4.99 USD
+  app.themes  1 of 1  9.99 USD
+
+Revenue by month
+  2024-01  4.99 USD  ####################
+  2024-02  0 USD
+  2024-03  9.99 USD  ########################################
+)");
+}
+
+TEST_F(Receipts, CountFromTheFirstDateAndOnceOnly) {
+    options_.firstDate = "2024-01-01";
+    options_.receipts.push_back(options_.receipts.front());
+    const auto text = explained();
+
+    EXPECT_THAT(text,
+                HasSubstr("11  app.pro                                      silent: before the first date"));
+    EXPECT_THAT(text, HasSubstr("12  app.pro     later purchase                   renew_app.pro 4.99 USD"));
+    EXPECT_THAT(text, HasSubstr("14  app.pro     later purchase                   silent: already marked"));
+    EXPECT_THAT(text, HasSubstr("\n  app.pro     2 of 8  0 USD\n"));
+}
+
+TEST_F(Receipts, KnowFromTheStateFolderWhatTheAppHasReported) {
+    begin(R"({"bundleIdentifier": "com.example.app",
+              "plugins": [{"kind": "AnalyticPlugin"}, {"kind": "FirstDatePlugin"},
+                          {"kind": "IAPReceiptPlugin", "configuration": {"products": [{"identifier": "app.coins"}]}},
+                          {"kind": "IAPReceiptTrackingPlugin"}],
+              "sinks": [{"kind": "RecordingSink", "name": "backend"}],
+              "store": {"catalogue": "Catalogue.storekit"}})");
+    play({"launch", "activate", "buy coins"});
+    awaitText("backend got total_subscription");
+    options_.state = folder().state();
+    options_.receipts = {folder().write("later.json", R"({"status": 0, "latest_receipt_info": [
+        {"transaction_id": "200000000000001", "original_transaction_id": "200000000000001",
+         "product_id": "app.coins", "purchase_date_ms": "4102444800000"},
+        {"transaction_id": "8", "product_id": "app.coins", "original_transaction_id": "8",
+         "purchase_date_ms": "1000"}]})")};
+    options_.json = true;
+    const auto text = explained();
+
+    EXPECT_THAT(text, HasSubstr(R"("silent":"before the first date","transaction":8})"));
+    EXPECT_THAT(text, HasSubstr(R"("silent":"already marked","transaction":200000000000001})"));
+}
+
+TEST_F(Receipts, TellWhatIsWrongWithAFile) {
+    const auto file = folder().write("status.json", R"({"status": 21003})");
+    options_.receipts.insert(options_.receipts.begin(), file);
+    EXPECT_THAT(explained(ExitCode::failed),
+                testing::StartsWith("wrong: status.json: The receipt is not authentic.\nreceipt.json\n"));
+
+    options_.catalogue = file;
+    EXPECT_THAT(explained(ExitCode::failed), HasSubstr("wrong: "));
+    options_.receipts = {"/nowhere"};
+    options_.catalogue = folder().write("Catalogue.storekit", sampleCatalogue);
+    EXPECT_THROW(explained(), Refusal);
+}
+
+TEST_F(Receipts, ComeFromACatalogueThatIsShownAsATable) {
+    std::ostringstream table, json;
+    EXPECT_EQ(showCatalogue(options_.catalogue, false, table), ExitCode::success);
+    EXPECT_THAT(table.str(), HasSubstr("app.pro     RecurringSubscription  4.99 USD  P1M  free for P1W\n"));
+    EXPECT_EQ(showCatalogue(options_.catalogue, true, json), ExitCode::success);
+    EXPECT_THAT(json.str(), HasSubstr(R"("kind":"Consumable","price":"0.99","product":"app.coins")"));
+}
+
+} // namespace
+} // namespace corvantile::tool

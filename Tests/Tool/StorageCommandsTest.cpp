@@ -1,0 +1,110 @@
+#include "Tests/Tool/EngineFixture.hpp"
+#include "Tests/Tool/GoldenState.hpp"
+
+namespace corvantile::tool {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* goldenApp = R"({
+    "bundleIdentifier": "com.example.golden",
+    "name": "App",
+    "plugins": [{"kind": "AnalyticPlugin"}, {"kind": "UserPreference"}, {"kind": "DatabasePlugin"},
+                {"kind": "FirstDatePlugin"}]
+})";
+
+constexpr const char* firstDate = "FirstDatePlugin publishes firstDate: 2026-11-23 00:00:00 +0000";
+
+class StorageCommands : public EngineFixture {
+protected:
+    StorageCommands() { begin(goldenApp); }
+
+    Texts awaitRecords() {
+        awaitText("DatabasePlugin publishes isLoaded");
+        return takeTold("plugin");
+    }
+};
+
+TEST_F(StorageCommands, WorkOnWhatAnEarlierVersionStored) {
+    copyGoldenState(folder().state());
+    play({"launch", "activate"});
+
+    EXPECT_THAT(awaitRecords(), ElementsAre(firstDate, "UserPreference publishes isLoaded: true",
+                                            "DatabasePlugin publishes application: "
+                                            "Application(updatedTime: 2026-11-23 00:37:22 +0000)",
+                                            "DatabasePlugin publishes setting: Setting(iapPolicy: 2 lines, "
+                                            "manageSubscriptionEnabled: true, reviewAppEnabled: false)",
+                                            "DatabasePlugin publishes isLoaded: true"));
+
+    play({"setting reviewAppEnabled=true iapPolicy='[\"a\"]'", "reload", "reset"});
+    EXPECT_THAT(takeTold("plugin"), ElementsAre(HasSubstr("iapPolicy: 1 lines, manageSubscriptionEnabled: "
+                                                          "true, reviewAppEnabled: true"),
+                                                HasSubstr("application: Application(updatedTime: 2026-11-23 "
+                                                          "00:37:22"),
+                                                StartsWith("DatabasePlugin publishes application: ")));
+
+    play({"delete Setting", "delete appconfig_Setting", "setting reviewAppEnabled=false"});
+    EXPECT_THAT(takeTold("host"),
+                ElementsAre("no stored name begins with Setting",
+                            "deletes appconfig_Setting_2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB",
+                            "updates the setting: reviewAppEnabled=false",
+                            StartsWith("nothing is published: ")));
+}
+
+TEST_F(StorageCommands, AReinstallDeletesWhatGoesWithTheAppAndNothingElse) {
+    copyGoldenState(folder().state());
+    for (const auto* const name : {"notes", "receipt", "store.sqlite"})
+        folder().write(std::string("state/") + name, "");
+    play({"launch"});
+    takeTold("host");
+
+    play({"reinstall"});
+
+    EXPECT_THAT(takeTold("host"),
+                ElementsAre("kills App",
+                            "reinstalls App: deletes receipt, user-defaults.sqlite, user-defaults.sqlite-shm, "
+                            "user-defaults.sqlite-wal, vendor-identifier; what stays: keychain, notes, store.sqlite"));
+    play({"launch", "activate"});
+    EXPECT_THAT(takeTold("plugin"), ElementsAre(firstDate));
+}
+
+TEST_F(StorageCommands, ALockedKeychainStaysSoUntilUnlock) {
+    copyGoldenState(folder().state());
+    play({"lock", "launch", "relaunch", "activate", "firstdate"});
+    EXPECT_EQ(happenings().back().text, "no first date is published yet: activate does it");
+    EXPECT_THAT(takeTold("console"), Contains(HasSubstr("cannot be read and counts as absent")));
+
+    play({"unlock", "resign", "activate", "firstdate"});
+    EXPECT_EQ(happenings().back().text, "the first date is 2026-11-23 00:00:00 +0000");
+}
+
+TEST_F(StorageCommands, ExplainWhatTheyCannotDo) {
+    EXPECT_THAT(refusal("reset"), HasSubstr("the app does not run"));
+    play({"launch"});
+    EXPECT_THAT(refusal("setting reviewAppEnabled=false"), HasSubstr("no setting to change yet"));
+    EXPECT_THAT(refusal("delete"), HasSubstr("there is no user whose records could be deleted"));
+    play({"reset"});
+    EXPECT_THAT(happenings().back().text, StartsWith("that waits for the first record"));
+    awaitRecords();
+    const struct {
+        const char* line;
+        const char* why;
+    } cases[] = {
+        {"setting", "setting wants KEY=VALUE…"},
+        {"setting {}", "expected KEY=VALUE, such as reviewAppEnabled=false"},
+        {"setting reviewApp=true", "did you mean reviewAppEnabled?"},
+        {"setting reviewAppEnabled=yes", "expected true or false, but found \"yes\""},
+        {"setting iapPolicy='[1]'", "expected a JSON list of texts, but found [1]"},
+        {"setting iapPolicy=5", "expected a text, in quotes if need be"},
+    };
+    for (const auto& [line, why] : cases) EXPECT_THAT(refusal(line), HasSubstr(why)) << line;
+    begin(R"({"bundleIdentifier": "a", "plugins": []})");
+    play({"launch"});
+    EXPECT_THAT(refusal("firstdate"), HasSubstr("offers FirstDatePluggable; one would be FirstDatePlugin"));
+}
+
+} // namespace
+} // namespace corvantile::tool

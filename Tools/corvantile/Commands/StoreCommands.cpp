@@ -1,0 +1,234 @@
+#include "Corvantile/Corvantile.hpp"
+#include "LocalStore/LocalStore.hpp"
+#include "Platform/Foundation/NSError.hpp"
+#include "Platform/Store/SKPaymentQueue.hpp"
+#include "Tools/corvantile/Commands/Commands.hpp"
+#include "Tools/corvantile/Host.hpp"
+#include "Tools/corvantile/NearestName.hpp"
+#include "Tools/corvantile/Refusal.hpp"
+#include "Tools/corvantile/Reporter.hpp"
+#include "Tools/corvantile/Store/CatalogueText.hpp"
+#include "Tools/corvantile/Store/StoreText.hpp"
+
+#include <charconv>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace corvantile::tool {
+
+namespace {
+
+LocalStore& storeOf(Host& host) { return host.process().platform().store(); }
+
+// What the store refuses is refused.
+template <class Act>
+auto ask(Act act) {
+    try {
+        return act();
+    } catch (const NSError& error) {
+        throw Refusal(error.localizedDescription());
+    }
+}
+
+// A command about one product: `act` gets the store and the product, and answers what to tell.
+template <class Act>
+Command about(Host& host, std::string name, std::string arguments, std::string help, Act act) {
+    const auto run = [&host, name, act](Arguments given) {
+        auto& store = storeOf(host);
+        const auto product = productNamed(store.catalogue(), given[0].text);
+        const std::string told = ask([&] { return act(store, product, given.subspan(1)); });
+        host.reporter().tell("store", name, told, {{"product", product}});
+    };
+    return {std::move(name), std::move(arguments), std::move(help), run};
+}
+
+int parseQuantity(const std::string& text) {
+    int quantity = 0;
+    const auto end = text.data() + text.size();
+    if (const auto [at, error] = std::from_chars(text.data(), end, quantity);
+        error == std::errc() && at == end && quantity > 0)
+        return quantity;
+    throw Refusal("expected how many, such as 3, but found \"" + text + "\"");
+}
+
+// Nobody should look for events that are held back by design.
+void explainSilence(Host& host) {
+    if (!Corvantile::debug() || Corvantile::dryRun() || !host.app().hasPlugIn("IAPReceiptTrackingPlugin"))
+        return;
+    host.reporter().tell("host", "silent",
+                         "purchase analytics begins no pass in debug mode, except in a dry run");
+}
+
+Command buyCommand(Host& host) {
+    const auto buy = [&host](LocalStore&, const std::string& product, Arguments given) {
+        const int quantity = given.empty() ? 1 : parseQuantity(given[0].text);
+        SKPaymentQueue::defaultQueue()->addPayment(std::make_shared<SKPayment>(product, quantity));
+        explainSilence(host);
+        return "a payment for " + product + " begins";
+    };
+    auto command =
+        about(host, "buy", "ID [QUANTITY]", "buy a product in the app, through the payment queue", buy);
+    command.details = {"ID is a product's identifier, or the end of it: coins100",
+                       "fail, defer and store offline decide beforehand what becomes of it."};
+    return command;
+}
+
+std::vector<Command> paymentCommands(Host& host) {
+    return {
+        buyCommand(host),
+        about(host, "fail", "ID REASON", "let the next payment for a product fail: cancelled, network, …",
+              [](LocalStore& store, const std::string& product, Arguments given) {
+                  store.failNextPayment(product, parseFailure(given[0].text));
+                  return "the next payment for " + product + " will fail: " + given[0].text;
+              }),
+        about(host, "defer", "ID", "let the next payment for a product wait for somebody's approval",
+              [](LocalStore& store, const std::string& product, Arguments) {
+                  store.deferNextPayment(product);
+                  return "the next payment for " + product + " will wait for approval";
+              }),
+        about(host, "approve", "ID", "approve the payment that waits",
+              [](LocalStore& store, const std::string& product, Arguments) {
+                  store.approve(product);
+                  return "the payment for " + product + " is approved";
+              }),
+        about(host, "decline", "ID", "decline the payment that waits",
+              [](LocalStore& store, const std::string& product, Arguments) {
+                  store.decline(product);
+                  return "the payment for " + product + " is declined";
+              }),
+        about(host, "promote", "ID", "choose a product in the store, outside the app",
+              [](LocalStore& store, const std::string& product, Arguments) {
+                  store.promote(product);
+                  return "the customer chooses " + product + " in the store";
+              }),
+    };
+}
+
+std::vector<Command> subscriptionCommands(Host& host) {
+    return {
+        about(host, "cancel", "ID", "let a subscription end with its period",
+              [](LocalStore& store, const std::string& product, Arguments) {
+                  store.setRenews(product, false);
+                  return product + " will not renew";
+              }),
+        about(host, "billing", "ID ok|failing", "let renewals of a product be paid, or not",
+              [](LocalStore& store, const std::string& product, Arguments given) {
+                  const auto& state = given[0].text;
+                  if (state != "ok" && state != "failing")
+                      throw Refusal(unknownName("state of billing", state, {"ok", "failing"}));
+                  store.setBillingFails(product, state == "failing");
+                  return "renewals of " + product + (state == "ok" ? " are paid" : " are not paid");
+              }),
+    };
+}
+
+void runRestore(Host& host) {
+    static_cast<void>(host.process());
+    host.reporter().tell("store", "restore", "the app asks for what was bought before");
+    SKPaymentQueue::defaultQueue()->restoreCompletedTransactions();
+}
+
+void runRefund(Host& host, Arguments given) {
+    auto& store = storeOf(host);
+    const auto& text = given[0].text;
+    const bool isTransaction = text.find_first_not_of("0123456789") == std::string::npos;
+    const auto identifier = isTransaction ? text : productNamed(store.catalogue(), text);
+    ask([&] { store.refund(identifier); });
+    host.reporter().tell("store", "refund", identifier + " is refunded", {{"identifier", identifier}});
+}
+
+void runAdvance(Host& host, Arguments given) {
+    auto& store = storeOf(host);
+    const auto duration = parseStoreDuration(given[0].text);
+    const auto now = ask([&] {
+        store.advance(duration);
+        return store.now();
+    });
+    host.reporter().tell("store", "advance", "the store's clock shows " + describe(now), {{"now", now}});
+}
+
+void runCatalogue(Host& host) {
+    const auto& catalogue = storeOf(host).catalogue();
+    std::vector<Cells> rows;
+    rows.reserve(catalogue.products().size());
+    for (const auto& product : catalogue.products()) rows.push_back(cellsOf(catalogue, product));
+    const auto lines = alignedLines(rows);
+    for (std::size_t row = 0; row < lines.size(); ++row)
+        host.reporter().tell("store", "product", lines[row], fieldsOf(catalogue, catalogue.products()[row]));
+    if (lines.empty()) host.reporter().tell("store", "product", "the store sells nothing");
+}
+
+void runTransactions(Host& host) {
+    auto& store = storeOf(host);
+    std::vector<Cells> rows;
+    std::vector<EventValue::Map> fields;
+    const auto add = [&](const auto& record) {
+        rows.push_back(cellsOf(record));
+        fields.push_back(fieldsOf(record));
+    };
+    for (const auto& purchase : ask([&] { return store.purchases(); })) add(purchase);
+    for (const auto& transaction : ask([&] { return store.transactions(); }))
+        if (transaction.state != SKPaymentTransactionState::purchased) add(transaction);
+    const auto lines = alignedLines(rows);
+    for (std::size_t row = 0; row < lines.size(); ++row)
+        host.reporter().tell("store", "transaction", lines[row], fields[row]);
+    if (lines.empty()) host.reporter().tell("store", "transaction", "nothing was bought yet");
+}
+
+void tell(Host& host, const std::string& key, const std::string& text) {
+    host.reporter().tell("store", "status", key + ": " + text, {{key, text}});
+}
+
+void tellDecisions(Host& host, const StoreSettings& settings) {
+    for (const auto& [product, next] : settings.nextPayments)
+        tell(host, "next payment",
+             product + (next.failure ? " fails: " + next.failure->message : " is not decided at once"));
+    for (const auto& product : settings.failingBilling) tell(host, "billing", product + " is not paid");
+    for (const auto& product : settings.promotions) tell(host, "promotion", product + " waits for the app");
+}
+
+void runStore(Host& host, Arguments given) {
+    auto& store = storeOf(host);
+    if (!given.empty()) {
+        const auto& state = given[0].text;
+        if (state != "online" && state != "offline")
+            throw Refusal(unknownName("state of the store", state, {"online", "offline"}));
+        ask([&] { store.setOffline(state == "offline"); });
+        return tell(host, "connection", state);
+    }
+    const auto settings = ask([&] { return store.settings(); });
+    tell(host, "clock", describe(ask([&] { return store.now(); })));
+    tell(host, "connection", settings.isOffline ? "offline" : "online");
+    tell(host, "catalogue", std::to_string(store.catalogue().products().size()) + " products");
+    for (const auto& subscription : ask([&] { return store.subscriptions(); }))
+        tell(host, "subscription", describe(subscription));
+    tellDecisions(host, settings);
+}
+
+} // namespace
+
+std::vector<Command> storeCommands(Host& host) {
+    std::vector<Command> commands = paymentCommands(host);
+    for (auto& command : subscriptionCommands(host)) commands.push_back(std::move(command));
+    const std::vector<Command> others = {
+        {"restore", "", "restore purchases, as an app's button does",
+         [&host](Arguments) { runRestore(host); }},
+        {"refund", "ID", "refund a purchase: its transaction, or a product for the latest one",
+         [&host](Arguments given) { runRefund(host, given); }},
+        {"advance", "DURATION", "let the store's clock jump ahead: 2h, 31d, 1w, 1y",
+         [&host](Arguments given) { runAdvance(host, given); }},
+        {"catalogue", "", "show what the store sells", [&host](Arguments) { runCatalogue(host); }},
+        {"transactions", "", "show what was bought, and what is under way",
+         [&host](Arguments) { runTransactions(host); }},
+        {"store", "[online|offline]", "show how the store stands, or let nobody reach it for a while",
+         [&host](Arguments given) { runStore(host, given); }},
+    };
+    commands.insert(commands.end(), others.begin(), others.end());
+    for (auto& command : commands) command.reachesFar = true;
+    return commands;
+}
+
+} // namespace corvantile::tool

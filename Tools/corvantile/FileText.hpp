@@ -1,0 +1,12 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace corvantile::tool {
+
+// The bytes of a file. A Refusal that names the file and what was `expected` of it when it cannot be read.
+[[nodiscard]] std::string readFileText(const std::filesystem::path& file, std::string_view expected);
+
+} // namespace corvantile::tool

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace corvantile::tool {
+
+// Names the moments before and after everything that a process writes, and ends the process as a power cut
+// would at one of them: nothing runs any more, not even a destructor. Threads: any.
+class WriteSteps {
+public:
+    using Listener = std::function<void(const std::string& moment)>;
+
+    // `fatal`: the moment of the end; empty for none. `tell` may be null.
+    WriteSteps(std::string fatal, Listener tell) : fatal_(std::move(fatal)), tell_(std::move(tell)) {}
+
+    // Passes `before WHAT`, calls `write`, and passes `after WHAT`, whose number follows if there are more of
+    // the kind.
+    template <class Write>
+    auto take(const std::string& what, Write write) {
+        const Passage passage(*this, what);
+        return write();
+    }
+
+private:
+    class Passage {
+    public:
+        Passage(WriteSteps& steps, const std::string& what) : steps_(steps), what_(steps.numbered(what)) {
+            steps_.pass("before " + what_);
+        }
+        Passage(const Passage&) = delete;
+        Passage& operator=(const Passage&) = delete;
+        // A write that was refused is over as well.
+        ~Passage() { steps_.pass("after " + what_); }
+
+    private:
+        WriteSteps& steps_;
+        const std::string what_;
+    };
+
+    [[nodiscard]] std::string numbered(const std::string& what);
+    void pass(const std::string& moment) const;
+
+    const std::string fatal_;
+    const Listener tell_;
+    std::mutex mutex_;
+    std::map<std::string, int> counts_;
+};
+
+} // namespace corvantile::tool

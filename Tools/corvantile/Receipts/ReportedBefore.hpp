@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Platform/Foundation/Date.hpp"
+
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace corvantile::tool {
+
+// What the keychain of an app remembers for purchase analytics.
+struct ReportedBefore {
+    std::set<std::string> marked{}; // accounts of markers
+    std::optional<Date> firstDate{};
+};
+
+// Reads a copy of the keychain in a state folder. A Refusal when there is no such folder, or no copy can be
+// made.
+[[nodiscard]] ReportedBefore reportedBefore(const std::filesystem::path& stateFolder);
+
+} // namespace corvantile::tool
