@@ -38,23 +38,23 @@ struct TestPlatform::Parts {
 
     Ports ports(const TestOptions& options) const {
         Ports made{.application = makeApplication(),
-                .device = makeDevice(link),
-                .mainBundle = makeBundle(link, options.bundleIdentifier, options.resources),
-                .queues = queues,
-                .clock = makeClock(link),
-                .console = console,
-                .reachability = reachability,
-                .keychain = std::make_shared<TestKeychain>(link, options.reportsUnreadableEntries ? console
-                                                                                                  : nullptr),
-                .userDefaults = std::make_shared<TestUserDefaults>(link),
-                .random = random,
-                .cryptor = std::make_shared<OpenSSLCryptor>(),
-                .http = http,
-                .attribution = ads,
-                .advertising = ads,
-                .adjust = adjust,
-                .paymentQueue = store,
-                .storeRequests = store};
+                   .device = makeDevice(link),
+                   .mainBundle = makeBundle(link, options.bundleIdentifier, options.resources),
+                   .queues = queues,
+                   .clock = makeClock(link),
+                   .console = console,
+                   .reachability = reachability,
+                   .keychain = std::make_shared<TestKeychain>(
+                       link, options.reportsUnreadableEntries ? console : nullptr),
+                   .userDefaults = std::make_shared<TestUserDefaults>(link),
+                   .random = random,
+                   .cryptor = std::make_shared<OpenSSLCryptor>(),
+                   .http = http,
+                   .attribution = ads,
+                   .advertising = ads,
+                   .adjust = adjust,
+                   .paymentQueue = store,
+                   .storeRequests = store};
         if (localStore) {
             made.paymentQueue = LocalPaymentQueue::make(localStore, queues->main(), console);
             made.storeRequests = std::make_shared<LocalStoreRequests>(localStore);
@@ -159,7 +159,8 @@ ScriptedReachability& TestPlatform::reachability() const { return *parts_->reach
 ScriptedRandom& TestPlatform::random() const { return *parts_->random; }
 ScriptedStore& TestPlatform::store() const { return *parts_->store; }
 LocalStore& TestPlatform::localStore() const {
-    if (!parts_->localStore) fatalError("This process has a scripted store: TestOptions chooses a local one.");
+    if (!parts_->localStore)
+        fatalError("This process has a scripted store: TestOptions chooses a local one.");
     return *parts_->localStore;
 }
 ScriptedHTTP& TestPlatform::http() const { return *parts_->http; }

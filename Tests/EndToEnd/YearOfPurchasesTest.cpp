@@ -15,19 +15,19 @@ namespace {
 
 // Three minutes after the time of day at which the store began, when what was due on that day has happened.
 Date afterwards(const std::string& text) {
-    using namespace std::chrono;
-    const year_month_day date{year{std::stoi(text.substr(0, 4))},
-                              month{static_cast<unsigned>(std::stoi(text.substr(5, 2)))},
-                              day{static_cast<unsigned>(std::stoi(text.substr(8, 2)))}};
-    const auto sinceEpoch = sys_days(date).time_since_epoch();
-    return Date::fromUnixSeconds(static_cast<double>(duration_cast<seconds>(sinceEpoch).count()) + 3 * 3600 +
-                                 7 * 60 + 5);
+    namespace chrono = std::chrono;
+    const chrono::year_month_day date{chrono::year{std::stoi(text.substr(0, 4))},
+                                      chrono::month{static_cast<unsigned>(std::stoi(text.substr(5, 2)))},
+                                      chrono::day{static_cast<unsigned>(std::stoi(text.substr(8, 2)))}};
+    constexpr auto timeOfDay = chrono::hours(3) + chrono::minutes(7) + chrono::seconds(5);
+    const chrono::seconds sinceEpoch = chrono::sys_days(date).time_since_epoch() + timeOfDay;
+    return Date::fromUnixSeconds(static_cast<double>(sinceEpoch.count()));
 }
 
 template <class Story>
 class YearOfPurchases : public testing::Test {
 protected:
-    ~YearOfPurchases() override { process.terminate(); }
+    void TearDown() override { process.terminate(); }
 
     static void buy(const std::string& product) {
         SKPaymentQueue::defaultQueue()->addPayment(std::make_shared<SKPayment>(product));

@@ -63,10 +63,12 @@ TEST_F(StorageCommands, AReinstallDeletesWhatGoesWithTheAppAndNothingElse) {
 
     play({"reinstall"});
 
-    EXPECT_THAT(takeTold("host"),
-                ElementsAre("kills App",
-                            "reinstalls App: deletes receipt, user-defaults.sqlite, user-defaults.sqlite-shm, "
-                            "user-defaults.sqlite-wal, vendor-identifier; what stays: keychain, notes, store.sqlite"));
+    EXPECT_THAT(
+        takeTold("host"),
+        ElementsAre(
+            "kills App",
+            "reinstalls App: deletes receipt, user-defaults.sqlite, user-defaults.sqlite-shm, "
+            "user-defaults.sqlite-wal, vendor-identifier; what stays: keychain, notes, store.sqlite"));
     play({"launch", "activate"});
     EXPECT_THAT(takeTold("plugin"), ElementsAre(firstDate));
 }
