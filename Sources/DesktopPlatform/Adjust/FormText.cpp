@@ -15,7 +15,7 @@ constexpr auto standsForItself = [] {
     for (unsigned char c = '0'; c <= '9'; ++c) stands[c] = true;
     for (unsigned char c = 'A'; c <= 'Z'; ++c) stands[c] = true;
     for (unsigned char c = 'a'; c <= 'z'; ++c) stands[c] = true;
-    for (const unsigned char c : {'-', '.', '_', '*'}) stands[c] = true;
+    for (const char c : {'-', '.', '_', '*'}) stands[static_cast<unsigned char>(c)] = true;
     return stands;
 }();
 
