@@ -164,7 +164,8 @@ TYPED_TEST(DispatchQueueContract, DestroysUnrunWhatWaitsWhenTheProcessEnds) {
     const auto serial = this->makeQueue();
     std::atomic<int> ended{0};
     std::atomic<int> ran{0};
-    const auto item = [&](std::function<void()> atEnd = [] {}) {
+    const auto nothing = [] {};
+    const auto item = [&](std::function<void()> atEnd) {
         return [&ran, p = probe([&ended, end = std::move(atEnd)] {
                           end();
                           ++ended;
@@ -172,18 +173,18 @@ TYPED_TEST(DispatchQueueContract, DestroysUnrunWhatWaitsWhenTheProcessEnds) {
     };
     // Each end posts once more, to both: gone at once.
     const auto post = [&] {
-        main->async(item());
-        serial->asyncAfter(-1s, item());
+        main->async(item(nothing));
+        serial->asyncAfter(-1s, item(nothing));
     };
 
     main->async(item(post));
-    main->asyncAfter(1h, item());
+    main->asyncAfter(1h, item(nothing));
     serial->asyncAfter(1h, item(post));
     this->endProcess();
     EXPECT_EQ(ended, 7);
-    main->async(item());
-    serial->async(item());
-    serial->asyncAfter(1s, item());
+    main->async(item(nothing));
+    serial->async(item(nothing));
+    serial->asyncAfter(1s, item(nothing));
     EXPECT_EQ(ended, 10);
     EXPECT_EQ(ran, 0);
 }
