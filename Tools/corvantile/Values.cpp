@@ -174,6 +174,7 @@ std::string describeValue(const EventValue& value) {
 }
 
 std::string describeParameters(const EventParameters& parameters) {
+    if (parameters.empty()) return "{}";
     std::string text;
     for (const auto& [key, value] : parameters)
         text.append(text.empty() ? "" : " ").append(key).append("=").append(describeValue(value));
