@@ -150,10 +150,8 @@ TEST_F(AttributionCommands, SayWhatIsWrongWithTheAppsFiles) {
 }
 
 TEST_F(AttributionCommands, ExplainWhatTheyCannotDo) {
-    const struct {
-        const char* line;
-        const char* why;
-    } cases[] = {
+    play({"launch"});
+    expectRefusals({
         {"push-token 0A1", "expected bytes in hex"},
         {"push-token 0x1B", "expected bytes in hex"},
         {"ads tokn", "did you mean token?"},
@@ -161,9 +159,7 @@ TEST_F(AttributionCommands, ExplainWhatTheyCannotDo) {
         {"server answer 99", "expected ok or a status from 200 to 599, but found \"99\""},
         {"server answer 200x", "expected ok or a status"},
         {"server anser", "did you mean answer?"},
-    };
-    play({"launch"});
-    for (const auto& [line, why] : cases) EXPECT_THAT(refusal(line), HasSubstr(why)) << line;
+    });
     beginWith(R"("attribution": {})");
     play({"launch"});
     EXPECT_THAT(refusal("deliver"), HasSubstr("there is no endpoint"));

@@ -58,6 +58,11 @@ protected:
         return error == told.rend() ? "" : error->text;
     }
 
+    // Lines that cannot be played, and a part of the reason.
+    void expectRefusals(const std::vector<std::pair<const char*, const char*>>& cases) {
+        for (const auto& [line, why] : cases) EXPECT_THAT(refusal(line), testing::HasSubstr(why)) << line;
+    }
+
     // What has been told since this was last asked, by one of those who tell.
     Texts takeTold(const std::string& who) {
         Texts texts;

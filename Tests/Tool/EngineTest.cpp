@@ -133,10 +133,7 @@ TEST_F(EngineTest, LooksServicesUpAsAPlugInWould) {
 
 TEST_F(EngineTest, RefusesWhatItDoesNotUnderstandAndGoesOn) {
     play({"launch"});
-    const struct {
-        const char* line;
-        const char* why;
-    } cases[] = {
+    expectRefusals({
         {"trak open", "there is no command \"trak\": did you mean track?"},
         {"xyzzy", "there is no command \"xyzzy\"; help lists them all"},
         {"track", "track wants NAME: track NAME [KEY=VALUE…]"},
@@ -147,8 +144,7 @@ TEST_F(EngineTest, RefusesWhatItDoesNotUnderstandAndGoesOn) {
         {"revenue sale 4,99 USD", "expected an amount with a point"},
         {"help lanch", "did you mean launch?"},
         {"say \"open", "a quote is left open"},
-    };
-    for (const auto& [line, why] : cases) EXPECT_THAT(refusal(line), HasSubstr(why)) << line;
+    });
     EXPECT_THAT(refusal("no", {"script", "tour.play:7"}), StartsWith("tour.play:7: there is no command"));
     play({"", "# a comment", "status", "network", "help", "help track", "wait 0s"});
     EXPECT_FALSE(engine().isOver());

@@ -91,18 +91,14 @@ TEST_F(StorageCommands, ExplainWhatTheyCannotDo) {
     play({"reset"});
     EXPECT_THAT(happenings().back().text, StartsWith("that waits for the first record"));
     awaitRecords();
-    const struct {
-        const char* line;
-        const char* why;
-    } cases[] = {
+    expectRefusals({
         {"setting", "setting wants KEY=VALUE…"},
         {"setting {}", "expected KEY=VALUE, such as reviewAppEnabled=false"},
         {"setting reviewApp=true", "did you mean reviewAppEnabled?"},
         {"setting reviewAppEnabled=yes", "expected true or false, but found \"yes\""},
         {"setting iapPolicy='[1]'", "expected a JSON list of texts, but found [1]"},
         {"setting iapPolicy=5", "expected a text, in quotes if need be"},
-    };
-    for (const auto& [line, why] : cases) EXPECT_THAT(refusal(line), HasSubstr(why)) << line;
+    });
     begin(R"({"bundleIdentifier": "a", "plugins": []})");
     play({"launch"});
     EXPECT_THAT(refusal("firstdate"), HasSubstr("offers FirstDatePluggable; one would be FirstDatePlugin"));
