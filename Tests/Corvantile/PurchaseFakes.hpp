@@ -4,6 +4,7 @@
 #include "Corvantile/Plugin/Database/FirstDatePluggable.hpp"
 #include "CorvantileIAP/IAPReceiptPluggable.hpp"
 #include "Reactive/ReplaySubject.hpp"
+#include "Tests/Corvantile/EventLine.hpp"
 
 #include <cstdint>
 #include <functional>
@@ -64,10 +65,10 @@ public:
 // `subscription 7: 4.99 EUR DE on day 3`. Threads: any.
 class RecordingRouter final : public AnalyticPluggable {
 public:
-    void track(const AnalyticEvent& event) override { note(text(event)); }
+    void track(const AnalyticEvent& event) override { note(eventLine(event)); }
     void track(const AnalyticEvent& event, const NSDecimalNumber& revenue,
                const std::string& currency) override {
-        note(text(event) + " + " + revenue.description() + " " + currency);
+        note(eventLine(event) + " + " + revenue.description() + " " + currency);
     }
     void registerComponents(std::initializer_list<std::shared_ptr<AnalyticComponent>>) override {}
     void flush() override {}
@@ -87,15 +88,6 @@ public:
     std::function<void(const std::string& line)> onLine; // called first, outside the lock
 
 private:
-    static std::string text(const AnalyticEvent& event) {
-        auto line = event.name;
-        for (const auto& [key, value] : event.params.value_or(EventParameters())) {
-            const auto* const plain = value.as<std::string>();
-            if (key != AnalyticEvent::connectionStatusKey)
-                line += " " + (plain != nullptr ? *plain : value.description());
-        }
-        return line;
-    }
     void note(std::string line) {
         if (onLine) onLine(line);
         const std::lock_guard lock(mutex_);

@@ -10,6 +10,7 @@
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
 #include "Platform/Application/UIApplication.hpp"
 #include "Platform/Store/SKPayment.hpp"
+#include "Tests/Corvantile/EventLine.hpp"
 
 #include <initializer_list>
 #include <memory>
@@ -43,10 +44,10 @@ class BackEnd final : public AnalyticComponent {
 public:
     [[nodiscard]] const std::vector<std::string>& ignoredEventNames() const override { return ignored_; }
     void ignore(std::initializer_list<std::string_view>) override {}
-    void track(const AnalyticEvent& event) override { note(text(event)); }
+    void track(const AnalyticEvent& event) override { note(eventLine(event)); }
     void track(const AnalyticEvent& event, const NSDecimalNumber& with,
                const std::string& currency) override {
-        note(text(event) + " + " + with.description() + " " + currency);
+        note(eventLine(event) + " + " + with.description() + " " + currency);
     }
     void trackIAPSubs(const NSDecimalNumber& price, const std::string& currency, const std::string& transId,
                       const std::optional<Date>& date, const std::optional<std::string>& region) override {
@@ -63,16 +64,6 @@ public:
     }
 
 private:
-    static std::string text(const AnalyticEvent& event) {
-        auto line = event.name;
-        for (const auto& [key, value] : event.params.value_or(EventParameters())) {
-            const auto* const plain = value.as<std::string>();
-            if (key != AnalyticEvent::connectionStatusKey)
-                line += " " + (plain != nullptr ? *plain : value.description());
-        }
-        return line;
-    }
-
     std::vector<std::string> ignored_;
     mutable std::mutex mutex_;
     Lines lines_;

@@ -22,7 +22,11 @@ constexpr struct {
     {"unknown", SKErrorCode::unknown},
 };
 
-std::string_view label(SKPaymentTransactionState state) {
+std::string pieces(int quantity) { return quantity == 1 ? "" : " x " + std::to_string(quantity); }
+
+} // namespace
+
+std::string_view labelOf(SKPaymentTransactionState state) {
     switch (state) {
     case SKPaymentTransactionState::purchasing: return "purchasing";
     case SKPaymentTransactionState::purchased: return "purchased";
@@ -30,12 +34,8 @@ std::string_view label(SKPaymentTransactionState state) {
     case SKPaymentTransactionState::restored: return "restored";
     case SKPaymentTransactionState::deferred: return "deferred";
     }
-    return {};
+    return "in a state without a name";
 }
-
-std::string pieces(int quantity) { return quantity == 1 ? "" : " x " + std::to_string(quantity); }
-
-} // namespace
 
 std::chrono::duration<double> parseStoreDuration(std::string_view text) {
     static constexpr struct {
@@ -94,7 +94,7 @@ Cells cellsOf(const StorePurchase& purchase) {
 }
 
 Cells cellsOf(const StoreTransaction& transaction) {
-    auto what = std::string(label(transaction.state));
+    auto what = std::string(labelOf(transaction.state));
     if (transaction.failure) what += ": " + transaction.failure->message;
     return {transaction.identifier.value_or("-"),
             transaction.date ? corvantile::describe(*transaction.date) : "",
@@ -118,7 +118,7 @@ EventValue::Map fieldsOf(const StorePurchase& purchase) {
 EventValue::Map fieldsOf(const StoreTransaction& transaction) {
     EventValue::Map fields{{"product", transaction.productIdentifier},
                            {"quantity", transaction.quantity},
-                           {"state", label(transaction.state)}};
+                           {"state", labelOf(transaction.state)}};
     if (transaction.identifier) fields.emplace("transaction", *transaction.identifier);
     if (transaction.failure) fields.emplace("error", transaction.failure->message);
     return fields;

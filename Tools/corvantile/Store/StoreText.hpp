@@ -21,6 +21,9 @@ namespace corvantile::tool {
 // Refusal when the store sells no such product, or several.
 [[nodiscard]] std::string productNamed(const Catalogue& catalogue, const std::string& text);
 
+// `purchased`; of a state that has no name here, that it has none.
+[[nodiscard]] std::string_view labelOf(SKPaymentTransactionState state);
+
 [[nodiscard]] std::string describe(const StoreSubscription& subscription);
 
 // As rows of one table: what was sold, and what is still under way without being sold.

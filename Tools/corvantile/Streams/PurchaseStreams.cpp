@@ -7,6 +7,7 @@
 #include "Platform/Foundation/NSError.hpp"
 #include "Platform/Store/SKPaymentTransaction.hpp"
 #include "Tools/corvantile/NearestName.hpp"
+#include "Tools/corvantile/Store/StoreText.hpp"
 
 #include <string>
 #include <vector>
@@ -87,19 +88,9 @@ Publication ofProblems(const IAPReceiptPlugin::Problems& problems) {
     return list.publication();
 }
 
-const char* labelOf(SKPaymentTransactionState state) {
-    switch (state) {
-    case SKPaymentTransactionState::purchasing: return "purchasing";
-    case SKPaymentTransactionState::purchased: return "purchased";
-    case SKPaymentTransactionState::failed: return "failed";
-    case SKPaymentTransactionState::restored: return "restored";
-    case SKPaymentTransactionState::deferred: return "deferred";
-    }
-    return "in a state without a name";
-}
-
 std::string textOf(const SKPaymentTransaction& transaction) {
-    auto text = transaction.payment().productIdentifier() + " " + labelOf(transaction.transactionState());
+    auto text = transaction.payment().productIdentifier() + " ";
+    text += labelOf(transaction.transactionState());
     if (transaction.payment().quantity() != 1)
         text += " x " + std::to_string(transaction.payment().quantity());
     if (const auto& identifier = transaction.transactionIdentifier()) text += " (" + *identifier + ")";
