@@ -11,7 +11,7 @@ namespace corvantile {
 
 namespace {
 
-std::atomic<Platform*> installed{nullptr};
+std::atomic<Platform*> installedPlatform{nullptr};
 
 } // namespace
 
@@ -22,30 +22,30 @@ Platform::~Platform() {
 }
 
 Platform& Platform::current() {
-    Platform* const platform = installed.load(std::memory_order_acquire);
+    Platform* const platform = installedPlatform.load(std::memory_order_acquire);
     if (platform == nullptr) fatalError("No platform is installed.");
     return *platform;
 }
 
-bool Platform::isInstalled() { return installed.load(std::memory_order_acquire) != nullptr; }
+bool Platform::isInstalled() { return installedPlatform.load(std::memory_order_acquire) != nullptr; }
 
 Process& Platform::process() {
     if (hasEnded()) fatalError("The process of this platform has ended.");
     return *process_;
 }
 
-void Platform::install() { installed.store(this, std::memory_order_release); }
+void Platform::install() { installedPlatform.store(this, std::memory_order_release); }
 
 void Platform::end() {
     if (hasEnded()) return;
-    Platform* const previous = installed.exchange(this, std::memory_order_acq_rel);
+    Platform* const previous = installedPlatform.exchange(this, std::memory_order_acq_rel);
     stop();
     const auto livePlugins = process_->livePlugins();
     ports_.application->setDelegate(nullptr);
     process_->release();
     process_.reset();
     if (const int count = livePlugins->load(); count > 0) reportOutlived(count);
-    installed.store(previous == this ? nullptr : previous, std::memory_order_release);
+    installedPlatform.store(previous == this ? nullptr : previous, std::memory_order_release);
 }
 
 } // namespace corvantile
