@@ -24,11 +24,4 @@ template <class Service>
     fatalError(missingServiceMessage(Service::typeName), file, line);
 }
 
-// The same where the place named is part of the contract. `stem` comes without folder and ending.
-template <class Service>
-[[nodiscard]] std::shared_ptr<Service> requireServiceAt(std::string_view stem, int line) {
-    if (auto service = Corvantile::queryAppDelegate<Service>()) return service;
-    fatalErrorAt(stem, line, missingServiceMessage(Service::typeName));
-}
-
 } // namespace corvantile

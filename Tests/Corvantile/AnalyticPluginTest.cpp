@@ -4,7 +4,6 @@
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 #include "Tests/Corvantile/ProcessTest.hpp"
 
-#include <atomic>
 #include <functional>
 #include <thread>
 
@@ -14,6 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 using Journal = std::vector<std::string>;
 
@@ -66,7 +66,6 @@ protected:
         router_->track(AnalyticEvent(name), price_, "USD");
         return std::exchange(journal_, {});
     }
-    std::size_t linesPrinted() { return platform_->console().lines().size(); }
 
     Journal journal_;
     const NSDecimalNumber price_ = *NSDecimalNumber::fromText("4.99");
@@ -107,11 +106,11 @@ TEST_F(Router, FeedsOnlyTheFirstConsoleInADryRun) {
     router_->registerComponents({sink("sdk"), std::make_shared<LoudConsole>()});
     Corvantile::setDryRun(true);
     EXPECT_THAT(delivered("e"), IsEmpty());
-    EXPECT_EQ(linesPrinted(), 0u) << "a derived class is not the console";
+    EXPECT_THAT(lines(), IsEmpty()) << "a derived class is not the console";
 
     router_->registerComponents({ignoring, std::make_shared<ConsoleComponent>()});
     EXPECT_THAT(delivered("e"), IsEmpty());
-    EXPECT_EQ(linesPrinted(), 2u) << "one for each way of tracking, though its name is ignored";
+    EXPECT_THAT(lines(), SizeIs(2)) << "one for each way of tracking, though its name is ignored";
 }
 
 TEST_F(Router, ForwardsSubscriptionsPastEveryFilter) {
@@ -129,57 +128,24 @@ TEST_F(Router, KeepsWhatCameBeforeTheSinksAndNeverDeliversIt) {
     router_->track(AnalyticEvent("early"));
     router_->track(AnalyticEvent("paid"), price_, "USD");
     router_->registerComponents({sink("a")});
+    Corvantile::setDebug(true);
     router_->flush();
     platform_->runUntilIdle();
     EXPECT_THAT(journal_, IsEmpty());
+    EXPECT_THAT(lines(), ElementsAre(EndsWith(": AnalyticPlugin:70 (flush()) -> subscribed")));
 
     router_->track(AnalyticEvent("late"));
     EXPECT_THAT(journal_, ElementsAre("a: late"));
 }
 
-TEST_F(Router, FlushesOnQueuesOfItsOwnAndDisposesOfTheLastFlushOnly) {
-    const QueueDescription queue{"rx.global_dispatch_queue.serial", QualityOfService::background};
-    Corvantile::setDebug(true);
-    router_->track(AnalyticEvent("early"));
-    router_->flush();
-    platform_->runUntilIdle();
-    router_->flush();
-    platform_->runUntilIdle();
-    router_.reset();
-    platform_->runUntilIdle();
-
-    EXPECT_THAT(platform_->queues(), ElementsAre(queue, queue, queue, queue));
-    EXPECT_THAT(platform_->console().lines(),
-                ElementsAre(EndsWith(": AnalyticPlugin:70 (flush()) -> subscribed"),
-                            EndsWith(": AnalyticPlugin:70 (flush()) -> subscribed"),
-                            EndsWith(": AnalyticPlugin:70 (flush()) -> isDisposed")));
-}
-
 TEST_F(Router, TakesASinkWhileAnotherThreadTracks) {
-    std::atomic<int> delivered{0};
-    const auto counting = sink("a");
-    counting->onTrack = [&] {
-        journal_.clear();
-        ++delivered;
-    };
-    router_->registerComponents({counting});
-    std::atomic<bool> stop{false};
+    router_->registerComponents({sink("a")});
     std::thread tracker([&] {
-        while (!stop) router_->track(AnalyticEvent("e"));
+        for (int i = 0; i < 1000; ++i) router_->track(AnalyticEvent("e"));
     });
-
-    while (delivered == 0) std::this_thread::yield();
     for (int i = 0; i < 100; ++i) router_->registerComponents({std::make_shared<ConsoleComponent>()});
-    stop = true;
     tracker.join();
-    EXPECT_GT(delivered, 0);
-}
-
-using RouterDeathTest = Router;
-
-TEST_F(RouterDeathTest, RefusesANullSink) {
-    EXPECT_DEATH(router_->registerComponents({sink("a"), nullptr}),
-                 "Fatal error: The router was given a null");
+    EXPECT_THAT(journal_, SizeIs(1000));
 }
 
 } // namespace

@@ -31,9 +31,8 @@ struct Host {
     void activate() { plugin->didBecomeActive(*UIApplication::shared()); }
     void resign() { plugin->willResignActive(*UIApplication::shared()); }
     // What a pass over the records sends.
-    Lines send(std::vector<ReceiptInfo> records, std::string category = "",
-               std::shared_ptr<SKProduct> product = pro()) {
-        purchases->categories.onNext({{std::move(category), std::move(product), std::move(records)}});
+    Lines send(std::vector<ReceiptInfo> records) {
+        purchases->categories.onNext({{"", pro(), std::move(records)}});
         return idle();
     }
     Lines idle() {
@@ -69,44 +68,15 @@ protected:
 
 const auto trial = asTrial(bought(1, 1, 1));
 
-TEST_F(IAPReceiptTracking, SendsForEachKindOfRecordItsEventsInOrder) {
-    host_.activate();
-    const struct {
-        std::vector<ReceiptInfo> records; // of transactions that no other case has
-        Lines lines;
-        std::string category = "";
-        std::shared_ptr<SKProduct> product = pro();
-    } cases[] = {
-        {{bought(13, 11, 8), asTrial(bought(11, 11, 1)), bought(12, 11, 4)},
-         {"trial_subscribe_pro EUR 0", "subscription 11: 0 EUR DE on day 1", "total_subscription EUR 0",
-          "trial_conversion_pro EUR 4.99", "subscription 12: 4.99 EUR DE on day 4", "renew_pro EUR 4.99"}},
-        {{bought(21, 21, 1)},
-         {"subscribe_pro EUR 4.99", "subscription 21: 4.99 EUR DE on day 1", "total_subscription EUR 4.99"}},
-        {{bought(31, 31, 1, 0)}, {"subscribe_pro EUR 4.99 + 4.99 EUR", "total_subscription EUR 4.99"}},
-        {{bought(41, 41, 1), bought(42, 41, 2)},
-         {"subscribe_gold  4.99", "subscription 41: 4.99  - on day 1", "total_subscription  4.99",
-          "renew_gold  4.99"},
-         "gold",
-         pro({})},
-        {{bought(52, 51, 1, 2)}, {}},
-    };
-    for (const auto& [records, lines, category, product] : cases)
-        EXPECT_EQ(host_.send(records, category, product), lines);
-    EXPECT_THAT(markers(), ElementsAre("11", "12", "13", "21", "31", "41", "42", "52"));
-}
-
-TEST_F(IAPReceiptTracking, SkipsEmptyListsAtFirstAndWaitsForTheFirstDate) {
+TEST_F(IAPReceiptTracking, ReportsWhatWasBoughtSinceTheFirstDateOnceThatIsKnown) {
     Host host(device_, 0, std::nullopt);
     host.activate();
-    host.purchases->categories.onNext({});
     EXPECT_THAT(host.send({trial, bought(2, 1, 4), bought(3, 1, 4)}), IsEmpty());
-
     host.firstDate->dates.onNext(Date{4 * day});
-    EXPECT_THAT(host.idle(), ElementsAre("renew_pro EUR 4.99", "renew_pro EUR 4.99"));
-    host.purchases->categories.onNext({});
-    EXPECT_THAT(host.idle(), IsEmpty());
+    EXPECT_THAT(host.idle(),
+                ElementsAre("renew_pro currency=EUR value=4.99", "renew_pro currency=EUR value=4.99"));
     host.firstDate->dates.onNext(Date{0});
-    EXPECT_THAT(host.send({trial}), Contains("trial_subscribe_pro EUR 0"));
+    EXPECT_THAT(host.idle(), Contains("trial_subscribe_pro currency=EUR value=0"));
 }
 
 TEST_F(IAPReceiptTracking, IsSilentAboutARecordWithAMarkerOrWhoseMarkerIsRefused) {
@@ -121,19 +91,14 @@ TEST_F(IAPReceiptTracking, IsSilentAboutARecordWithAMarkerOrWhoseMarkerIsRefused
         wasMarked = device_.keychain().load("3", service).has_value();
     };
     host_.activate();
-    EXPECT_THAT(host_.send({trial, bought(2, 1, 2), bought(3, 1, 3), bought(4, 1, 4), bought(5, 1, 5)}),
-                ElementsAre("renew_pro EUR 4.99"));
+    EXPECT_THAT(host_.send({trial, bought(2, 1, 2), bought(3, 1, 3), bought(4, 1, 4), bought(5, 1, 5),
+                            bought(6, 1, 6, 1)}),
+                ElementsAre("renew_pro currency=EUR value=4.99"));
     EXPECT_TRUE(wasMarked);
+    EXPECT_TRUE(device_.keychain().load("6", service)); // silent, as it has expired
     EXPECT_THAT(omitted,
                 ElementsAre(HasSubstr("already exists"), "The disk is full.", HasSubstr("already exists")));
     EXPECT_EQ(host_.send({trial}).size(), 3u); // the next pass tries again
-}
-
-TEST_F(IAPReceiptTracking, ReadsTheSwitchesAnewForEachRecord) {
-    host_.router->onLine = [](const std::string& line) { Corvantile::setDryRun(line.starts_with("total_")); };
-    host_.activate();
-    host_.send({trial, bought(2, 1, 2), bought(3, 1, 3)});
-    EXPECT_THAT(markers(), ElementsAre("1", "3")); // 2 came in the dry run that 1 began and 2 ended
 }
 
 TEST_F(IAPReceiptTracking, BeginsAtAnActivationUnlessInDebugModeWithoutADryRun) {
@@ -146,6 +111,11 @@ TEST_F(IAPReceiptTracking, BeginsAtAnActivationUnlessInDebugModeWithoutADryRun) 
     }
     host_.plugin->trackValidatedPurchase("pro", std::nullopt);
     EXPECT_THAT(host_.idle(), ElementsAre("ostrel_in_app_purchase"));
+    EXPECT_THAT(
+        host_.platform->console().lines(),
+        testing::IsSupersetOf({HasSubstr(":122 (trackReceipts()) -> subscribed"),
+                               HasSubstr(":164 (trackReceipts()) -> subscribed"),
+                               HasSubstr(":59 (trackValidatedPurchase(productID:_:)) -> subscribed")}));
 }
 
 TEST_F(IAPReceiptTracking, SendsAValidatedPurchaseOnceForTheFirstPurchaseOfTheProduct) {
@@ -154,32 +124,26 @@ TEST_F(IAPReceiptTracking, SendsAValidatedPurchaseOnceForTheFirstPurchaseOfThePr
                                         {"x", pro(), {bought(7, 1, 3)}},
                                         {"y", pro(), {bought(9, 9, 6), bought(5, 5, 4), bought(4, 3, 2)}}});
     host_.plugin->trackValidatedPurchase("pro", EventParameters{{"a", "b"}});
-    EXPECT_THAT(host_.idle(), ElementsAre("ostrel_in_app_purchase b"));
+    EXPECT_THAT(host_.idle(), ElementsAre("ostrel_in_app_purchase a=b"));
     EXPECT_THAT(markers(), ElementsAre("validated_5"));
 
     host_.plugin->trackValidatedPurchase("pro", std::nullopt);
     EXPECT_THAT(host_.idle(), IsEmpty());
 }
 
-TEST_F(IAPReceiptTracking, ReportsAGracePeriodOncePerProductAndMarksItAfterwards) {
+TEST_F(IAPReceiptTracking, ReportsAGracePeriodAtOnceAndMarksItAfterwardsEvenInADryRun) {
     const auto renewal = [](std::string product, double untilDay) {
         return RenewalInfo{.productID = std::move(product), .gracePeriodExpiresDate = Date{untilDay * day}};
     };
     const auto defaults = NSUserDefaults::standardUserDefaults();
-    defaults->setBool(true, "enter_grace_period_known");
-    host_.router->onLine = [&](const std::string& line) {
-        EXPECT_EQ(defaults->boolForKey("enter_grace_period_pro"), line.ends_with("later"));
+    host_.router->onLine = [&](const std::string&) {
+        EXPECT_FALSE(defaults->boolForKey("enter_grace_period_pro"));
     };
-    Corvantile::setDryRun(true); // marks all the same
+    Corvantile::setDryRun(true);
     host_.activate();
-    host_.purchases->renewalInfos.onNext(
-        {RenewalInfo{}, renewal("now", 9), renewal("known", 12), renewal("pro", 12), renewal("pro", 13)});
-    EXPECT_THAT(host_.router->take(),
-                ElementsAre("enter_grace_period pro")); // at once, on this thread
-    EXPECT_FALSE(defaults->boolForKey("enter_grace_period_now"));
     host_.resign(); // the renewals are listened to all the same
-    host_.purchases->renewalInfos.onNext({renewal("later", 12)});
-    EXPECT_THAT(host_.router->take(), ElementsAre("enter_grace_period later"));
+    host_.purchases->renewalInfos.onNext({renewal("now", 9), renewal("pro", 12), renewal("pro", 13)});
+    EXPECT_THAT(host_.router->take(), ElementsAre("enter_grace_period value=pro")); // on this thread
 }
 
 TEST_F(IAPReceiptTracking, ReplacesPassesWithoutEndingThemAndEndsTheLastOnResigning) {
@@ -195,20 +159,6 @@ TEST_F(IAPReceiptTracking, ReplacesPassesWithoutEndingThemAndEndsTheLastOnResign
     host_.purchases->categories.onError(std::make_exception_ptr(NSError("test", 1)));
     EXPECT_THAT(host_.idle(), IsEmpty());
     EXPECT_THAT(host_.platform->console().lines(), IsEmpty()); // nor is the failure told
-}
-
-TEST_F(IAPReceiptTracking, LabelsItsPipelinesAndGivesEachQueuesOfItsOwn) {
-    Corvantile::setDebug(true);
-    Corvantile::setDryRun(true);
-    host_.activate();
-    host_.plugin->trackValidatedPurchase("pro", std::nullopt);
-    host_.purchases->renewalInfos.onNext({});
-    host_.idle();
-    const auto lines = host_.platform->console().lines();
-    for (const std::string place :
-         {"122 (trackReceipts())", "164 (trackReceipts())", "59 (trackValidatedPurchase(productID:_:))"})
-        EXPECT_THAT(lines, Contains(HasSubstr(": IAPReceiptTrackingPlugin:" + place + " -> subscribed")));
-    EXPECT_EQ(host_.platform->queues().size(), 4u); // two for each pass over records
 }
 
 TEST(IAPReceiptTrackingPasses, SendEachTransactionOnceInWhateverOrderTheirQueuesRun) {
@@ -229,27 +179,12 @@ TEST(IAPReceiptTrackingPasses, SendEachTransactionOnceInWhateverOrderTheirQueues
             for (auto& line : each->idle()) lines.push_back(std::move(line));
         }
         EXPECT_THAT(lines, testing::UnorderedElementsAre(
-                               "trial_subscribe_pro EUR 0", "subscription 1: 0 EUR DE on day 1",
-                               "total_subscription EUR 0", "trial_conversion_pro EUR 4.99",
-                               "subscription 2: 4.99 EUR DE on day 4", "renew_pro EUR 4.99"));
+                               "trial_subscribe_pro currency=EUR value=0",
+                               "subscription 1: 0 EUR DE on day 1", "total_subscription currency=EUR value=0",
+                               "trial_conversion_pro currency=EUR value=4.99",
+                               "subscription 2: 4.99 EUR DE on day 4", "renew_pro currency=EUR value=4.99"));
     };
     forEachSeed(200, play, testing::Test::HasFailure);
-}
-
-TEST(IAPReceiptTrackingDeathTest, NeedsItsServicesInOrder) {
-    TestDevice device;
-    const auto platform = TestPlatform::launch(device);
-    PluggableApplicationDelegate::Plugins services = {std::make_shared<IAPReceiptTrackingPlugin>()};
-    const auto expectDeathFor = [&](const std::string& missing) {
-        Corvantile::setAppDelegate(std::make_shared<PluggableApplicationDelegate>(services));
-        EXPECT_DEATH(services[0]->didBecomeActive(*UIApplication::shared()),
-                     "Plugin:[0-9]+: Fatal error: This service require " + missing + "\\.");
-    };
-    expectDeathFor("AnalyticPluggable");
-    services.push_back(std::make_shared<RecordingRouter>());
-    expectDeathFor("FirstDatePluggable");
-    services.push_back(std::make_shared<FakeFirstDate>());
-    expectDeathFor("IAPReceiptPluggable");
 }
 
 } // namespace

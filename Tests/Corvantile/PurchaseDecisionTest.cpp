@@ -9,7 +9,7 @@
 namespace corvantile {
 namespace {
 
-// The plain cases are those of the plug-in that carries the decisions out.
+// The plain cases are those of the year of purchases, from end to end.
 TEST(PurchaseDecision, FollowsFromARecordItsPlaceAndTheTime) {
     const auto trial = asTrial(bought(1, 1, 1));
     const auto paid = bought(1, 1, 1);
@@ -39,7 +39,10 @@ TEST(PurchaseDecision, FollowsFromARecordItsPlaceAndTheTime) {
     for (const auto& [what, records, kind, today] : cases)
         EXPECT_EQ(decidePurchase({"", pro(), records}, records.size() - 1, Date{today * day}).kind, kind)
             << what;
-    EXPECT_EQ(decidePurchase({"gold", pro(), {trial}}, 0, Date{0}).name, "trial_subscribe_pro");
+    const auto abroad = decidePurchase({"gold", pro({}), {trial}}, 0, Date{0});
+    EXPECT_EQ(abroad.name, "trial_subscribe_pro");
+    EXPECT_EQ(abroad.currency, "");
+    EXPECT_EQ(abroad.region, std::nullopt);
 }
 
 } // namespace

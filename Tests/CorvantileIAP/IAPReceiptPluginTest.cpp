@@ -2,17 +2,8 @@
 
 #include "CorvantileIAP/InappHelper.hpp"
 #include "Platform/Application/UIApplication.hpp"
-#include "TestPlatform/RecordingConsole.hpp"
 #include "TestPlatform/ScriptedStore.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <vector>
+#include "Tests/Corvantile/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {
@@ -37,7 +28,7 @@ std::string receipt(const std::vector<std::string>& products) {
            R"(], "pending_renewal_info": [{"product_id": "pro"}]})";
 }
 
-class IAPReceipt : public testing::Test {
+class IAPReceipt : public ProcessTest {
 protected:
     void SetUp() override {
         plugin_->productCategories().subscribe([this](const std::vector<ProductCategory>& categories) {
@@ -63,8 +54,6 @@ protected:
     }
     ScriptedStore& store() { return platform_->store(); }
 
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     std::shared_ptr<IAPReceiptPlugin> plugin_ = std::make_shared<IAPReceiptPlugin>(
         std::vector<IAPReceiptPlugin::Product>{{"pro"}, {"extra", "gold"}});
     std::vector<std::string> heard_;
@@ -128,14 +117,13 @@ TEST_F(IAPReceipt, ComesFromTheHostToo) {
                 ElementsAre("renewals 1", "product \"extra\": unknown, so its transactions (1) are left out",
                             "product \"gone\": unknown, so its transactions (2) are left out", "pro 1; ",
                             "renewals 0", "own 1; ", "receipt: The receipt is no JSON."));
-    EXPECT_THAT(platform_->console().lines(), IsEmpty());
+    EXPECT_THAT(lines(), IsEmpty());
 
     plugin_->setProducts({product("extra")}); // of no concern to the host's own records
     InappHelper::setDebug(true);
     plugin_->setReceipt("[]");
     EXPECT_THAT(heard(), SizeIs(1));
-    EXPECT_THAT(platform_->console().lines(),
-                ElementsAre("Receipt --- receipt: The receipt is no JSON object."));
+    EXPECT_THAT(lines(), ElementsAre("Receipt --- receipt: The receipt is no JSON object."));
 }
 
 TEST_F(IAPReceipt, IsNotWaitedForAfterResigningOrTheEnd) {

@@ -72,58 +72,60 @@ TYPED_TEST(YearOfPurchases, SendsWhatTheRulesSayAndNothingTwice) {
         // A trial is a first purchase for nothing, named by its category.
         {"2024-01-02",
          buy("pro"),
-         {"trial_subscribe_plan USD 0", "subscription 200000000000001 0 USD US 2024-01-02",
-          "total_subscription USD 0"}},
+         {"trial_subscribe_plan currency=USD value=0", "subscription 200000000000001 0 USD US 2024-01-02",
+          "total_subscription currency=USD value=0"}},
         // A finished consumable is in no receipt, so the analytics never see it: the host does.
         {"2024-01-05", buy("gems"), {"consumes gems"}},
         // The second record after a trial.
         {"2024-01-10",
          wait,
-         {"trial_conversion_plan USD 4.99", "subscription 200000000000004 4.99 USD US 2024-01-09"}},
+         {"trial_conversion_plan currency=USD value=4.99",
+          "subscription 200000000000004 4.99 USD US 2024-01-09"}},
         // The host asks for this one; its parameters are the host's.
         {"2024-01-12",
          [] {
              Corvantile::queryAppDelegate<IAPReceiptTrackingPluggable>()->trackValidatedPurchase(
                  "pro", EventParameters{{"desk", "seven"}});
          },
-         {"ostrel_in_app_purchase seven"}},
+         {"ostrel_in_app_purchase desk=seven"}},
         // A first purchase that is paid.
         {"2024-01-20",
          buy("cloud"),
-         {"subscribe_cloud USD 29.99", "subscription 200000000000006 29.99 USD US 2024-01-20",
-          "total_subscription USD 29.99"}},
+         {"subscribe_cloud currency=USD value=29.99", "subscription 200000000000006 29.99 USD US 2024-01-20",
+          "total_subscription currency=USD value=29.99"}},
         // A renewal is neither a subscription report nor part of the total.
-        {"2024-02-10", wait, {"renew_plan USD 4.99"}},
+        {"2024-02-10", wait, {"renew_plan currency=USD value=4.99"}},
         // What does not expire carries its price as revenue and is no subscription.
         {"2024-02-20",
          buy("themes"),
-         {"subscribe_themes USD 9.99 + 9.99 USD", "total_subscription USD 9.99"}},
+         {"subscribe_themes currency=USD value=9.99 + 9.99 USD",
+          "total_subscription currency=USD value=9.99"}},
         // No event tells of a refund, and the marker stays.
         {"2024-02-25", refund("themes"), {}},
-        {"2024-03-10", wait, {"renew_plan USD 4.99"}},
+        {"2024-03-10", wait, {"renew_plan currency=USD value=4.99"}},
         {"2024-03-15", [&story] { story.store().setRenews("pro", false); }, {}},
         // It ends as its customer wished: silence.
         {"2024-04-10", open, {}},
         // Bought again after a lapse it is neither first (its original is the trial's) nor second.
-        {"2024-05-10", buy("pro"), {"renew_plan USD 4.99"}},
+        {"2024-05-10", buy("pro"), {"renew_plan currency=USD value=4.99"}},
         {"2024-06-01", billing(true), {}},
         // No transaction tells of a grace period, so it shows when the app reads the receipt.
-        {"2024-06-11", open, {"enter_grace_period pro"}},
+        {"2024-06-11", open, {"enter_grace_period value=pro"}},
         {"2024-06-12", open, {}},
         // Paid in the grace period: a period like any other.
-        {"2024-06-15", billing(false), {"renew_plan USD 4.99"}},
+        {"2024-06-15", billing(false), {"renew_plan currency=USD value=4.99"}},
         {"2024-07-01", billing(true), {}},
         // Only the first grace period of an install is reported.
         {"2024-07-11", open, {}},
         // The grace period is over, the store still tries to get its money.
         {"2024-08-01", open, {}},
-        {"2024-08-20", billing(false), {"renew_plan USD 4.99"}},
+        {"2024-08-20", billing(false), {"renew_plan currency=USD value=4.99"}},
         {"2024-09-10", [&story] { story.terminate(); }, {}},
         // Renewed on September 20 and October 20 while the app did not run: the first of these is over.
-        {"2024-11-01", [this] { this->launch(); }, {"renew_plan USD 4.99"}},
+        {"2024-11-01", [this] { this->launch(); }, {"renew_plan currency=USD value=4.99"}},
         {"2024-11-05", refund("cloud"), {}},
-        {"2024-11-21", wait, {"renew_plan USD 4.99"}},
-        {"2024-12-21", wait, {"renew_plan USD 4.99"}},
+        {"2024-11-21", wait, {"renew_plan currency=USD value=4.99"}},
+        {"2024-12-21", wait, {"renew_plan currency=USD value=4.99"}},
         {"2025-01-02", open, {}},
     };
     this->launch();
