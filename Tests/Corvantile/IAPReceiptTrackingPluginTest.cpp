@@ -17,7 +17,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using Lines = std::vector<std::string>;
 
-constexpr const char* service = "com.example.app";
+constexpr const char* keychainService = "com.example.app";
 
 // A process with the plug-in and what it needs, on day 9.
 struct Host {
@@ -52,26 +52,26 @@ protected:
     [[nodiscard]] Lines markers() {
         Lines accounts;
         for (const auto& entry : device_.keychain().entries()) {
-            EXPECT_EQ(entry.service, service);
+            EXPECT_EQ(entry.service, keychainService);
             EXPECT_EQ(entry.dictionary, (KeychainDictionary{{entry.account, true}}));
             accounts.push_back(entry.account);
         }
         return accounts;
     }
     void mark(const std::string& account, const KeychainDictionary& marker) {
-        device_.keychain().save(marker, account, service);
+        device_.keychain().save(marker, account, keychainService);
     }
 
     TestDevice device_;
     Host host_{device_};
 };
 
-const auto trial = asTrial(bought(1, 1, 1));
+const auto aTrial = asTrial(bought(1, 1, 1));
 
 TEST_F(IAPReceiptTracking, ReportsWhatWasBoughtSinceTheFirstDateOnceThatIsKnown) {
     Host host(device_, 0, std::nullopt);
     host.activate();
-    EXPECT_THAT(host.send({trial, bought(2, 1, 4), bought(3, 1, 4)}), IsEmpty());
+    EXPECT_THAT(host.send({aTrial, bought(2, 1, 4), bought(3, 1, 4)}), IsEmpty());
     host.firstDate->dates.onNext(Date{4 * day});
     EXPECT_THAT(host.idle(),
                 ElementsAre("renew_pro currency=EUR value=4.99", "renew_pro currency=EUR value=4.99"));
@@ -88,17 +88,17 @@ TEST_F(IAPReceiptTracking, IsSilentAboutARecordWithAMarkerOrWhoseMarkerIsRefused
     device_.keychain().denyNextSave(KeychainStatus::diskFull);
     bool wasMarked = false;
     host_.router->onLine = [&](const std::string&) {
-        wasMarked = device_.keychain().load("3", service).has_value();
+        wasMarked = device_.keychain().load("3", keychainService).has_value();
     };
     host_.activate();
-    EXPECT_THAT(host_.send({trial, bought(2, 1, 2), bought(3, 1, 3), bought(4, 1, 4), bought(5, 1, 5),
+    EXPECT_THAT(host_.send({aTrial, bought(2, 1, 2), bought(3, 1, 3), bought(4, 1, 4), bought(5, 1, 5),
                             bought(6, 1, 6, 1)}),
                 ElementsAre("renew_pro currency=EUR value=4.99"));
     EXPECT_TRUE(wasMarked);
-    EXPECT_TRUE(device_.keychain().load("6", service)); // silent, as it has expired
+    EXPECT_TRUE(device_.keychain().load("6", keychainService)); // silent, as it has expired
     EXPECT_THAT(omitted,
                 ElementsAre(HasSubstr("already exists"), "The disk is full.", HasSubstr("already exists")));
-    EXPECT_EQ(host_.send({trial}).size(), 3u); // the next pass tries again
+    EXPECT_EQ(host_.send({aTrial}).size(), 3u); // the next pass tries again
 }
 
 TEST_F(IAPReceiptTracking, BeginsAtAnActivationUnlessInDebugModeWithoutADryRun) {
@@ -106,7 +106,7 @@ TEST_F(IAPReceiptTracking, BeginsAtAnActivationUnlessInDebugModeWithoutADryRun) 
         Corvantile::setDebug(debug);
         Corvantile::setDryRun(dryRun);
         host_.activate();
-        EXPECT_EQ(host_.send({trial}).empty(), debug && !dryRun);
+        EXPECT_EQ(host_.send({aTrial}).empty(), debug && !dryRun);
         host_.resign();
     }
     host_.plugin->trackValidatedPurchase("pro", std::nullopt);
@@ -152,9 +152,9 @@ TEST_F(IAPReceiptTracking, ReplacesPassesWithoutEndingThemAndEndsTheLastOnResign
     host_.activate();
     host_.activate();
     host_.plugin->trackValidatedPurchase("pro", std::nullopt);
-    EXPECT_EQ(host_.send({trial, bought(2, 1, 2)}).size(), 7u);
+    EXPECT_EQ(host_.send({aTrial, bought(2, 1, 2)}).size(), 7u);
     host_.resign();
-    EXPECT_EQ(host_.send({trial, bought(2, 1, 2)}).size(), 4u);
+    EXPECT_EQ(host_.send({aTrial, bought(2, 1, 2)}).size(), 4u);
     EXPECT_THAT(markers(), ElementsAre("2"));
     host_.purchases->categories.onError(std::make_exception_ptr(NSError("test", 1)));
     EXPECT_THAT(host_.idle(), IsEmpty());
@@ -170,9 +170,9 @@ TEST(IAPReceiptTrackingPasses, SendEachTransactionOnceInWhateverOrderTheirQueues
         for (auto* const each : {&host, &second}) {
             each->platform->makeCurrent();
             each->activate();
-            each->purchases->categories.onNext({{"", pro(), {bought(2, 1, 4), trial}}});
+            each->purchases->categories.onNext({{"", pro(), {bought(2, 1, 4), aTrial}}});
             each->activate();
-            each->purchases->categories.onNext({{"", pro(), {bought(3, 1, 5), bought(2, 1, 4), trial}}});
+            each->purchases->categories.onNext({{"", pro(), {bought(3, 1, 5), bought(2, 1, 4), aTrial}}});
         }
         for (auto* const each : {&host, &second}) {
             each->platform->makeCurrent();

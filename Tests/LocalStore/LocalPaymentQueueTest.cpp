@@ -22,9 +22,6 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr const char* coins = "com.example.sampleapp.coins100";
-constexpr const char* monthly = "com.example.sampleapp.pro.monthly";
-
 class Listener final : public SKPaymentTransactionObserver {
 public:
     explicit Listener(SKPaymentQueue& queue) : registration(queue.addTransactionObserver(*this)) {}

@@ -16,6 +16,11 @@
 
 namespace corvantile {
 
+// Products of the sample catalogue.
+inline constexpr const char* coins = "com.example.sampleapp.coins100";
+inline constexpr const char* themes = "com.example.sampleapp.themes";
+inline constexpr const char* monthly = "com.example.sampleapp.pro.monthly";
+
 inline std::string fileText(const std::string& path) {
     std::ifstream stream(path, std::ios::binary);
     if (!stream) throw std::runtime_error("No file " + path);

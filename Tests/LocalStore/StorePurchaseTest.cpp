@@ -15,10 +15,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using State = SKPaymentTransactionState;
 
-constexpr const char* coins = "com.example.sampleapp.coins100";
-constexpr const char* themes = "com.example.sampleapp.themes";
-constexpr const char* monthly = "com.example.sampleapp.pro.monthly";
-
 class StorePurchases : public testing::Test {
 protected:
     std::string outcome(const std::string& product, int quantity = 1) {

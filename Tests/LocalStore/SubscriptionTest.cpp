@@ -8,8 +8,6 @@
 namespace corvantile {
 namespace {
 
-constexpr const char* monthly = "com.example.sampleapp.pro.monthly";
-
 std::string summary(LocalStore& store) {
     static constexpr const char* states[] = {"active", "grace", "retry", "expired", "revoked"};
     const auto all = store.subscriptions();
