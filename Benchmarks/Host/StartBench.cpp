@@ -2,6 +2,7 @@
 // records are loaded, without the second that it waits by design. The floor opens two of its files, reads
 // all of both, and reads the storage key from the vault.
 #include "Benchmarks/Host/WholeHost.hpp"
+#include "Benchmarks/SilentConsole.hpp"
 #include "DesktopPlatform/DesktopPlatform.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
 #include "Tests/DesktopPlatform/TemporaryFolder.hpp"

@@ -14,7 +14,6 @@
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
 #include "Platform/Application/UIApplication.hpp"
-#include "Platform/Foundation/Console.hpp"
 #include "Reactive/DisposeBag.hpp"
 
 #include <atomic>
@@ -24,11 +23,6 @@
 #include <vector>
 
 namespace corvantile {
-
-class SilentConsole final : public Console {
-public:
-    void print(std::string_view) override {}
-};
 
 // An app with every plug-in of storage, analytics and purchases, launched on the current platform.
 class WholeHost {

@@ -1,40 +1,17 @@
 // Reading the store's receipt JSON. The floor is the JSON library's plain parse of the same bytes.
+#include "../Company.hpp"
+
 #include "CorvantileIAP/StoreReceipt.hpp"
 
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>
 
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <string>
-#include <thread>
 
 namespace {
 
 using namespace corvantile;
-
-// With one thread alone the C++ library leaves out locked instructions.
-class Company {
-public:
-    ~Company() {
-        {
-            const std::lock_guard lock(mutex_);
-            done_ = true;
-        }
-        changed_.notify_all();
-        thread_.join();
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    bool done_ = false;
-    std::thread thread_{[this] {
-        std::unique_lock lock(mutex_);
-        changed_.wait(lock, [this] { return done_; });
-    }};
-};
 
 std::string dates(const char* key, std::int64_t seconds) {
     const std::string name(key);

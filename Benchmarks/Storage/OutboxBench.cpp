@@ -1,20 +1,17 @@
+#include "Benchmarks/SilentConsole.hpp"
+#include "Benchmarks/Storage/PlainDatabase.hpp"
 #include "Benchmarks/Storage/Turns.hpp"
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 #include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
 #include "DesktopPlatform/Adjust/OutboxFile.hpp"
 #include "DesktopPlatform/DesktopPlatform.hpp"
-#include "Platform/Foundation/Console.hpp"
 #include "Tests/DesktopPlatform/TemporaryFolder.hpp"
 
 #include <benchmark/benchmark.h>
 
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <string_view>
-
-#include <sqlite3.h>
 
 // An event's way from the router into the outbox. The floor inserts a package of the same size into the same
 // kind of file. They take turns, and the logs are emptied in between.
@@ -22,41 +19,6 @@
 namespace {
 
 using namespace corvantile;
-
-class SilentConsole final : public Console {
-public:
-    void print(std::string_view) override {}
-};
-
-class FloorOutbox {
-public:
-    explicit FloorOutbox(const std::filesystem::path& file) {
-        if (sqlite3_open(file.c_str(), &database_) != SQLITE_OK) throw std::runtime_error("No database");
-        run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 0");
-        run(OutboxFile::format.tables);
-        sqlite3_prepare_v2(database_,
-                           "INSERT INTO packages (identifier, kind, form) VALUES (?1, 'event', ?2)", -1,
-                           &add_, nullptr);
-    }
-    FloorOutbox(const FloorOutbox&) = delete;
-    FloorOutbox& operator=(const FloorOutbox&) = delete;
-    ~FloorOutbox() {
-        sqlite3_finalize(add_);
-        sqlite3_close(database_);
-    }
-
-    void run(const char* statements) { sqlite3_exec(database_, statements, nullptr, nullptr, nullptr); }
-    void add(std::string_view identifier, std::string_view form) {
-        sqlite3_bind_blob(add_, 1, identifier.data(), static_cast<int>(identifier.size()), SQLITE_STATIC);
-        sqlite3_bind_blob(add_, 2, form.data(), static_cast<int>(form.size()), SQLITE_STATIC);
-        if (sqlite3_step(add_) != SQLITE_DONE) throw std::runtime_error(sqlite3_errmsg(database_));
-        sqlite3_reset(add_);
-    }
-
-private:
-    sqlite3* database_ = nullptr;
-    sqlite3_stmt* add_ = nullptr;
-};
 
 void TrackIntoOutbox(benchmark::State& state, ADJLogLevel level) {
     constexpr int batch = 150; // a log that grows longer is emptied in the background
@@ -75,8 +37,12 @@ void TrackIntoOutbox(benchmark::State& state, ADJLogLevel level) {
     };
     track();
     const auto package = *OutboxFile(openState(file, OutboxFile::format)).newest();
-    FloorOutbox floor(folder.path() / "floor.sqlite");
-    const auto insert = [&] { floor.add(package.identifier, package.form); };
+    PlainDatabase floor(folder.path() / "floor.sqlite",
+                        "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL;"
+                        "PRAGMA wal_autocheckpoint = 0");
+    floor.run(OutboxFile::format.tables);
+    auto* const add = floor.prepare("INSERT INTO packages (identifier, kind, form) VALUES (?1, 'event', ?2)");
+    const auto insert = [&] { floor.write(add, package.identifier, package.form); };
     insert();
     Turns turns;
     for (auto _ : state) {

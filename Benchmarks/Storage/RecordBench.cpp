@@ -1,23 +1,18 @@
+#include "Benchmarks/SilentConsole.hpp"
+#include "Benchmarks/Storage/FloorCodec.hpp"
+#include "Benchmarks/Storage/PlainDatabase.hpp"
 #include "Benchmarks/Storage/Turns.hpp"
 #include "Corvantile/Extension/AESText.hpp"
 #include "DesktopPlatform/DesktopPlatform.hpp"
 #include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
-#include "Platform/Foundation/Console.hpp"
-#include "Platform/Security/Cryptor.hpp"
 #include "Tests/DesktopPlatform/TemporaryFolder.hpp"
 
 #include <benchmark/benchmark.h>
 
-#include <array>
 #include <functional>
 #include <map>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <string_view>
-
-#include <openssl/evp.h>
-#include <sqlite3.h>
 
 // The road of a record: text, cipher, base64 in lines, user defaults. Each floor calls the same libraries
 // directly, with everything kept that can be, and leaves out whatever a single caller could do without.
@@ -31,127 +26,12 @@ const std::string iv = "2uHc9ZsRwJ7pLA==";
 const std::string name = "appconfig_Setting_C0FFEE00-ABCD-4EF0-8123-000000000001";
 const std::string record(200, 'r');
 
-// AES-128-CBC and base64 in lines, for texts of one size.
-class FloorCodec {
-public:
-    FloorCodec() {
-        const auto* const cipher = EVP_aes_128_cbc();
-        EVP_CipherInit_ex2(seal_, cipher, bytes(key.data()), nullptr, 1, nullptr);
-        EVP_CipherInit_ex2(open_, cipher, bytes(key.data()), nullptr, 0, nullptr);
-        values_.fill(64);
-        for (unsigned char i = 0; i < 64; ++i) values_[static_cast<unsigned char>(alphabet[i])] = i;
-    }
-    FloorCodec(const FloorCodec&) = delete;
-    FloorCodec& operator=(const FloorCodec&) = delete;
-    ~FloorCodec() {
-        EVP_CIPHER_CTX_free(seal_);
-        EVP_CIPHER_CTX_free(open_);
-    }
-
-    std::string seal(std::string_view text) {
-        const auto size = run(seal_, text.data(), text.size());
-        std::string out((size + 2) / 3 * 4 + ((size + 2) / 3 * 4 - 1) / 64 * 2, '\0');
-        char* to = out.data();
-        std::size_t at = 0;
-        for (std::size_t groups = 0; at + 3 <= size; at += 3, ++groups) {
-            if (groups == 16) {
-                *to++ = '\r';
-                *to++ = '\n';
-                groups = 0;
-            }
-            const unsigned bits = buffer_[at] * 65536U + buffer_[at + 1] * 256U + buffer_[at + 2];
-            for (int shift = 18; shift >= 0; shift -= 6) *to++ = alphabet[bits >> shift & 63U];
-        }
-        if (at < size) {
-            const unsigned bits = buffer_[at] * 65536U + (at + 1 < size ? buffer_[at + 1] * 256U : 0U);
-            *to++ = alphabet[bits >> 18];
-            *to++ = alphabet[bits >> 12 & 63U];
-            *to++ = at + 1 < size ? alphabet[bits >> 6 & 63U] : '=';
-            *to++ = '=';
-        }
-        return out;
-    }
-
-    std::string open(std::string_view text) {
-        std::array<char, 1024> sealed{};
-        std::size_t size = 0;
-        unsigned bits = 0;
-        for (std::size_t at = 0; at + 4 <= text.size(); at += 4) {
-            if (text[at] == '\r') at += 2;
-            for (std::size_t i = 0; i < 4; ++i)
-                bits = bits << 6 | (values_[static_cast<unsigned char>(text[at + i])] & 63U);
-            sealed[size++] = static_cast<char>(bits >> 16);
-            sealed[size++] = static_cast<char>(bits >> 8);
-            sealed[size++] = static_cast<char>(bits);
-        }
-        size -= static_cast<std::size_t>(std::count(text.end() - 2, text.end(), '='));
-        const auto opened = run(open_, sealed.data(), size);
-        return {reinterpret_cast<const char*>(buffer_.data()), opened};
-    }
-
-private:
-    static constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    static const unsigned char* bytes(const char* text) {
-        return reinterpret_cast<const unsigned char*>(text);
-    }
-
-    std::size_t run(EVP_CIPHER_CTX* context, const char* text, std::size_t size) {
-        int written = 0;
-        int rest = 0;
-        EVP_CipherInit_ex2(context, nullptr, nullptr, bytes(iv.data()), -1, nullptr);
-        EVP_CipherUpdate(context, buffer_.data(), &written, bytes(text), static_cast<int>(size));
-        EVP_CipherFinal_ex(context, buffer_.data() + written, &rest);
-        return static_cast<std::size_t>(written + rest);
-    }
-
-    EVP_CIPHER_CTX* const seal_ = EVP_CIPHER_CTX_new();
-    EVP_CIPHER_CTX* const open_ = EVP_CIPHER_CTX_new();
-    std::array<unsigned char, 256> values_{};
-    std::array<unsigned char, 1024> buffer_{};
-};
-
-class FloorStore {
-public:
-    explicit FloorStore(const std::filesystem::path& file) {
-        if (sqlite3_open(file.c_str(), &database_) != SQLITE_OK) throw std::runtime_error("No database");
-        run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 0;"
-            "CREATE TABLE defaults (key BLOB PRIMARY KEY, value) WITHOUT ROWID");
-        sqlite3_prepare_v2(
-            database_,
-            "INSERT INTO defaults VALUES (?1, ?2) ON CONFLICT DO UPDATE SET value = excluded.value", -1,
-            &put_, nullptr);
-    }
-    FloorStore(const FloorStore&) = delete;
-    FloorStore& operator=(const FloorStore&) = delete;
-    ~FloorStore() {
-        sqlite3_finalize(put_);
-        sqlite3_close(database_);
-    }
-
-    void run(const char* statements) { sqlite3_exec(database_, statements, nullptr, nullptr, nullptr); }
-    void put(const std::string& value) {
-        sqlite3_bind_blob(put_, 1, name.data(), static_cast<int>(name.size()), SQLITE_STATIC);
-        sqlite3_bind_blob(put_, 2, value.data(), static_cast<int>(value.size()), SQLITE_STATIC);
-        if (sqlite3_step(put_) != SQLITE_DONE) throw std::runtime_error(sqlite3_errmsg(database_));
-        sqlite3_reset(put_);
-    }
-
-private:
-    sqlite3* database_ = nullptr;
-    sqlite3_stmt* put_ = nullptr;
-};
-
-class SilentConsole final : public Console {
-public:
-    void print(std::string_view) override {}
-};
-
 // The framework's own codec wants a platform; this one's state is never looked at.
 struct Framework {
     const Company company;
     const TemporaryFolder folder;
     DesktopPlatform platform{{.stateFolder = folder.path() / "state"}};
-    FloorCodec floor;
+    FloorCodec floor{key, iv};
 };
 
 constexpr int batch = 200;
@@ -203,14 +83,19 @@ void Set(benchmark::State& state) {
         {.file = framework.folder.path() / "defaults.sqlite",
          .console = std::make_shared<SilentConsole>(),
          .inBackground = [&](std::function<void()> work) { emptyLog = std::move(work); }});
-    FloorStore floor(framework.folder.path() / "floor.sqlite");
+    PlainDatabase floor(framework.folder.path() / "floor.sqlite",
+                        "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL;"
+                        "PRAGMA wal_autocheckpoint = 0;"
+                        "CREATE TABLE defaults (key BLOB PRIMARY KEY, value) WITHOUT ROWID");
+    auto* const put = floor.prepare(
+        "INSERT INTO defaults VALUES (?1, ?2) ON CONFLICT DO UPDATE SET value = excluded.value");
     int number = 0;
     const auto next = [&] { return std::to_string(1'000'000 + ++number) + record.substr(7); };
     defaults.setValue("the file is open now", name);
-    floor.put("the same");
+    floor.write(put, name, "the same");
     for (auto _ : state) {
         turns.take(
-            state, [&] { floor.put(framework.floor.seal(next())); },
+            state, [&] { floor.write(put, name, framework.floor.seal(next())); },
             [&] { defaults.setValue(aesEncrypt(next(), key, iv, 1), name); }, batch);
         floor.run("PRAGMA wal_checkpoint(PASSIVE); PRAGMA user_version = 1");
         emptyLog();

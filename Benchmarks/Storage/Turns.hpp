@@ -1,33 +1,18 @@
 #pragma once
 
+#include "Benchmarks/Company.hpp"
 #include "Tests/DesktopPlatform/FlushCount.hpp"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstddef>
-#include <thread>
 #include <vector>
 
 // How the benchmarks of storage measure: floor and framework take turns, since what a flush costs swings from
 // second to second, and the medians count.
 namespace corvantile {
-
-// A second thread that sleeps: with one alone the C++ library leaves out locked instructions.
-class Company {
-public:
-    ~Company() {
-        done_.store(true);
-        done_.notify_all();
-        thread_.join();
-    }
-
-private:
-    std::atomic<bool> done_{false};
-    std::thread thread_{[this] { done_.wait(false); }};
-};
 
 // One side's turns.
 class Measured {

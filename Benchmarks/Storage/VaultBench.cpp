@@ -1,3 +1,4 @@
+#include "Benchmarks/Storage/PlainDatabase.hpp"
 #include "Benchmarks/Storage/Turns.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
 #include "Tests/DesktopPlatform/TemporaryFolder.hpp"
@@ -5,10 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include <filesystem>
-#include <stdexcept>
 #include <string>
-
-#include <sqlite3.h>
 
 // The floor is what SQLite itself takes to write or read one row durably in the same folder: a prepared
 // statement on a table with one key and one value. Set TMPDIR to measure another disk.
@@ -22,52 +20,20 @@ constexpr std::size_t valueSize = 160; // about what a sealed marker takes
 
 class PlainStore {
 public:
-    explicit PlainStore(const std::filesystem::path& file) {
-        if (sqlite3_open(file.c_str(), &database_) != SQLITE_OK) throw std::runtime_error("No database");
-        run("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL;"
-            "CREATE TABLE IF NOT EXISTS entries (key BLOB PRIMARY KEY, value BLOB) WITHOUT ROWID");
-        put_ =
-            prepared("INSERT INTO entries VALUES (?1, ?2) ON CONFLICT DO UPDATE SET value = excluded.value");
-        get_ = prepared("SELECT value FROM entries WHERE key = ?1");
-    }
-    PlainStore(const PlainStore&) = delete;
-    PlainStore& operator=(const PlainStore&) = delete;
-    ~PlainStore() {
-        sqlite3_finalize(put_);
-        sqlite3_finalize(get_);
-        sqlite3_close(database_);
-    }
+    explicit PlainStore(const std::filesystem::path& file)
+        : database_(file,
+                    "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL;"
+                    "CREATE TABLE IF NOT EXISTS entries (key BLOB PRIMARY KEY, value BLOB) WITHOUT ROWID") {}
 
-    void run(const char* statements) { sqlite3_exec(database_, statements, nullptr, nullptr, nullptr); }
-    void put(const std::string& key, const std::string& value) {
-        bind(put_, 1, key);
-        bind(put_, 2, value);
-        if (sqlite3_step(put_) != SQLITE_DONE) throw std::runtime_error(sqlite3_errmsg(database_));
-        sqlite3_reset(put_);
-    }
-    std::string get(const std::string& key) {
-        bind(get_, 1, key);
-        std::string value;
-        if (sqlite3_step(get_) == SQLITE_ROW)
-            value.assign(static_cast<const char*>(sqlite3_column_blob(get_, 0)),
-                         static_cast<std::size_t>(sqlite3_column_bytes(get_, 0)));
-        sqlite3_reset(get_);
-        return value;
-    }
+    void run(const char* statements) { database_.run(statements); }
+    void put(const std::string& key, const std::string& value) { database_.write(put_, key, value); }
+    std::string get(const std::string& key) { return database_.read(get_, key); }
 
 private:
-    sqlite3_stmt* prepared(const char* text) {
-        sqlite3_stmt* statement = nullptr;
-        sqlite3_prepare_v2(database_, text, -1, &statement, nullptr);
-        return statement;
-    }
-    static void bind(sqlite3_stmt* statement, int place, const std::string& bytes) {
-        sqlite3_bind_blob(statement, place, bytes.data(), static_cast<int>(bytes.size()), SQLITE_STATIC);
-    }
-
-    sqlite3* database_ = nullptr;
-    sqlite3_stmt* put_ = nullptr;
-    sqlite3_stmt* get_ = nullptr;
+    PlainDatabase database_;
+    const PlainDatabase::Statement put_ = database_.prepare(
+        "INSERT INTO entries VALUES (?1, ?2) ON CONFLICT DO UPDATE SET value = excluded.value");
+    const PlainDatabase::Statement get_ = database_.prepare("SELECT value FROM entries WHERE key = ?1");
 };
 
 void SaveInTurns(benchmark::State& state) {

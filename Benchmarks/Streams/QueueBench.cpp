@@ -15,7 +15,6 @@
 #include <mutex>
 #include <semaphore>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -24,10 +23,6 @@ using namespace corvantile;
 
 constexpr int many = 100'000;
 constexpr int last = many - 1;
-
-std::shared_ptr<rx::Scheduler> backgroundScheduler() {
-    return std::make_shared<rx::SerialDispatchQueueScheduler>(QualityOfService::background);
-}
 
 // A worker that drains what waits in a vector, in batches.
 class Drain {
@@ -84,7 +79,7 @@ void ObserveOnManyFloor(benchmark::State& state) {
 void ObserveOnMany(benchmark::State& state) {
     rx::PublishSubject<int> subject;
     std::binary_semaphore done{0};
-    const auto subscription = subject.observeOn(backgroundScheduler()).subscribe([&](int value) {
+    const auto subscription = subject.observeOn(rx::backgroundScheduler()).subscribe([&](int value) {
         if (value == last) done.release();
     });
     const auto before = Allocations::now();
@@ -117,7 +112,7 @@ void RoundTrip(benchmark::State& state) {
     rx::PublishSubject<int> subject;
     std::binary_semaphore back{0};
     const auto subscription =
-        subject.observeOn(backgroundScheduler()).subscribe([&](int) { back.release(); });
+        subject.observeOn(rx::backgroundScheduler()).subscribe([&](int) { back.release(); });
     for (auto _ : state) {
         subject.onNext(1);
         back.acquire();

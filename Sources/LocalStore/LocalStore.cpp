@@ -33,26 +33,27 @@ LocalStore::~LocalStore() = default;
 
 void LocalStore::failNextPayment(const std::string& productIdentifier, SKErrorCode reason) {
     session_->command([&] {
-        session_->engine.decideNextPayment(productIdentifier, {PaymentDecision::fails, storeFailure(reason)});
+        session_->engine.payments().decideNext(productIdentifier,
+                                               {PaymentDecision::fails, storeFailure(reason)});
     });
 }
 
 void LocalStore::deferNextPayment(const std::string& productIdentifier) {
     session_->command(
-        [&] { session_->engine.decideNextPayment(productIdentifier, {PaymentDecision::isDeferred}); });
+        [&] { session_->engine.payments().decideNext(productIdentifier, {PaymentDecision::isDeferred}); });
 }
 
 void LocalStore::holdNextPayment(const std::string& productIdentifier) {
     session_->command(
-        [&] { session_->engine.decideNextPayment(productIdentifier, {PaymentDecision::isHeld}); });
+        [&] { session_->engine.payments().decideNext(productIdentifier, {PaymentDecision::isHeld}); });
 }
 
 void LocalStore::approve(const std::string& productIdentifier) {
-    session_->command([&] { session_->engine.approve(productIdentifier, session_->now()); });
+    session_->command([&] { session_->engine.payments().approve(productIdentifier, session_->now()); });
 }
 
 void LocalStore::decline(const std::string& productIdentifier) {
-    session_->command([&] { session_->engine.decline(productIdentifier); });
+    session_->command([&] { session_->engine.payments().decline(productIdentifier); });
 }
 
 void LocalStore::refund(const std::string& identifier, bool isForIssueWithApp) {
@@ -60,7 +61,7 @@ void LocalStore::refund(const std::string& identifier, bool isForIssueWithApp) {
 }
 
 void LocalStore::buyElsewhere(const std::string& productIdentifier, int quantity) {
-    session_->command([&] { session_->engine.buy(productIdentifier, quantity, session_->now()); });
+    session_->command([&] { session_->engine.payments().buy(productIdentifier, quantity, session_->now()); });
 }
 
 void LocalStore::promote(const std::string& productIdentifier) {
@@ -135,21 +136,21 @@ std::optional<std::string> LocalStore::receipt() {
 void LocalStore::setListener(Listener listener) { session_->setListener(std::move(listener)); }
 
 std::int64_t LocalStore::addPayment(const std::string& productIdentifier, int quantity) {
-    return session_->perform([&] { return session_->engine.addPayment(productIdentifier, quantity); });
+    return session_->perform([&] { return session_->engine.payments().add(productIdentifier, quantity); });
 }
 
 void LocalStore::settle(std::int64_t number) {
-    session_->command([&] { session_->engine.settle(number, session_->now()); });
+    session_->command([&] { session_->engine.payments().settle(number, session_->now()); });
 }
 
 void LocalStore::finish(std::int64_t number) {
-    session_->command([&] { session_->engine.finish(number); });
+    session_->command([&] { session_->engine.payments().finish(number); });
 }
 
 void LocalStore::restore() {
     session_->command([&] {
         session_->engine.countRequest();
-        session_->engine.restore(session_->now());
+        session_->engine.payments().restore(session_->now());
     });
 }
 
@@ -182,7 +183,7 @@ std::optional<std::string> LocalStore::promotion() {
 std::optional<std::int64_t> LocalStore::answerPromotion(const std::string& productIdentifier, bool goesOn) {
     return session_->perform([&]() -> std::optional<std::int64_t> {
         if (!session_->engine.answerPromotion(productIdentifier) || !goesOn) return std::nullopt;
-        return session_->engine.addPayment(productIdentifier, 1);
+        return session_->engine.payments().add(productIdentifier, 1);
     });
 }
 

@@ -4,10 +4,10 @@
 
 namespace corvantile {
 
-// The app that every harness launches. Its resource holds bytes that a reader of texts would spoil.
+// The app that every harness launches, and what its store sells.
 inline const std::string contractBundle = "com.example.contract";
-inline const std::string contractResourceName = "Sample";
-inline const std::string contractResourceExtension = "bin";
-inline const std::string contractResource = std::string("\0\r\n\xFF", 4) + "end";
+inline const std::string contractCatalogue = R"({"version": {"major": 1}, "products": [
+    {"productID": "gold", "type": "Consumable", "displayPrice": "1"},
+    {"productID": "silver", "type": "NonConsumable", "displayPrice": "2"}]})";
 
 } // namespace corvantile

@@ -25,7 +25,7 @@ std::string fromHex(std::string_view hex) {
 }
 
 // The published examples of the modes of operation (NIST SP 800-38A, appendix F).
-const auto key = fromHex("2b7e151628aed2a6abf7158809cf4f3c");
+const auto cipherKey = fromHex("2b7e151628aed2a6abf7158809cf4f3c");
 const auto iv = fromHex("000102030405060708090a0b0c0d0e0f");
 const auto plaintext = fromHex("6bc1bee22e409f96e93d7e117393172aae2d8a571e03ac9c9eb76fac45af8e51"
                                "30c81c46a35ce411e5fbc1191a0a52eff69f2445df4f9b17ad2b417be66c3710");
@@ -48,12 +48,12 @@ TYPED_TEST(CryptorContract, AgreesWithThePublishedExamplesOfBothModes) {
     } cases[] = {{cbc, cbcText}, {ecb, ecbText}, {cbc | 4U, cbcText}};
     for (const auto& [options, ciphertext] : cases) {
         SCOPED_TRACE(options);
-        EXPECT_EQ(this->cryptor().crypt(encrypt, options, key, iv, plaintext), ciphertext);
-        EXPECT_EQ(this->cryptor().crypt(decrypt, options, key, iv, ciphertext), plaintext);
+        EXPECT_EQ(this->cryptor().crypt(encrypt, options, cipherKey, iv, plaintext), ciphertext);
+        EXPECT_EQ(this->cryptor().crypt(decrypt, options, cipherKey, iv, ciphertext), plaintext);
 
-        const auto longer = this->cryptor().crypt(encrypt, options | padded, key, iv, plaintext);
+        const auto longer = this->cryptor().crypt(encrypt, options | padded, cipherKey, iv, plaintext);
         EXPECT_TRUE(longer.value().starts_with(ciphertext));
-        EXPECT_EQ(this->cryptor().crypt(decrypt, options | padded, key, iv, *longer), plaintext);
+        EXPECT_EQ(this->cryptor().crypt(decrypt, options | padded, cipherKey, iv, *longer), plaintext);
     }
 }
 
@@ -64,31 +64,31 @@ TYPED_TEST(CryptorContract, RefusesWhatDoesNotFit) {
         Cryptor::Operation operation;
         std::uint32_t options;
         std::string key, iv, input;
-    } cases[] = {{"15 bytes without padding", encrypt, cbc, key, iv, std::string(15, 'x')},
-                 {"17 bytes without padding", encrypt, ecb, key, iv, std::string(17, 'x')},
-                 {"half a block", decrypt, cbc, key, iv, cbcText.substr(0, 24)},
-                 {"half a block, padded", decrypt, padded, key, iv, cbcText.substr(0, 24)},
-                 {"nothing, padded", decrypt, padded, key, iv, ""},
-                 {"no padding at its end", decrypt, padded, key, iv, block},
-                 {"a short key", encrypt, padded, key.substr(1), iv, "text"},
+    } cases[] = {{"15 bytes without padding", encrypt, cbc, cipherKey, iv, std::string(15, 'x')},
+                 {"17 bytes without padding", encrypt, ecb, cipherKey, iv, std::string(17, 'x')},
+                 {"half a block", decrypt, cbc, cipherKey, iv, cbcText.substr(0, 24)},
+                 {"half a block, padded", decrypt, padded, cipherKey, iv, cbcText.substr(0, 24)},
+                 {"nothing, padded", decrypt, padded, cipherKey, iv, ""},
+                 {"no padding at its end", decrypt, padded, cipherKey, iv, block},
+                 {"a short key", encrypt, padded, cipherKey.substr(1), iv, "text"},
                  {"no key", decrypt, cbc, "", iv, block},
-                 {"a short IV", encrypt, padded, key, iv.substr(1), "text"}};
+                 {"a short IV", encrypt, padded, cipherKey, iv.substr(1), "text"}};
     for (const auto& [why, operation, options, shortKey, shortIV, input] : cases)
         EXPECT_EQ(this->cryptor().crypt(operation, options, shortKey, shortIV, input), std::nullopt) << why;
 
-    EXPECT_EQ(this->cryptor().crypt(encrypt, cbc, key, iv, ""), "");
-    EXPECT_EQ(this->cryptor().crypt(decrypt, cbc, key, iv, ""), "");
+    EXPECT_EQ(this->cryptor().crypt(encrypt, cbc, cipherKey, iv, ""), "");
+    EXPECT_EQ(this->cryptor().crypt(decrypt, cbc, cipherKey, iv, ""), "");
 }
 
 TYPED_TEST(CryptorContract, LooksAtNoMoreThanItNeedsAndAtNothingOfTheLastText) {
     const auto other = std::string(16, 'o');
     for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(this->cryptor().crypt(encrypt, cbc, key + "more", iv + "more", plaintext), cbcText);
-        EXPECT_EQ(this->cryptor().crypt(decrypt, padded, key, iv, cbcText.substr(0, 32)), std::nullopt);
-        EXPECT_EQ(this->cryptor().crypt(decrypt, cbc, key, iv, cbcText), plaintext);
-        EXPECT_NE(this->cryptor().crypt(encrypt, cbc, key, other, plaintext), cbcText);
+        EXPECT_EQ(this->cryptor().crypt(encrypt, cbc, cipherKey + "more", iv + "more", plaintext), cbcText);
+        EXPECT_EQ(this->cryptor().crypt(decrypt, padded, cipherKey, iv, cbcText.substr(0, 32)), std::nullopt);
+        EXPECT_EQ(this->cryptor().crypt(decrypt, cbc, cipherKey, iv, cbcText), plaintext);
+        EXPECT_NE(this->cryptor().crypt(encrypt, cbc, cipherKey, other, plaintext), cbcText);
         EXPECT_NE(this->cryptor().crypt(encrypt, cbc, other, iv, plaintext), cbcText);
-        EXPECT_EQ(this->cryptor().crypt(encrypt, ecb, key, "", plaintext), ecbText);
+        EXPECT_EQ(this->cryptor().crypt(encrypt, ecb, cipherKey, "", plaintext), ecbText);
     }
 }
 

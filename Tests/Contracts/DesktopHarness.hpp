@@ -1,6 +1,5 @@
 #pragma once
 
-#include "DesktopPlatform/Ads/LocalAds.hpp"
 #include "DesktopPlatform/DesktopPlatform.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
 #include "Tests/Contracts/ContractApp.hpp"
@@ -11,12 +10,11 @@
 #include <fstream>
 #include <functional>
 #include <memory>
-#include <string>
 #include <utility>
 
 namespace corvantile {
 
-// Launches a desktop platform whose state and bundle are temporary. It prints on standard output.
+// Launches a desktop platform whose state is temporary.
 class DesktopHarness {
 public:
     DesktopHarness() { relaunch(); }
@@ -39,22 +37,15 @@ public:
     [[nodiscard]] std::unique_ptr<Platform> launchAnother() {
         return std::make_unique<DesktopPlatform>(prepare(folder_.path()));
     }
+    [[nodiscard]] LocalStore& store() { return platform_->store(); }
     void setKeychainLocked(bool locked) { platform_->vault().setLocked(locked); }
-    void setAds(std::string token, std::string advertisingIdentifier) {
-        platform_->ads().set(
-            {.token = std::move(token), .advertisingIdentifier = std::move(advertisingIdentifier)});
-    }
-    void setAds(AAAttributionFailure failure) { platform_->ads().set({.failure = failure}); }
 
 private:
     static DesktopOptions prepare(const std::filesystem::path& folder) {
-        std::filesystem::create_directory(folder / "bundle");
-        std::ofstream(folder / "bundle" / (contractResourceName + "." + contractResourceExtension),
-                      std::ios::binary)
-            << contractResource;
+        std::ofstream(folder / "catalogue.storekit") << contractCatalogue;
         return {.bundleIdentifier = contractBundle,
                 .stateFolder = folder / "state",
-                .resourceFolder = folder / "bundle"};
+                .store = {.catalogue = folder / "catalogue.storekit"}};
     }
 
     TemporaryFolder folder_;

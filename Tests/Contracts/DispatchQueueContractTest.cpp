@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Clock.hpp"
 #include "Tests/Contracts/Harness.hpp"
+#include "Tests/Platform/AtOnce.hpp"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +10,6 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -37,11 +37,6 @@ struct Journal {
         ++count;
     }
 };
-
-// Something that an item owns, with an end to watch.
-std::shared_ptr<void> probe(std::function<void()> atEnd) {
-    return {nullptr, [end = std::move(atEnd)](void*) { end(); }};
-}
 
 template <class Harness>
 class DispatchQueueContract : public PortContract<Harness> {
@@ -73,19 +68,17 @@ TYPED_TEST(DispatchQueueContract, KeepsEachProducersOrderAndRunsOneItemAtATime) 
         std::atomic<bool> isBusy{false};
         std::atomic<int> overlaps{0};
         std::atomic<int> count{0};
-        std::vector<std::thread> producers;
 
-        for (auto& numbers : seen)
-            producers.emplace_back([&] {
-                for (int i = 0; i < itemsEach; ++i)
-                    queue->async([&, i] {
-                        if (isBusy.exchange(true)) ++overlaps;
-                        numbers.push_back(i);
-                        isBusy = false;
-                        ++count;
-                    });
-            });
-        for (auto& producer : producers) producer.join();
+        atOnce(producerCount, [&](int producer) {
+            auto& numbers = seen[static_cast<std::size_t>(producer)];
+            for (int i = 0; i < itemsEach; ++i)
+                queue->async([&, i] {
+                    if (isBusy.exchange(true)) ++overlaps;
+                    numbers.push_back(i);
+                    isBusy = false;
+                    ++count;
+                });
+        });
         EXPECT_TRUE(this->runUntil([&] { return count == producerCount * itemsEach; }));
 
         EXPECT_EQ(overlaps, 0);
@@ -165,11 +158,13 @@ TYPED_TEST(DispatchQueueContract, DestroysUnrunWhatWaitsWhenTheProcessEnds) {
     std::atomic<int> ended{0};
     std::atomic<int> ran{0};
     const auto nothing = [] {};
+    // Something to run that owns something, which has an end.
     const auto item = [&](std::function<void()> atEnd) {
-        return [&ran, p = probe([&ended, end = std::move(atEnd)] {
-                          end();
-                          ++ended;
-                      })] { ++ran; };
+        const auto end = [&ended, act = std::move(atEnd)](void*) {
+            act();
+            ++ended;
+        };
+        return [&ran, owned = std::shared_ptr<void>(nullptr, end)] { ++ran; };
     };
     // Each end posts once more, to both: gone at once.
     const auto post = [&] {

@@ -85,7 +85,7 @@ protected:
 };
 TYPED_TEST_SUITE(HTTPClientContract, Harnesses);
 
-TYPED_TEST(HTTPClientContract, CarriesARequestAndItsAnswerByteForByte) {
+TYPED_TEST(HTTPClientContract, CarriesARequestAndAnAnswerOfWhateverStatusByteForByte) {
     const std::string bytes("\0\r\n\xFF end", 8);
     const std::pair<const char*, std::optional<std::string>> cases[] = {
         {"POST", bytes}, {"POST", std::nullopt}, {"GET", std::nullopt}, {"PUT", std::string(2 << 20, 'x')}};
@@ -109,16 +109,11 @@ TYPED_TEST(HTTPClientContract, CarriesARequestAndItsAnswerByteForByte) {
         EXPECT_THAT(received.headers, Contains(Pair("Content-Type", "text/plain")).Times(1));
         EXPECT_THAT(received.headers, Contains(Pair("X-Sample", "a: b")));
     }
-}
 
-TYPED_TEST(HTTPClientContract, TakesAnErrorStatusForAnAnswer) {
-    Outcome outcome;
-
-    this->exchange({.url = this->server_.origin() + "/missing"}, outcome);
-
-    ASSERT_TRUE(outcome.response) << outcome.code;
-    EXPECT_EQ(outcome.response->status, 404);
-    EXPECT_EQ(outcome.response->body, missingBody);
+    Outcome missing;
+    this->exchange({.url = this->server_.origin() + "/missing"}, missing);
+    EXPECT_EQ(missing.response.value().status, 404);
+    EXPECT_EQ(missing.response->body, missingBody);
 }
 
 TYPED_TEST(HTTPClientContract, TellsWhyThereIsNoAnswer) {

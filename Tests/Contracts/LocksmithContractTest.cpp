@@ -2,22 +2,19 @@
 
 #include "Platform/Keychain/KeychainError.hpp"
 #include "Tests/Contracts/Harness.hpp"
+#include "Tests/Platform/AtOnce.hpp"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <limits>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace corvantile {
 namespace {
 
 using namespace std::string_literals;
-
-const auto service = contractBundle;
 
 template <class Harness>
 class LocksmithContract : public PortContract<Harness> {
@@ -62,31 +59,32 @@ TYPED_TEST(LocksmithContract, GivesBackEveryKindOfValueAsItWas) {
         {"empty data", KeychainData{}},
     };
 
-    this->keychain().save(everything, "everything", service);
-    this->keychain().save({}, "nothing", service);
+    this->keychain().save(everything, "everything", contractBundle);
+    this->keychain().save({}, "nothing", contractBundle);
 
-    EXPECT_EQ(this->keychain().load("everything", service), everything);
-    EXPECT_EQ(this->keychain().load("nothing", service), KeychainDictionary{});
-    EXPECT_EQ(this->keychain().load("never saved", service), std::nullopt);
+    EXPECT_EQ(this->keychain().load("everything", contractBundle), everything);
+    EXPECT_EQ(this->keychain().load("nothing", contractBundle), KeychainDictionary{});
+    EXPECT_EQ(this->keychain().load("never saved", contractBundle), std::nullopt);
 }
 
 TYPED_TEST(LocksmithContract, AddsOnceReplacesWholeEntriesDeletesOnceAndKeepsAllThatBeyondTheProcess) {
     const KeychainDictionary one = {{"old", 1}, {"both", 1}}, two = {{"both", 2}};
     for (const auto* const account : {"saved", "updated", "removed"})
-        this->keychain().save(one, account, service);
-    for (const auto* const account : {"updated", "added"}) this->keychain().update(two, account, service);
-    EXPECT_TRUE(this->keychain().remove("removed", service));
-    EXPECT_FALSE(this->keychain().remove("removed", service));
+        this->keychain().save(one, account, contractBundle);
+    for (const auto* const account : {"updated", "added"})
+        this->keychain().update(two, account, contractBundle);
+    EXPECT_TRUE(this->keychain().remove("removed", contractBundle));
+    EXPECT_FALSE(this->keychain().remove("removed", contractBundle));
 
     for (int launch = 1; launch <= 2; ++launch) {
-        EXPECT_EQ(this->refusal([&] { this->keychain().save(two, "saved", service); }), duplicate);
-        EXPECT_EQ(this->keychain().load("saved", service), one);
-        EXPECT_EQ(this->keychain().load("updated", service), two);
-        EXPECT_EQ(this->keychain().load("added", service), two);
-        EXPECT_EQ(this->keychain().load("removed", service), std::nullopt);
+        EXPECT_EQ(this->refusal([&] { this->keychain().save(two, "saved", contractBundle); }), duplicate);
+        EXPECT_EQ(this->keychain().load("saved", contractBundle), one);
+        EXPECT_EQ(this->keychain().load("updated", contractBundle), two);
+        EXPECT_EQ(this->keychain().load("added", contractBundle), two);
+        EXPECT_EQ(this->keychain().load("removed", contractBundle), std::nullopt);
         this->relaunch();
     }
-    this->keychain().save(one, "removed", service);
+    this->keychain().save(one, "removed", contractBundle);
 }
 
 TYPED_TEST(LocksmithContract, KeepsEveryAccountOfEveryServiceApart) {
@@ -115,54 +113,48 @@ TYPED_TEST(LocksmithContract, KeepsEveryAccountOfEveryServiceApart) {
 }
 
 TYPED_TEST(LocksmithContract, LetsExactlyOneOfManyThreadsAddAnAccount) {
-    constexpr int threadCount = 6;
     std::vector<std::atomic<int>> winners(20);
-    std::latch start(threadCount);
-    std::vector<std::thread> threads;
-    for (int number = 1; number <= threadCount; ++number)
-        threads.emplace_back([&, number] {
-            start.arrive_and_wait();
-            for (std::size_t account = 0; account < winners.size(); ++account) {
-                const auto refused = this->refusal([&] {
-                    this->keychain().save({{"winner", number}}, std::to_string(account), service);
-                });
-                EXPECT_EQ(refused.value_or(duplicate), duplicate);
-                if (!refused) winners[account] += number;
-            }
-        });
-    for (auto& thread : threads) thread.join();
+    atOnce(6, [&](int number) {
+        for (std::size_t account = 0; account < winners.size(); ++account) {
+            const auto refused = this->refusal([&] {
+                this->keychain().save({{"winner", number}}, std::to_string(account), contractBundle);
+            });
+            EXPECT_EQ(refused.value_or(duplicate), duplicate);
+            if (!refused) winners[account] += number;
+        }
+    });
 
     for (std::size_t account = 0; account < winners.size(); ++account)
-        EXPECT_EQ(this->keychain().load(std::to_string(account), service),
+        EXPECT_EQ(this->keychain().load(std::to_string(account), contractBundle),
                   (KeychainDictionary{{"winner", winners[account].load()}}));
 }
 
 TYPED_TEST(LocksmithContract, ReadsNothingAndRefusesTheRestWhileLocked) {
     const KeychainDictionary entry = {{"number", 1}};
-    this->keychain().save(entry, "account", service);
+    this->keychain().save(entry, "account", contractBundle);
     this->harness().setKeychainLocked(true);
 
-    EXPECT_EQ(this->keychain().load("account", service), std::nullopt);
-    EXPECT_EQ(this->refusal([&] { this->keychain().save({}, "account", service); }), lockedOut);
-    EXPECT_EQ(this->refusal([&] { this->keychain().save({}, "new", service); }), lockedOut);
-    EXPECT_EQ(this->refusal([&] { this->keychain().update({}, "account", service); }), lockedOut);
-    EXPECT_EQ(this->refusal([&] { this->keychain().remove("account", service); }), lockedOut);
+    EXPECT_EQ(this->keychain().load("account", contractBundle), std::nullopt);
+    EXPECT_EQ(this->refusal([&] { this->keychain().save({}, "account", contractBundle); }), lockedOut);
+    EXPECT_EQ(this->refusal([&] { this->keychain().save({}, "new", contractBundle); }), lockedOut);
+    EXPECT_EQ(this->refusal([&] { this->keychain().update({}, "account", contractBundle); }), lockedOut);
+    EXPECT_EQ(this->refusal([&] { this->keychain().remove("account", contractBundle); }), lockedOut);
 
     this->harness().setKeychainLocked(false);
-    EXPECT_EQ(this->keychain().load("account", service), entry);
-    EXPECT_EQ(this->keychain().load("new", service), std::nullopt);
+    EXPECT_EQ(this->keychain().load("account", contractBundle), entry);
+    EXPECT_EQ(this->keychain().load("new", contractBundle), std::nullopt);
 }
 
 TYPED_TEST(LocksmithContract, BelongsToTheAppUnlessAServiceIsNamed) {
     Locksmith::saveData({{"number", 1}}, "account");
     Locksmith::updateData({{"number", 2}}, "account");
-    Locksmith::saveData({{"number", 3}}, "account", "another service");
+    Locksmith::saveData({{"number", 3}}, "account", "another contractBundle");
 
     EXPECT_EQ(Locksmith::loadDataForUserAccount("account"), (KeychainDictionary{{"number", 2}}));
-    EXPECT_EQ(this->keychain().load("account", service), (KeychainDictionary{{"number", 2}}));
+    EXPECT_EQ(this->keychain().load("account", contractBundle), (KeychainDictionary{{"number", 2}}));
     EXPECT_TRUE(Locksmith::deleteDataForUserAccount("account"));
     EXPECT_EQ(Locksmith::loadDataForUserAccount("account"), std::nullopt);
-    EXPECT_NE(Locksmith::loadDataForUserAccount("account", "another service"), std::nullopt);
+    EXPECT_NE(Locksmith::loadDataForUserAccount("account", "another contractBundle"), std::nullopt);
 }
 
 } // namespace

@@ -22,12 +22,12 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Transactions = SKPaymentQueue::Transactions;
-using Journal = std::vector<std::string>;
+using Reports = std::vector<std::string>;
 
 // Writes down what it hears, under its name, each transaction by itself.
 class Listener final : public SKPaymentTransactionObserver {
 public:
-    Listener(Journal& journal, std::string name, bool wants = false)
+    Listener(Reports& journal, std::string name, bool wants = false)
         : journal_(journal), name_(std::move(name)), wants_(wants) {}
 
     void observe(SKPaymentQueue& queue) { registration = queue.addTransactionObserver(*this); }
@@ -63,23 +63,23 @@ private:
         journal_.push_back(name_ + " " + what + " " + payment.productIdentifier());
     }
 
-    Journal& journal_;
+    Reports& journal_;
     const std::string name_;
     const bool wants_;
 };
 
 template <class Harness>
-class PaymentQueueContract : public testing::Test {
+class PaymentQueueContract : public PortContract<Harness> {
 protected:
-    SKPaymentQueue& queue() { return harness_.queue(); }
+    SKPaymentQueue& queue() { return *this->ports().paymentQueue; }
     // What is written down while everything ran.
-    Journal news() {
-        harness_.settle();
+    Reports news() {
+        // What runs may post what follows: no chain here is longer.
+        for (int round = 0; round < 20; ++round) this->turn();
         return std::exchange(journal_, {});
     }
 
-    Harness harness_;
-    Journal journal_;
+    Reports journal_;
     Listener a_{journal_, "a"}, b_{journal_, "b", true};
 };
 TYPED_TEST_SUITE(PaymentQueueContract, StoreHarnesses);
@@ -87,8 +87,8 @@ TYPED_TEST_SUITE(PaymentQueueContract, StoreHarnesses);
 TYPED_TEST(PaymentQueueContract, DeliversToAllInOrderOnMainAndNeverInsideTheCall) {
     this->a_.observe(this->queue());
     this->b_.observe(this->queue());
-    this->a_.onUpdate = [&](auto&, auto&) { EXPECT_TRUE(this->harness_.mainQueue()->isCurrent()); };
-    this->harness_.purchase({"gold"});
+    this->a_.onUpdate = [&](auto&, auto&) { EXPECT_TRUE(this->mainQueue()->isCurrent()); };
+    this->harness().purchase({"gold"});
     EXPECT_THAT(this->journal_, IsEmpty());
 
     EXPECT_THAT(this->news(), ElementsAre("a bought gold", "b bought gold"));
@@ -98,7 +98,7 @@ TYPED_TEST(PaymentQueueContract, DeliversToAllInOrderOnMainAndNeverInsideTheCall
 }
 
 TYPED_TEST(PaymentQueueContract, DeliversTheUnfinishedOnceToWhoeverArrivesAndAfterARelaunch) {
-    this->harness_.purchase({"gold", "silver", "gold"});
+    this->harness().purchase({"gold", "silver", "gold"});
     this->a_.observe(this->queue());
     EXPECT_THAT(this->journal_, IsEmpty());
     EXPECT_THAT(this->news(), ElementsAre("a bought gold", "a bought silver", "a bought gold"));
@@ -109,7 +109,7 @@ TYPED_TEST(PaymentQueueContract, DeliversTheUnfinishedOnceToWhoeverArrivesAndAft
     this->b_.observe(this->queue());
     EXPECT_THAT(this->news(), ElementsAre("b bought silver"));
 
-    this->harness_.relaunch();
+    this->relaunch();
     this->a_.onUpdate = [](SKPaymentQueue& queue, const Transactions& batch) {
         queue.finishTransaction(*batch[0]); // the others are still given the same snapshot
     };
@@ -122,9 +122,9 @@ TYPED_TEST(PaymentQueueContract, DeliversTheUnfinishedOnceToWhoeverArrivesAndAft
 
 TYPED_TEST(PaymentQueueContract, FinishesOnceQuietlyAndNeverWhatIsStillPurchasing) {
     this->a_.observe(this->queue());
-    this->harness_.holdNextPayment();
+    this->harness().holdNextPayment();
     this->queue().addPayment(std::make_shared<SKPayment>("gold"));
-    this->harness_.purchase({"silver"});
+    this->harness().purchase({"silver"});
     EXPECT_THAT(this->news(), ElementsAre("a open gold", "a bought silver"));
 
     EXPECT_THROW(this->queue().finishTransaction(*this->a_.heard[0]), NSError);
@@ -137,7 +137,7 @@ TYPED_TEST(PaymentQueueContract, AnswersPaymentsRestoresAndPromotionsAsTransacti
     this->a_.observe(this->queue());
     this->queue().addPayment(std::make_shared<SKPayment>("gold"));
     EXPECT_THAT(this->news(), ElementsAre("a open gold", "a bought gold"));
-    this->harness_.failNextPayment();
+    this->harness().failNextPayment();
     this->queue().addPayment(std::make_shared<SKPayment>("gold"));
     EXPECT_THAT(this->news(), ElementsAre("a open gold", "a failed gold"));
     EXPECT_TRUE(this->a_.heard.back()->error());
@@ -145,15 +145,15 @@ TYPED_TEST(PaymentQueueContract, AnswersPaymentsRestoresAndPromotionsAsTransacti
     this->queue().restoreCompletedTransactions();
     EXPECT_THAT(this->news(), ElementsAre("a restored silver", "a done"));
     EXPECT_TRUE(this->a_.heard.back()->originalTransactionIdentifier());
-    this->harness_.failNextRestore();
+    this->harness().failNextRestore();
     this->queue().restoreCompletedTransactions();
     EXPECT_THAT(this->news(), ElementsAre("a refused"));
 
-    this->harness_.promote("silver");
+    this->harness().promote("silver");
     EXPECT_THAT(this->news(), ElementsAre("a asked silver")); // and nobody wants it
     this->b_.observe(this->queue());
     this->news();
-    this->harness_.promote("silver");
+    this->harness().promote("silver");
     EXPECT_THAT(this->news(), ElementsAre("a asked silver", "b asked silver", "a open silver",
                                           "b open silver", "a bought silver", "b bought silver"));
 }
@@ -165,8 +165,8 @@ TYPED_TEST(PaymentQueueContract, TellsNothingMoreOnceARegistrationHasEndedEvenIn
         this->b_.registration.reset(); // before its turn
         this->a_.registration.reset();
     };
-    this->harness_.purchase({"gold"});
-    this->harness_.purchase({"silver"});
+    this->harness().purchase({"gold"});
+    this->harness().purchase({"silver"});
     EXPECT_THAT(this->news(), ElementsAre("a bought gold"));
 }
 
@@ -187,27 +187,27 @@ TYPED_TEST(PaymentQueueContract, EndsARegistrationOnAnotherThreadOnlyAfterADeliv
         for (int i = 0; i < 1000; ++i) std::this_thread::yield(); // time to get it wrong
         isInside = false;
     };
-    this->harness_.purchase({"gold"});
+    this->harness().purchase({"gold"});
     this->news();
     other.join();
     EXPECT_EQ(endedInside, false);
 }
 
 TYPED_TEST(PaymentQueueContract, AnswersWhatIsAskedOfTheStoreOnceOnItsQueueUnlessLetGo) {
-    Journal& heard = this->journal_;
+    Reports& heard = this->journal_;
     const auto ask = [&] {
-        return this->harness_.requests().products(
-            {"gold", "unknown"}, this->harness_.mainQueue(),
+        return this->ports().storeRequests->products(
+            {"gold", "unknown"}, this->mainQueue(),
             [&](const StoreRequests::Products& products, const std::exception_ptr& error) {
                 heard.push_back(error ? "error" : std::to_string(products.size()));
             });
     };
     const auto kept = ask();
     EXPECT_THAT(heard, IsEmpty());
-    EXPECT_TRUE(this->harness_.runUntil([&] { return !heard.empty(); }));
-    this->harness_.failNextProducts();
+    EXPECT_TRUE(this->runUntil([&] { return !heard.empty(); }));
+    this->harness().failNextProducts();
     const auto failing = ask();
-    EXPECT_TRUE(this->harness_.runUntil([&] { return heard.size() == 2; }));
+    EXPECT_TRUE(this->runUntil([&] { return heard.size() == 2; }));
 
     ask().reset();
     EXPECT_THAT(this->news(), ElementsAre("1", "error"));

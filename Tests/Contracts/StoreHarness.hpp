@@ -1,13 +1,10 @@
 #pragma once
 
-#include "Platform/Foundation/DispatchQueue.hpp"
+#include "LocalStore/LocalStore.hpp"
+#include "Platform/Store/SKPaymentTransaction.hpp"
 #include "Platform/Store/SKProduct.hpp"
 #include "TestPlatform/ScriptedStore.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
-#include "Tests/Contracts/LocalStoreHarness.hpp"
-
-#include <gtest/gtest.h>
+#include "Tests/Contracts/Harness.hpp"
 
 #include <functional>
 #include <memory>
@@ -26,12 +23,8 @@ public:
         device_.store().setRestorable({"silver"});
     }
 
-    [[nodiscard]] SKPaymentQueue& queue() { return *platform_->ports().paymentQueue; }
-    [[nodiscard]] StoreRequests& requests() { return *platform_->ports().storeRequests; }
-    [[nodiscard]] std::shared_ptr<DispatchQueue> mainQueue() { return platform_->ports().queues->main(); }
-    // Runs the main thread's work; false when `done` is still false after some seconds.
+    [[nodiscard]] Platform& platform() { return *platform_; }
     [[nodiscard]] bool runUntil(const std::function<bool()>& done) { return platform_->runUntil(done); }
-    void settle() { platform_->runUntilIdle(); }
     void relaunch() { platform_ = TestPlatform::relaunch(std::move(platform_)); }
 
     // Purchases of these products appear, one after the other.
@@ -58,11 +51,30 @@ private:
     std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
 };
 
+// The local store of a platform.
+template <class Harness>
+class LocalStoreHarness : public Harness {
+public:
+    LocalStoreHarness() {
+        this->store().buyElsewhere("silver"); // what a restore gives back
+        for (const auto& transaction : this->store().transactions()) this->store().finish(transaction.number);
+    }
+
+    void purchase(const std::vector<std::string>& products) {
+        for (const auto& product : products) this->store().buyElsewhere(product);
+    }
+    void failNextPayment() { this->store().failNextPayment("gold", SKErrorCode::paymentCancelled); }
+    void holdNextPayment() { this->store().holdNextPayment("gold"); }
+    void failNextRestore() { this->store().failRequests(1, SKErrorCode::paymentCancelled); }
+    void failNextProducts() { this->store().failRequests(1, SKErrorCode::unknown); }
+    void promote(const std::string& identifier) { this->store().promote(identifier); }
+};
+
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
-using StoreHarnesses = testing::Types<ScriptedStoreHarness, LocalStoreHarness<TestStoreProcess>,
-                                      LocalStoreHarness<DesktopStoreProcess>>;
+using StoreHarnesses =
+    testing::Types<ScriptedStoreHarness, LocalStoreHarness<TestHarness>, LocalStoreHarness<DesktopHarness>>;
 #else
-using StoreHarnesses = testing::Types<ScriptedStoreHarness, LocalStoreHarness<TestStoreProcess>>;
+using StoreHarnesses = testing::Types<ScriptedStoreHarness, LocalStoreHarness<TestHarness>>;
 #endif
 
 } // namespace corvantile

@@ -1,13 +1,11 @@
 #pragma once
 
-#include "TestPlatform/ScriptedAds.hpp"
 #include "TestPlatform/TestDevice.hpp"
 #include "TestPlatform/TestPlatform.hpp"
 #include "Tests/Contracts/ContractApp.hpp"
 
 #include <functional>
 #include <memory>
-#include <string>
 #include <utility>
 
 namespace corvantile {
@@ -20,19 +18,14 @@ public:
     void relaunch() { platform_ = TestPlatform::relaunch(std::move(platform_)); }
     void reinstall() { platform_ = TestPlatform::reinstall(std::move(platform_)); }
     [[nodiscard]] std::unique_ptr<Platform> launchAnother() { return TestPlatform::launch(device_); }
+    [[nodiscard]] LocalStore& store() { return platform_->localStore(); }
     void setKeychainLocked(bool locked) { device_.keychain().setLocked(locked); }
-    void setAds(std::string token, std::string advertisingIdentifier) {
-        platform_->ads().setToken(std::move(token));
-        platform_->ads().setAdvertisingIdentifier(std::move(advertisingIdentifier));
-    }
-    void setAds(AAAttributionFailure failure) { platform_->ads().setFailure(failure); }
 
 private:
     TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(
-        device_, {.bundleIdentifier = contractBundle,
-                  .resources = {{contractResourceName + "." + contractResourceExtension, contractResource}},
-                  .echoesConsole = true});
+    std::unique_ptr<TestPlatform> platform_ =
+        TestPlatform::launch(device_, {.bundleIdentifier = contractBundle,
+                                       .localStore = TestStoreOptions{.catalogue = contractCatalogue}});
 };
 
 } // namespace corvantile

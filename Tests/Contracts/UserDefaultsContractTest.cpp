@@ -1,13 +1,11 @@
 #include "Platform/Foundation/NSUserDefaults.hpp"
 #include "Tests/Contracts/Harness.hpp"
+#include "Tests/Platform/AtOnce.hpp"
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <optional>
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace corvantile {
 namespace {
@@ -20,13 +18,6 @@ class UserDefaultsContract : public PortContract<Harness> {
 protected:
     [[nodiscard]] static std::shared_ptr<NSUserDefaults> defaults() {
         return NSUserDefaults::standardUserDefaults();
-    }
-
-    // What the main loop does between two items.
-    void turn() {
-        bool hasRun = false;
-        this->mainQueue()->async([&] { hasRun = true; });
-        ASSERT_TRUE(this->runUntil([&] { return hasRun; }));
     }
 };
 TYPED_TEST_SUITE(UserDefaultsContract, Harnesses);
@@ -98,17 +89,13 @@ TYPED_TEST(UserDefaultsContract, SeesWhatAnotherProcessWroteAfterATurnOfTheMainL
 
 TYPED_TEST(UserDefaultsContract, IsReadAndWrittenByManyThreadsAtOnce) {
     const auto defaults = this->defaults();
-    std::latch start(4);
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 4; ++number)
-        threads.emplace_back([&, key = std::to_string(number)] {
-            start.arrive_and_wait();
-            for (int value = 1; value <= 50; ++value) {
-                defaults->setValue(std::to_string(value), key);
-                EXPECT_EQ(defaults->stringForKey(key), std::to_string(value));
-            }
-        });
-    for (auto& thread : threads) thread.join();
+    atOnce(4, [&](int number) {
+        const auto key = std::to_string(number);
+        for (int value = 1; value <= 50; ++value) {
+            defaults->setValue(std::to_string(value), key);
+            EXPECT_EQ(defaults->stringForKey(key), std::to_string(value));
+        }
+    });
     this->relaunch();
 
     EXPECT_EQ(this->defaults()->dictionaryRepresentation(),

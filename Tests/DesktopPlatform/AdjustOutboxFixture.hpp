@@ -39,10 +39,6 @@ public:
     void adjustSessionTrackingSucceeded(const std::optional<ADJSessionSuccess>& success) override {
         heard.push_back("session sent " + success->message.value_or("-"));
     }
-    void adjustSessionTrackingFailed(const std::optional<ADJSessionFailure>& failure) override {
-        heard.push_back("session failed " + failure->message.value_or("-") +
-                        (failure->willRetry ? " again" : ""));
-    }
 
     std::vector<std::string> heard;
 };

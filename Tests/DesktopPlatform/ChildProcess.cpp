@@ -25,13 +25,13 @@ ChildProcess::ChildProcess(const std::function<void(int out)>& work) {
         }
     }
     ::close(ends[1]);
-    in_ = ends[0];
+    in_ = ::fdopen(ends[0], "r");
 }
 
 ChildProcess::~ChildProcess() {
     kill();
     wait();
-    ::close(in_);
+    std::fclose(in_);
 }
 
 void ChildProcess::kill() {
@@ -40,14 +40,7 @@ void ChildProcess::kill() {
 
 std::string ChildProcess::read(std::size_t count) {
     std::string bytes(count, '\0');
-    std::size_t size = 0;
-    while (size < count) {
-        const auto more = ::read(in_, bytes.data() + size, count - size);
-        if (more < 0 && errno == EINTR) continue;
-        if (more <= 0) break;
-        size += static_cast<std::size_t>(more);
-    }
-    bytes.resize(size);
+    bytes.resize(std::fread(bytes.data(), 1, count, in_));
     return bytes;
 }
 
@@ -58,14 +51,9 @@ std::string ChildProcess::readAll() {
     return all;
 }
 
-bool ChildProcess::endedWell() {
-    wait();
-    return WIFEXITED(status_) && WEXITSTATUS(status_) == 0;
-}
-
 void ChildProcess::wait() {
     if (process_ <= 0) return;
-    while (::waitpid(process_, &status_, 0) < 0 && errno == EINTR) {
+    while (::waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
     }
     process_ = -1;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 #include <functional>
 #include <string>
 
@@ -24,15 +25,12 @@ public:
     [[nodiscard]] std::string read(std::size_t count);
     // The rest of what it writes until its end.
     [[nodiscard]] std::string readAll();
-    // Waits for its end. False: it was killed, or `work` threw.
-    [[nodiscard]] bool endedWell();
 
 private:
     void wait();
 
     pid_t process_ = -1;
-    int in_ = -1;
-    int status_ = 0;
+    std::FILE* in_ = nullptr;
 };
 
 } // namespace corvantile

@@ -1,4 +1,5 @@
 #include "DesktopPlatform/DesktopPlatform.hpp"
+#include "DesktopPlatform/Foundation/Descriptor.hpp"
 #include "Platform/Foundation/Console.hpp"
 
 #include <gtest/gtest.h>
@@ -17,32 +18,30 @@ namespace corvantile {
 namespace {
 
 struct Pipe {
-    Pipe() { EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0); }
-    ~Pipe() {
-        for (const int end : {0, 1}) close(end);
-    }
-    void close(int end) {
-        if (ends[end] >= 0) ::close(ends[end]);
-        ends[end] = -1;
+    Pipe() {
+        int ends[2];
+        EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+        out = Descriptor(ends[0]);
+        in = Descriptor(ends[1]);
     }
     // Everything until the writing end is closed.
     [[nodiscard]] std::string readAll() const {
         std::string all;
         char buffer[512];
-        for (ssize_t count = 0; (count = ::read(ends[0], buffer, sizeof buffer)) > 0;)
+        for (ssize_t count = 0; (count = ::read(out.value(), buffer, sizeof buffer)) > 0;)
             all.append(buffer, static_cast<std::size_t>(count));
         return all;
     }
-    int ends[2] = {-1, -1};
+    Descriptor out, in;
 };
 
 } // namespace
 
 TEST(DescriptorConsole, KeepsLinesOfSeveralThreadsWholeOnAFullPipe) {
     Pipe pipe;
-    ::fcntl(pipe.ends[1], F_SETPIPE_SZ, 4096);
-    ::fcntl(pipe.ends[1], F_SETFL, O_NONBLOCK); // the console must wait on its own
-    DesktopPlatform platform({.consoleDescriptor = pipe.ends[1]});
+    ::fcntl(pipe.in.value(), F_SETPIPE_SZ, 4096);
+    ::fcntl(pipe.in.value(), F_SETFL, O_NONBLOCK); // the console must wait on its own
+    DesktopPlatform platform({.consoleDescriptor = pipe.in.value()});
     auto& console = *platform.ports().console;
     std::string all;
 
@@ -53,7 +52,7 @@ TEST(DescriptorConsole, KeepsLinesOfSeveralThreadsWholeOnAFullPipe) {
             for (int i = 0; i < 20; ++i) console.print(std::string(6000, letter));
         });
     for (auto& writer : writers) writer.join();
-    pipe.close(1);
+    pipe.in = Descriptor();
     reader.join();
 
     ASSERT_EQ(all.size(), 3U * 20 * 6001);
@@ -65,9 +64,9 @@ TEST(DescriptorConsole, KeepsLinesOfSeveralThreadsWholeOnAFullPipe) {
 
 TEST(DescriptorConsole, IsSilentWhenItsReaderHasGone) {
     Pipe pipe;
-    pipe.close(0);
+    pipe.out = Descriptor();
 
-    for (const int descriptor : {pipe.ends[1], -1}) {
+    for (const int descriptor : {pipe.in.value(), -1}) {
         DesktopPlatform platform({.consoleDescriptor = descriptor});
         platform.ports().console->print("nobody reads this");
     }

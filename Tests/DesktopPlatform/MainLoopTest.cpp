@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -13,8 +12,6 @@ namespace corvantile {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr auto patience = 10s;
 
 struct MainLoop : testing::Test {
     DesktopPlatform platform;
@@ -44,21 +41,17 @@ TEST_F(MainLoop, StopsAfterTheItemThatAsksForItAndKeepsTheRestForTheNextRun) {
     EXPECT_EQ(trace, "ab");
 }
 
-TEST_F(MainLoop, IsWokenByAnotherThreadThatStopsItOrMakesItsConditionTrue) {
+TEST_F(MainLoop, IsWokenByAnotherThreadThatStopsIt) {
     const auto worker = platform.ports().queues->makeSerial("worker", QualityOfService::standard);
     worker->asyncAfter(1ms, [this] { platform.stopMainLoop(); });
     platform.runMainLoop();
-
-    std::atomic<bool> done{false};
-    worker->async([&] { done = true; });
-    EXPECT_TRUE(platform.runMainLoopUntil([&] { return done.load(); }, patience));
 }
 
 TEST_F(MainLoop, RunsUntilItsConditionHoldsItsTimeHasPassedOrItIsStopped) {
     const auto never = [] { return false; };
     for (const char letter : {'a', 'b', 'c'}) post(letter);
 
-    EXPECT_TRUE(platform.runMainLoopUntil([&] { return trace == "ab"; }, patience));
+    EXPECT_TRUE(platform.runMainLoopUntil([&] { return trace == "ab"; }, 10s));
     EXPECT_EQ(trace, "ab"); // and not one item further
     EXPECT_FALSE(platform.runMainLoopUntil(never, 2ms));
     postStop();

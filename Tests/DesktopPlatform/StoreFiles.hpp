@@ -2,6 +2,8 @@
 
 #include "Platform/Foundation/Console.hpp"
 
+#include <csignal>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -9,7 +11,9 @@
 #include <string_view>
 #include <vector>
 
-// What the tests of both stores need: somebody who listens to them, and a look at their files.
+#include <sys/resource.h>
+
+// What the tests of stores need: somebody who listens to them, a look at their files, and a full disk.
 namespace corvantile {
 
 class ListeningConsole final : public Console {
@@ -36,5 +40,22 @@ inline std::filesystem::path beside(std::filesystem::path file, std::string_view
 inline void removeLog(const std::filesystem::path& file) {
     for (const auto* const suffix : {"-wal", "-shm"}) std::filesystem::remove(beside(file, suffix));
 }
+
+// A disk on which no file can grow beyond a size.
+class SmallDisk {
+public:
+    explicit SmallDisk(std::uintmax_t largestFile) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit small{static_cast<rlim_t>(largestFile), before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+    ~SmallDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
+
+private:
+    rlimit before_{};
+};
 
 } // namespace corvantile

@@ -5,6 +5,7 @@
 #include "Reactive/PublishSubject.hpp"
 #include "TestPlatform/TestDevice.hpp"
 #include "TestPlatform/TestPlatform.hpp"
+#include "Tests/Platform/AtOnce.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,7 +13,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -24,11 +24,10 @@ using testing::IsEmpty;
 
 class Activity : public testing::Test {
 protected:
-    Activity() { listen(seen_); }
-
-    void listen(std::vector<bool>& into) {
-        indicator_.asObservable().subscribe([&into](bool isActive) { into.push_back(isActive); });
+    Activity() {
+        indicator_.asObservable().subscribe([this](bool isActive) { seen_.push_back(isActive); });
     }
+
     rx::Disposable start() { return indicator_.trackActivity(source_.asObservable()).subscribe(); }
     // What the indicator told up to the end of this turn of the main queue.
     std::vector<bool> turn() {
@@ -43,7 +42,7 @@ protected:
     std::vector<bool> seen_;
 };
 
-TEST_F(Activity, IsTrueFromTheFirstSubscriptionToTheLastEnd) {
+TEST_F(Activity, IsTrueFromTheFirstSubscriptionToTheLastEndAsEachTurnFindsIt) {
     const auto tracked = indicator_.trackActivity(source_.asObservable());
     EXPECT_THAT(turn(), ElementsAre(false));
 
@@ -54,39 +53,18 @@ TEST_F(Activity, IsTrueFromTheFirstSubscriptionToTheLastEnd) {
     one.dispose();
     one.dispose();
     EXPECT_THAT(turn(), IsEmpty());
-    source_.onError(std::make_exception_ptr(std::runtime_error("x")));
     two.dispose();
+    const auto three = tracked.subscribe();
+    EXPECT_THAT(turn(), IsEmpty()) << "stopped and started within one turn";
+    source_.onError(std::make_exception_ptr(std::runtime_error("x")));
+    three.dispose();
     EXPECT_THAT(turn(), ElementsAre(false));
     indicator_.trackActivity(rx::just(1)).subscribe();
     start();
     EXPECT_THAT(turn(), IsEmpty()) << "ended inside its subscription, both of them";
 }
 
-TEST_F(Activity, SeesStopAndStartWithinOneTurnAsUnbroken) {
-    const auto first = start();
-    EXPECT_THAT(turn(), ElementsAre(false, true));
-    first.dispose();
-    const auto second = start();
-    EXPECT_THAT(turn(), IsEmpty());
-    second.dispose();
-    EXPECT_THAT(turn(), ElementsAre(false));
-}
-
-TEST_F(Activity, TellsEverySubscriberTheStateOfTheMomentFirst) {
-    std::vector<bool> early, late;
-    const auto running = start();
-    listen(early);
-    EXPECT_THAT(early, ElementsAre(true)) << "the count is up, though the main queue has not told yet";
-    turn();
-    listen(late);
-    running.dispose();
-    turn();
-
-    EXPECT_THAT(early, ElementsAre(true, false));
-    EXPECT_THAT(late, ElementsAre(true, false));
-}
-
-TEST_F(Activity, IsStillTrueInsideTheLastHandlers) {
+TEST_F(Activity, TellsEverySubscriberTheStateOfTheMomentWhichIsTrueInsideTheLastHandlers) {
     std::vector<std::string> trace;
     const auto note = [&](std::string where) {
         return [&, where] {
@@ -110,13 +88,10 @@ TEST_F(Activity, CountsOnAnyThreadAndTellsOnMain) {
     turn();
     std::vector<bool> onMain;
     indicator_.asObservable().subscribe([&](bool) { onMain.push_back(DispatchQueue::main()->isCurrent()); });
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([this] {
-            for (int n = 0; n < 100; ++n) start().dispose();
-            start();
-        });
-    for (auto& thread : threads) thread.join();
+    atOnce(4, [this](int) {
+        for (int n = 0; n < 100; ++n) start().dispose();
+        start();
+    });
 
     EXPECT_THAT(seen_, IsEmpty());
     EXPECT_THAT(turn(), ElementsAre(true));

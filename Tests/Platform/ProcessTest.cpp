@@ -1,9 +1,10 @@
 #include "Platform/Process.hpp"
 
+#include "Tests/Platform/AtOnce.hpp"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <set>
 #include <string>
 #include <thread>
@@ -56,18 +57,10 @@ struct MadeOnce {
 };
 
 TEST(Process, MakesARecordOnceForManyThreads) {
-    constexpr int threadCount = 8;
     Process process;
-    std::latch start(threadCount);
-    std::vector<void*> records(threadCount);
-    std::vector<std::thread> threads;
+    std::vector<void*> records(8);
 
-    for (auto& record : records)
-        threads.emplace_back([&process, &start, &record] {
-            start.arrive_and_wait();
-            record = &process.record<MadeOnce>();
-        });
-    for (auto& thread : threads) thread.join();
+    atOnce(8, [&](int number) { records[static_cast<std::size_t>(number)] = &process.record<MadeOnce>(); });
 
     EXPECT_EQ(MadeOnce::made, 1);
     EXPECT_EQ(std::set<void*>(records.begin(), records.end()).size(), 1u);

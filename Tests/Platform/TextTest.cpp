@@ -117,25 +117,5 @@ TEST(Unicode, StepsOverAMalformedByteAlone) {
     }
 }
 
-TEST(Unicode, EndsTheFirstCharacterWhereAReaderWould) {
-    constexpr struct {
-        std::string_view character, rest;
-    } cases[] = {{"a", "b"},
-                 {"\r\n", "\n"},
-                 {"\n", "\u0301"},
-                 {"e\u0301\u0323", "e"},
-                 {"\u2764\uFE0F", "x"},
-                 {"\U0001F44D\U0001F3FD", "\U0001F44D"},
-                 {"\U0001F468\u200D\U0001F469\u200D\U0001F467", "\U0001F468"},
-                 {"\U0001F1E9", "\U0001F1EA"},
-                 {"\xFF", "\xFF"}};
-
-    for (const auto& [character, rest] : cases) {
-        const auto text = std::string(character).append(rest);
-        EXPECT_EQ(firstCharacterLength(text), character.size()) << text;
-        EXPECT_EQ(firstCharacterLength(character), character.size()) << character;
-    }
-}
-
 } // namespace
 } // namespace corvantile

@@ -5,21 +5,12 @@
 
 namespace corvantile::rx {
 
-TEST(Connectables, StaySilentAndLeaveTheSourceAloneUntilConnected) {
-    Recorder recorder;
-    const auto source = just(1).doOn({.onSubscribe = recorder.noting("subscribed")});
-    const auto handle = recorder.subscribe<int>(source.replayAll());
-    EXPECT_EQ(recorder.take(), "");
-
-    handle.dispose(); // the connectable is long gone
-    EXPECT_EQ(recorder.take(), "disposed");
-}
-
-TEST(Connectables, ShareOneSubscriptionAndReplayIt) {
+TEST(Connectables, ShareOneSubscriptionFromTheirConnectionOnAndReplayIt) {
     Recorder recorder;
     PublishSubject<int> subject;
     const auto shared = subject.doOn({.onSubscribe = recorder.noting("subscribed")}).replayAll();
     recorder.subscribe<int>(shared, "A");
+    EXPECT_EQ(recorder.take(), "");
     const auto connection = shared.connect(), same = shared.connect();
     subject.onNext(1);
     recorder.subscribe<int>(shared, "B");

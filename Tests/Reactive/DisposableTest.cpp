@@ -23,18 +23,6 @@ TEST(Disposables, RunTheirActionOnceForAllCopiesAndLetItGo) {
     EXPECT_TRUE(watch.expired() && handle.isDisposed() && Disposable().isDisposed());
 }
 
-TEST(Disposables, OfSubscriptionsEndNothingWhenDroppedOrOverwritten) {
-    Recorder recorder;
-    PublishSubject<int> subject;
-    auto handle = recorder.subscribe<int>(subject, "A");
-    handle = recorder.subscribe<int>(subject, "B");
-    handle = Disposable();
-
-    subject.onNext(1);
-
-    EXPECT_EQ(recorder.take(), "A next 1, B next 1");
-}
-
 TEST(DisposeBags, DisposeInTheOrderInsertedWhenTheyAreDestroyedAndAtOnceMeanwhile) {
     Recorder recorder;
     {

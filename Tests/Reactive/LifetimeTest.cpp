@@ -2,8 +2,11 @@
 #include "Tests/Reactive/PlatformTest.hpp"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace corvantile::rx {
 
@@ -21,65 +24,53 @@ struct Live {
 using Stream = Observable<Live>;
 
 struct Operator {
-    std::string name;
+    const char* name;
     std::function<Stream(const Stream&)> apply;
     bool isShared = false; // it may not hear of the source's end
 };
 
-class Lifetimes : public PlatformTest {
-protected:
-    // Every operator, alone and between two others.
-    void forEach(const std::function<void(const Operator&)>& body) {
-        const auto scheduler = makeScheduler();
-        const auto nothing = [live = Live()] {};
-        const auto yes = [live = Live()](const Live&) { return true; };
-        const auto no = [live = Live()](const Live&) { return false; };
-        const auto same = [live = Live()](const Live& value, const auto&...) { return value; };
-        const Operator operators[] = {
-            {"none", [](const Stream& s) { return s; }},
-            {"map", [=](const Stream& s) { return s.map(same); }},
-            {"filter", [=](const Stream& s) { return s.filter(yes); }},
-            {"skipWhile", [=](const Stream& s) { return s.skipWhile(no); }},
-            {"take", [](const Stream& s) { return s.take(2); }},
-            {"distinctUntilChanged", [](const Stream& s) { return s.distinctUntilChanged(); }},
-            {"doOn", [=](const Stream& s) { return s.doOn({.onNext = yes, .onDispose = nothing}); }},
-            {"debug", [](const Stream& s) { return s.debug("id"); }},
-            {"observeOn", [=](const Stream& s) { return s.observeOn(scheduler); }},
-            {"subscribeOn", [=](const Stream& s) { return s.subscribeOn(scheduler); }},
-            {"combineLatest", [=](const Stream& s) { return combineLatest(s, s, same); }},
-            {"combineLatest of two", [=](const Stream& s) { return combineLatest(s, just(Live()), same); }},
-            {"connected",
-             [](const Stream& s) {
-                 const auto shared = s.replayAll();
-                 (void)shared.connect();
-                 return shared.asObservable();
-             },
-             true},
-            {"not connected", [](const Stream& s) { return s.replayAll().asObservable(); }, true},
-        };
-        for (const auto& [name, apply, isShared] : operators) {
-            const auto between = [&apply = apply, same](const Stream& s) {
-                return apply(s.map(same)).debug("id");
-            };
-            for (const auto& tested :
-                 {Operator{name, apply, isShared}, {name + " between", between, isShared}}) {
-                SCOPED_TRACE(tested.name);
-                body(tested);
-            }
-        }
-    }
+std::vector<Operator> everyOperator(const std::shared_ptr<Scheduler>& scheduler) {
+    const auto nothing = [live = Live()] {};
+    const auto yes = [live = Live()](const Live&) { return true; };
+    const auto no = [live = Live()](const Live&) { return false; };
+    const auto same = [live = Live()](const Live& value, const auto&...) { return value; };
+    return {
+        {"none", [](const Stream& s) { return s; }},
+        {"map", [=](const Stream& s) { return s.map(same); }},
+        {"filter", [=](const Stream& s) { return s.filter(yes); }},
+        {"skipWhile", [=](const Stream& s) { return s.skipWhile(no); }},
+        {"take", [](const Stream& s) { return s.take(2); }},
+        {"distinctUntilChanged", [](const Stream& s) { return s.distinctUntilChanged(); }},
+        {"doOn", [=](const Stream& s) { return s.doOn({.onNext = yes, .onDispose = nothing}); }},
+        {"debug", [](const Stream& s) { return s.debug("id"); }},
+        {"observeOn", [=](const Stream& s) { return s.observeOn(scheduler); }},
+        {"subscribeOn", [=](const Stream& s) { return s.subscribeOn(scheduler); }},
+        {"combineLatest", [=](const Stream& s) { return combineLatest(s, s, same); }},
+        {"combineLatest of two", [=](const Stream& s) { return combineLatest(s, just(Live()), same); }},
+        {"connected",
+         [](const Stream& s) {
+             const auto shared = s.replayAll();
+             (void)shared.connect();
+             return shared.asObservable();
+         },
+         true},
+        {"not connected", [](const Stream& s) { return s.replayAll().asObservable(); }, true},
+    };
+}
 
-    static Disposable subscribe(const Stream& stream) {
-        const auto handler = [live = Live()](const auto&...) {};
-        return stream.subscribe(handler, handler, handler, handler);
-    }
-};
+Disposable subscribe(const Stream& stream) {
+    const auto handler = [live = Live()](const auto&...) {};
+    return stream.subscribe(handler, handler, handler, handler);
+}
+
+using Lifetimes = PlatformTest;
 
 } // namespace
 
 TEST_F(Lifetimes, ReturnToZeroHoweverASubscriptionEnds) {
     using Subject = std::optional<ReplaySubject<Live>>;
     using Handle = std::optional<Disposable>;
+    const auto always = [](const Live&) { return true; };
     const std::pair<const char*, void (*)(Subject&, Handle&)> ends[] = {
         {"completed", [](Subject& subject, Handle&) { subject->onCompleted(); }},
         {"failed", [](Subject& subject, Handle&) { subject->onError(failure("no")); }},
@@ -91,38 +82,29 @@ TEST_F(Lifetimes, ReturnToZeroHoweverASubscriptionEnds) {
          [](Subject& subject, Handle& handle) { subject.reset(), handle.reset(); }},
         {"subject disposed", [](Subject& subject, Handle& handle) { subject->dispose(), handle.reset(); }},
     };
-    forEach([&](const Operator& tested) {
-        for (const auto& [name, end] : ends) {
-            SCOPED_TRACE(name);
-            const int before = Live::count;
-            Subject subject = ReplaySubject<Live>::create(1);
-            subject->onNext(Live());
-            Handle handle = subscribe(tested.apply(*subject));
-            platform_->runUntilIdle();
-            subject->onNext(Live());
-
-            end(subject, handle);
-            subject.reset();
-            platform_->runUntilIdle();
-            if (tested.isShared) handle.reset();    // any other is over, and its handle keeps nothing
-            tested.apply(just(Live())).subscribe(); // ends inside its subscription
-            platform_->runUntilIdle();
-
-            EXPECT_EQ(Live::count, before);
-        }
-    });
-}
-
-TEST_F(Lifetimes, OutlastADroppedHandleWhileTheSourceLives) {
-    forEach([&](const Operator& tested) {
-        PublishSubject<Live> subject;
-        bool isReached = false;
-        tested.apply(subject).subscribe([&](const Live&) { isReached = true; });
+    const auto play = [&](const Operator& tested, bool isStaged, const auto& end) {
+        const auto before = Live::count;
+        Subject subject = ReplaySubject<Live>::create(1);
+        subject->onNext(Live());
+        Handle handle =
+            subscribe(isStaged ? tested.apply(subject->filter(always)).debug("id") : tested.apply(*subject));
         platform_->runUntilIdle();
-        subject.onNext(Live());
+        subject->onNext(Live());
+
+        end(subject, handle);
+        subject.reset();
         platform_->runUntilIdle();
-        EXPECT_EQ(isReached, !tested.name.starts_with("not connected"));
-    });
+        if (tested.isShared) handle.reset();    // any other is over, and its handle keeps nothing
+        tested.apply(just(Live())).subscribe(); // ends inside its subscription
+        platform_->runUntilIdle();
+        EXPECT_EQ(Live::count, before);
+    };
+    for (const auto& tested : everyOperator(makeScheduler()))
+        for (const auto& [name, end] : ends)
+            for (const bool isStaged : {false, true}) {
+                SCOPED_TRACE(std::string(tested.name) + ", " + name + (isStaged ? ", between others" : ""));
+                play(tested, isStaged, end);
+            }
 }
 
 } // namespace corvantile::rx

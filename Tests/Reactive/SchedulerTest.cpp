@@ -5,7 +5,6 @@
 #include <chrono>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace corvantile::rx {
 
@@ -15,17 +14,8 @@ namespace {
 
 class Schedulers : public PlatformTest {
 protected:
-    std::shared_ptr<Scheduler> named(const std::string& name) {
-        queues_.push_back(platform_->ports().queues->makeSerial(name, QualityOfService::standard));
-        return std::make_shared<SerialDispatchQueueScheduler>(queues_.back());
-    }
-    // Also says on which named scheduler this runs.
-    void note(const std::string& text) {
-        std::string where;
-        for (const auto& queue : queues_)
-            if (queue->isCurrent()) where = " on " + queue->label();
-        recorder_.note(text + where);
-    }
+    // Also says whether this runs on `scheduler_`.
+    void note(const std::string& text) { recorder_.note(text + (queue_->isCurrent() ? " on s" : "")); }
     Observable<int> noted(const Observable<int>& stream, const std::string& name = "") {
         return stream.doOn({.onSubscribe = [this, name] { note(name + "subscribed"); },
                             .onDispose = [this, name] { note(name + "left"); }});
@@ -36,8 +26,9 @@ protected:
                                 [this] { note("disposed"); });
     }
 
-private:
-    std::vector<std::shared_ptr<DispatchQueue>> queues_;
+    const std::shared_ptr<DispatchQueue> queue_ =
+        platform_->ports().queues->makeSerial("s", QualityOfService::standard);
+    const std::shared_ptr<Scheduler> scheduler_ = std::make_shared<SerialDispatchQueueScheduler>(queue_);
 };
 
 using ObserveOn = Schedulers;
@@ -95,12 +86,8 @@ TEST_F(Schedulers, OfTheMainQueueRunInlineOnlyWhenIdle) {
 }
 
 TEST_F(ObserveOn, KeepsTerminalsBehindTheElements) {
-    subscribe(just(1).observeOn(named("s")));
-    EXPECT_EQ(take(), "");
-    EXPECT_EQ(run(), "1 on s, completed on s, disposed on s");
-
     PublishSubject<int> subject;
-    subscribe(noted(subject).observeOn(named("s")));
+    subscribe(noted(subject).observeOn(scheduler_));
     subject.onNext(1), subject.onNext(2), subject.onError(failure("no"));
     EXPECT_EQ(take(), "subscribed, left"); // what stands above has ended
     EXPECT_EQ(run(), "1 on s, 2 on s, error on s, disposed on s");
@@ -108,22 +95,23 @@ TEST_F(ObserveOn, KeepsTerminalsBehindTheElements) {
 
 TEST_F(ObserveOn, DeliversWhatIsEmittedMeanwhileInALaterItem) {
     PublishSubject<int> subject;
-    const auto scheduler = named("s");
-    subscribe(subject.observeOn(scheduler).doOn({.onNext = [&](int value) {
+    subscribe(subject.observeOn(scheduler_).doOn({.onNext = [&](int value) {
         if (value != 1) return;
         subject.onNext(3);
-        scheduler->post(recorder_.noting("posted meanwhile"));
+        scheduler_->post(recorder_.noting("posted meanwhile"));
     }}));
     subject.onNext(1);
-    scheduler->post(recorder_.noting("posted before"));
+    scheduler_->post(recorder_.noting("posted before"));
     subject.onNext(2);
     EXPECT_EQ(run(), "1 on s, 2 on s, posted before, 3 on s, posted meanwhile");
+    subject.onNext(4);
+    EXPECT_EQ(run(), "4 on s");
 }
 
 TEST_F(ObserveOn, DropsTheRestWhenDisposedAndLeavesAtOnce) {
     PublishSubject<int> subject;
     Disposable handle;
-    handle = subscribe(noted(subject).observeOn(named("s")).doOn({.onNext = [&](int value) {
+    handle = subscribe(noted(subject).observeOn(scheduler_).doOn({.onNext = [&](int value) {
         if (value == 2) handle.dispose();
     }}));
     subject.onNext(1), subject.onNext(2), subject.onNext(3);
@@ -132,24 +120,23 @@ TEST_F(ObserveOn, DropsTheRestWhenDisposedAndLeavesAtOnce) {
 
 TEST_F(SubscribeOn, SubscribesAndLeavesOnItsScheduler) {
     PublishSubject<int> subject;
-    const auto scheduler = named("s");
-    const auto handle = subscribe(noted(noted(subject, "upper ").subscribeOn(scheduler), "lower "));
+    const auto handle = subscribe(noted(noted(subject, "upper ").subscribeOn(scheduler_), "lower "));
     EXPECT_EQ(take(), "lower subscribed");
     EXPECT_EQ(run(), "upper subscribed on s");
 
     subject.onNext(1);
-    scheduler->post([&] { handle.dispose(), subject.onNext(2); });
-    scheduler->post(recorder_.noting("queued before"));
+    scheduler_->post([&] { handle.dispose(), subject.onNext(2); });
+    scheduler_->post(recorder_.noting("queued before"));
     EXPECT_EQ(run(), "1, lower left on s, disposed on s, queued before, upper left on s");
     EXPECT_FALSE(subject.hasObservers());
 }
 
 TEST_F(SubscribeOn, LeavesLaterAlsoAfterATerminalAndNeverSubscribesOnceDisposed) {
-    subscribe(noted(just(1)).subscribeOn(named("s"))).dispose();
+    subscribe(noted(just(1)).subscribeOn(scheduler_)).dispose();
     EXPECT_EQ(run(), "disposed");
 
     PublishSubject<int> subject;
-    subscribe(noted(subject).subscribeOn(named("s")).take(1));
+    subscribe(noted(subject).subscribeOn(scheduler_).take(1));
     EXPECT_EQ(run(), "subscribed on s");
     subject.onNext(1), subject.onNext(2);
     EXPECT_EQ(take(), "1, completed, disposed");

@@ -1,10 +1,9 @@
 #include "Reactive/CombineLatest.hpp"
+#include "Tests/Platform/AtOnce.hpp"
 #include "Tests/Reactive/PlatformTest.hpp"
 
 #include <atomic>
-#include <cstddef>
 #include <functional>
-#include <latch>
 #include <map>
 #include <numeric>
 #include <thread>
@@ -19,18 +18,6 @@ namespace {
 constexpr int rounds = 100;
 
 using Threading = PlatformTest;
-
-// Runs all at once, each on a thread of its own, and waits for them.
-void together(const std::vector<std::function<void()>>& bodies) {
-    std::latch start(static_cast<std::ptrdiff_t>(bodies.size()));
-    std::vector<std::thread> threads;
-    for (const auto& body : bodies)
-        threads.emplace_back([&start, &body] {
-            start.arrive_and_wait();
-            body();
-        });
-    for (auto& thread : threads) thread.join();
-}
 
 void repeat(const std::function<void(int)>& body) {
     for (int i = 0; i < rounds; ++i) body(i);
@@ -48,12 +35,12 @@ TEST_F(Threading, GivesASubscriberThatEntersMeanwhileEachElementOnceAndInOrder) 
             stream.subscribe([&](int value) { received.push_back(value); }, nullptr,
                              [&] { received.push_back(-1); });
         };
-        together({[&] {
-                      for (const int value : expected) subject.onNext(value);
-                      subject.onCompleted();
-                  },
-                  [&] { into(first, subject); },
-                  [&] { into(second, subject.filter([](int) { return true; })); }});
+        atOnce({[&] {
+                    for (const int value : expected) subject.onNext(value);
+                    subject.onCompleted();
+                },
+                [&] { into(first, subject); },
+                [&] { into(second, subject.filter([](int) { return true; })); }});
         for (auto* const received : {&first, &second}) {
             ASSERT_EQ(received->back(), -1);
             received->pop_back();
@@ -71,7 +58,7 @@ TEST_F(Threading, ReportsTheEndOnceWhenTerminalAndDisposeRace) {
                 ++disposed;
             });
         const auto dispose = [&] { handle.dispose(); };
-        together({[&] { subject.onCompleted(); }, dispose, dispose});
+        atOnce({[&] { subject.onCompleted(); }, dispose, dispose});
         EXPECT_EQ(disposed, 1);
         EXPECT_EQ(left, 1);
     });
@@ -98,10 +85,10 @@ TEST_F(Threading, SerialisesTheSidesOfCombineLatestAndEndsItOnce) {
         int delivered = 0, ended = 0; // unguarded
         combineLatest(a, b).subscribe([&](const auto&) { ++delivered; }, [&](const auto&) { ++ended; });
         b.onNext(0);
-        together({[&] {
-                      for (int i = 0; i < 20; ++i) a.onNext(i);
-                  },
-                  [&] { b.onNext(1), b.onError(failure("no")); }});
+        atOnce({[&] {
+                    for (int i = 0; i < 20; ++i) a.onNext(i);
+                },
+                [&] { b.onNext(1), b.onError(failure("no")); }});
         EXPECT_EQ(ended, 1);
     });
 }

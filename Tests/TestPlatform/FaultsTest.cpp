@@ -1,12 +1,10 @@
 #include "TestPlatform/RecordingConsole.hpp"
-#include "TestPlatform/ScriptedRandom.hpp"
 #include "TestPlatform/TestDevice.hpp"
 #include "TestPlatform/TestPlatform.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <memory>
 #include <string>
 
@@ -77,20 +75,6 @@ TEST_F(Faults, TheKeychainSaysWhichEntriesItCannotReadWhenAsked) {
                       end = "\" of \"com.example.app\" cannot be read and counts as absent: ";
     EXPECT_THAT(platform_->console().lines(), ElementsAre(begin + "spoilt" + end + "it is damaged.",
                                                           begin + "any" + end + "the keychain is locked."));
-}
-
-TEST_F(Faults, RandomBytesAreProvidedFailOrAreTheSameOnEveryDevice) {
-    const auto draw = [](TestPlatform& platform) {
-        std::array<unsigned char, 8> bytes{};
-        const bool worked = platform.ports().random->copyBytes(bytes.data(), bytes.size());
-        return worked ? std::string(bytes.begin(), bytes.end()) : "failed";
-    };
-    TestDevice otherDevice;
-    EXPECT_EQ(draw(*TestPlatform::launch(otherDevice)), draw(*platform_));
-    platform_->random().provide("twelve bytes");
-    EXPECT_EQ(draw(*platform_), "twelve b");
-    platform_->random().setFails(true);
-    EXPECT_EQ(draw(*platform_), "failed");
 }
 
 } // namespace

@@ -1,7 +1,5 @@
-#include "Platform/Application/UIDevice.hpp"
 #include "Platform/Foundation/Console.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Foundation/NSBundle.hpp"
 #include "TestPlatform/RecordingConsole.hpp"
 #include "TestPlatform/TestDevice.hpp"
 #include "TestPlatform/TestPlatform.hpp"
@@ -20,33 +18,6 @@ namespace {
 using namespace std::chrono_literals;
 
 using Lines = std::vector<std::string>;
-
-struct Launches {
-    int count = 0;
-};
-
-TEST(TestProcess, StartsAfreshOnTheSameDeviceWhenRelaunchedOrReinstalled) {
-    TestDevice device;
-    auto platform = TestPlatform::launch(device, {.resources = {{"a.txt", "text"}}});
-    platform->process().record<Launches>().count = 1;
-    const auto identifier = UIDevice::current()->identifierForVendor();
-    platform->console().print("first");
-    platform->advance(1h);
-
-    platform = TestPlatform::relaunch(std::move(platform));
-
-    EXPECT_EQ(&Platform::current(), platform.get());
-    EXPECT_EQ(platform->process().record<Launches>().count, 0);
-    EXPECT_EQ(platform->console().lines(), Lines());
-    EXPECT_EQ(NSBundle::main()->resource("a", "txt"), "text");
-    EXPECT_EQ(UIDevice::current()->identifierForVendor(), identifier);
-    EXPECT_EQ(device.now(), TestDevice::startDate + 1h);
-
-    DispatchQueue::main()->async([] { FAIL() << "ran after the app was deleted"; });
-    platform = TestPlatform::reinstall(std::move(platform));
-    platform->runUntilIdle();
-    EXPECT_NE(UIDevice::current()->identifierForVendor(), identifier);
-}
 
 // Speaks up when it goes, in whatever way the process ends.
 struct Speaker {
@@ -72,7 +43,7 @@ TEST(TestProcess, SpeaksToItsEndUnlessItIsKilled) {
 
 TEST(TestProcess, TakesTurnsWithAnotherOnTheSameDevice) {
     TestDevice device;
-    const auto app = TestPlatform::launch(device);
+    auto app = TestPlatform::launch(device);
     const auto extension = TestPlatform::launch(device);
     const auto say = [](std::string text) {
         return [line = std::move(text)] { Platform::current().ports().console->print(line); };
@@ -89,6 +60,9 @@ TEST(TestProcess, TakesTurnsWithAnotherOnTheSameDevice) {
 
     app->makeCurrent();
     EXPECT_EQ(&Platform::current(), app.get());
+    extension->makeCurrent();
+    app.reset();
+    EXPECT_EQ(&Platform::current(), extension.get());
 }
 
 } // namespace

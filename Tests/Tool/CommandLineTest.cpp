@@ -77,7 +77,7 @@ TEST_F(CommandLineTest, PlaysAScript) {
                                                    "launch\n"
                                                    "track open n=1 # and on to both\n"
                                                    "track quiet\n"
-                                                   "say done\n"
+                                                   "say it's \"all  done\"\n"
                                                    "relaunch dry-run\n"
                                                    "track quiet\n"));
 
@@ -104,7 +104,7 @@ TEST_F(CommandLineTest, PlaysAScript) {
                   "TIME  host     tracks quiet\n"
                   "TIME  sink     backend ignores quiet: it is on its list\n" +
                   quietFrame +
-                  "\nTIME  script   done\n"
+                  "\nTIME  script   it's all  done\n"
                   "TIME  script   > relaunch dry-run\n"
                   "TIME  host     willTerminate\n"
                   "TIME  console  MOMENT: AnalyticPlugin:LINE (flush()) -> isDisposed\n"

@@ -63,12 +63,9 @@ TEST(Values, AreReadByTheirForm) {
     for (const auto& [text, value] : cases) EXPECT_EQ(parseValue(text), value) << text;
 }
 
-TEST(Values, InQuotesAreText) {
-    EXPECT_EQ(parameters(R"(a="3" b='true' c=3)"), (EventParameters{{"a", "3"}, {"b", "true"}, {"c", 3}}));
-}
-
-TEST(Values, AreDescribedAsACommandWouldWriteThem) {
-    const auto* const line = R"(a="3" b="x y\"\\\n" c=it d=4.99 e=2024-02-29T12:00:00Z f=true g="" h=a=b)";
+TEST(Values, AreDescribedAsACommandWritesThemWithQuotesAroundText) {
+    const auto* const line =
+        R"("#"=1 a="3" "a b=c"="4" b="x y\"\\\n" c=it d=4.99 e=2024-02-29T12:00:00Z f=true g="" h=a=b)";
     EXPECT_EQ(describeParameters(parameters(line)), line);
 }
 

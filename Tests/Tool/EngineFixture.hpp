@@ -7,8 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <chrono>
-#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <string>

@@ -56,79 +56,43 @@ TEST_F(EngineTest, ExplainsWhatTheMomentOfTheAppsLifeDoesNotAllow) {
     }
 }
 
-TEST_F(EngineTest, FollowsTheNetworkFromTheLaunchOn) {
-    play({"launch"});
-    EXPECT_THAT(takeTold("network"), testing::SizeIs(1));
-
-    play({"track open {}"});
-    EXPECT_THAT(takeTold("host"), Contains(testing::MatchesRegex("tracks open connection_status=[a-z_]+")));
-}
-
-TEST_F(EngineTest, KeepsWhatIsTrackedBeforeAnySinkIsThere) {
+TEST_F(EngineTest, ShowsWhatEachSinkGetsOrWhyItKeepsSilent) {
     play({"launch", "revenue early 1 USD"});
     EXPECT_THAT(takeTold("host"),
                 Contains(StartsWith("no sink is registered: the router keeps early without")));
 
-    play({"register backend", "flush", "track late"});
-    EXPECT_THAT(takeTold("sink"), ElementsAre("backend got late"));
-}
-
-TEST_F(EngineTest, ShowsWhatEachSinkGets) {
-    play({"launch", "register console", "register backend", "register backend"});
-    EXPECT_THAT(takeTold("host"), Contains(HasSubstr("for the 2. time")));
-
-    play({"revenue sale 4.990 USD"});
-
-    EXPECT_THAT(happenings(), Contains(testing::Field(&Happening::who, "console")));
-    EXPECT_THAT(takeTold("sink"), ElementsAre("backend got sale 4.99 USD", "backend got sale 4.99 USD"));
-}
-
-TEST_F(EngineTest, SaysWhyASinkKeepsSilent) {
-    play({"launch", "register console", "register backend", "ignore console quiet loud"});
-    takeTold("host");
-
-    play({"track quiet"});
+    play({"register console", "register backend", "flush", "ignore console quiet loud", "track quiet"});
     EXPECT_THAT(takeTold("sink"), ElementsAre("backend ignores quiet: it is on its list",
                                               "console ignores quiet: it is on its list"));
     play({"track birthday day=2024-02-29"});
     EXPECT_THAT(takeTold("sink"),
                 ElementsAre(StartsWith("backend got birthday "),
                             StartsWith("console cannot print birthday: JSON holds no date")));
+
+    play({"register backend"});
+    EXPECT_THAT(takeTold("host"), Contains(HasSubstr("for the 2. time")));
+    play({"revenue sale 4.990 USD"});
+    EXPECT_THAT(takeTold("sink"), ElementsAre("backend got sale 4.99 USD", "backend got sale 4.99 USD"));
 }
 
-TEST_F(EngineTest, FeedsTheFirstConsoleAloneInADryRun) {
-    play({"launch dry-run", "register backend", "register console", "ignore console sale"});
-    takeTold("host");
-
-    play({"track sale"});
-
-    EXPECT_THAT(happenings(), Contains(testing::Field(&Happening::who, "console")));
-    EXPECT_THAT(takeTold("sink"), ElementsAre("backend is passed over: dry run"));
-    play({"relaunch"});
-    EXPECT_THAT(takeTold("host"), Contains(StartsWith("starts App: debug off, dry run off")));
-}
-
-TEST_F(EngineTest, SwitchesOfTheCallHoldForEveryLaunch) {
+TEST_F(EngineTest, SwitchesOfTheCallHoldForEveryLaunchAndThoseOfALaunchForThatOne) {
     begin(sampleApp, {.debug = true});
-    play({"launch", "relaunch"});
+    play({"launch dry-run", "relaunch"});
 
-    EXPECT_THAT(takeTold("host"), testing::Not(Contains(HasSubstr("debug off"))));
-}
-
-TEST_F(EngineTest, NeedsADebugPluginToSwitchDebugOn) {
-    begin(R"({"bundleIdentifier": "a", "plugins": []})");
-
-    EXPECT_THAT(refusal("launch debug"), HasSubstr("by a DebugPlugin, and this app has none"));
-    play({"launch"});
-    EXPECT_THAT(refusal("track open"), HasSubstr("no plug-in that offers AnalyticPluggable"));
-    play({"lookup AnalyticPluggable"});
-    EXPECT_EQ(happenings().back().text, "AnalyticPluggable → no plug-in offers it");
+    const auto told = takeTold("host");
+    EXPECT_THAT(told, Contains(StartsWith("starts App: debug on, dry run on")));
+    EXPECT_THAT(told, Contains(StartsWith("starts App: debug on, dry run off")));
 }
 
 TEST_F(EngineTest, LooksServicesUpAsAPlugInWould) {
     play({"launch", "lookup AnalyticPluggable"});
     EXPECT_EQ(happenings().back().text, "AnalyticPluggable → AnalyticPlugin, number 2 of 2");
-    EXPECT_THAT(refusal("lookup AnalyticPlugable"), HasSubstr("did you mean AnalyticPluggable?"));
+
+    begin(R"({"bundleIdentifier": "a", "plugins": []})");
+    EXPECT_THAT(refusal("launch debug"), HasSubstr("by a DebugPlugin, and this app has none"));
+    play({"launch", "lookup AnalyticPluggable"});
+    EXPECT_EQ(happenings().back().text, "AnalyticPluggable → no plug-in offers it");
+    EXPECT_THAT(refusal("track open"), HasSubstr("no plug-in that offers AnalyticPluggable"));
 }
 
 TEST_F(EngineTest, RefusesWhatItDoesNotUnderstandAndGoesOn) {
@@ -142,6 +106,7 @@ TEST_F(EngineTest, RefusesWhatItDoesNotUnderstandAndGoesOn) {
         {"launch dryrun", "there is no switch \"dryrun\"; known: debug, dry-run; did you mean dry-run?"},
         {"register consol", "there is no sink \"consol\"; known: console, backend; did you mean console?"},
         {"revenue sale 4,99 USD", "expected an amount with a point"},
+        {"lookup AnalyticPlugable", "did you mean AnalyticPluggable?"},
         {"help lanch", "did you mean launch?"},
         {"say \"open", "a quote is left open"},
     });
@@ -150,11 +115,6 @@ TEST_F(EngineTest, RefusesWhatItDoesNotUnderstandAndGoesOn) {
     EXPECT_FALSE(engine().isOver());
     play({"quit"});
     EXPECT_TRUE(engine().isOver());
-}
-
-TEST_F(EngineTest, SaysATextWithoutEchoingTheCommand) {
-    EXPECT_TRUE(engine().play("say it's \"all  there\"", {"script", {}}));
-    EXPECT_EQ(takeTold("script"), Texts{"it's all  there"});
 }
 
 } // namespace

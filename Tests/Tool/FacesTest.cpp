@@ -12,14 +12,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(TerminalFace, ShowsOneReadableLine) {
-    EXPECT_EQ(terminalLine({0ns, "host", "launch", "didFinishLaunching → true"}),
-              "00:00.000  host     didFinishLaunching → true");
+TEST(TerminalFace, ShowsOneReadableLineThatMovesNoCursor) {
     EXPECT_EQ(terminalLine({100min + 1999999us, "somebody", "error", "no"}),
               "100:01.999  somebody  error: no");
-}
-
-TEST(TerminalFace, LetsNoTextMoveTheCursor) {
     EXPECT_EQ(terminalLine({0ns, "console", "console", "a\x1b[2J\rb\nc\td"}),
               "00:00.000  console  a\\u{1B}[2J\\u{0D}b\n                    c\td");
 }

@@ -12,7 +12,7 @@ using testing::HasSubstr;
 
 // Transactions in no order: a trial of 2023-12-30, its conversion, a renewal that is over and one that is
 // not, a purchase for good, and one of a product that nobody sells.
-constexpr const char* receipt = R"({"status": 0, "environment": "Sandbox", "latest_receipt_info": [
+constexpr const char* allKinds = R"({"status": 0, "environment": "Sandbox", "latest_receipt_info": [
     {"transaction_id": "13", "original_transaction_id": "11", "product_id": "app.pro",
      "purchase_date": "2024-02-06 00:00:00 Etc/GMT", "expires_date": "2024-03-06 00:00:00 Etc/GMT"},
     {"transaction_id": "11", "original_transaction_id": "11", "product_id": "app.pro",
@@ -31,7 +31,7 @@ class Receipts : public EngineFixture {
 protected:
     Receipts() {
         options_.catalogue = folder().write("Catalogue.storekit", sampleCatalogue);
-        options_.receipts = {folder().write("receipt.json", receipt)};
+        options_.receipts = {folder().write("receipt.json", allKinds)};
         options_.now = "2024-03-10";
     }
 

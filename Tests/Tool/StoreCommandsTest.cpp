@@ -11,7 +11,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-constexpr const char* app = R"({
+constexpr const char* shopApp = R"({
     "bundleIdentifier": "com.example.app",
     "name": "App",
     "plugins": [{"kind": "AnalyticPlugin"}, {"kind": "FirstDatePlugin"},
@@ -29,7 +29,7 @@ class StoreCommands : public EngineFixture {
 protected:
     StoreCommands() {
         folder().write("Catalogue.storekit", sampleCatalogue);
-        begin(app);
+        begin(shopApp);
         play({"launch", "activate"});
         takeTold("sink");
     }
@@ -113,10 +113,7 @@ TEST_F(StoreCommands, HandInAReceiptAndConfirmAPurchase) {
 }
 
 TEST_F(StoreCommands, RefuseWhatTheStoreCannotDo) {
-    const struct {
-        const char* command;
-        const char* why;
-    } cases[] = {
+    expectRefusals({
         {"buy pr", "there is no product \"pr\"; known: app.coins, app.themes, app.pro"},
         {"buy coins none", "expected how many"},
         {"fail coins perhaps", "there is no reason \"perhaps\"; known: cancelled"},
@@ -124,9 +121,7 @@ TEST_F(StoreCommands, RefuseWhatTheStoreCannotDo) {
         {"billing coins failing", "app.coins does not renew"},
         {"advance 3x", "expected a duration, such as 31d"},
         {"receipts /nowhere", "/nowhere: expected a receipt"},
-    };
-    for (const auto& [command, why] : cases) EXPECT_THAT(refusal(command), StartsWith(why)) << command;
-
+    });
     EXPECT_THROW(begin(R"({"bundleIdentifier": "a.b", "plugins": [{"kind": "AnalyticPlugin"},
                            {"kind": "FirstDatePlugin"}, {"kind": "IAPReceiptTrackingPlugin"}]})"),
                  Refusal);

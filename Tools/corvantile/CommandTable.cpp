@@ -10,14 +10,14 @@ namespace corvantile::tool {
 
 namespace {
 
-struct Counts {
+struct ArgumentCounts {
     std::vector<std::string> required;
     std::size_t optional = 0;
     bool isOpen = false; // any number more
 };
 
-Counts countsOf(const std::string& arguments) {
-    Counts counts;
+ArgumentCounts countsOf(const std::string& arguments) {
+    ArgumentCounts counts;
     std::istringstream stream(arguments);
     for (std::string argument; stream >> argument;) {
         if (argument.find("…") != std::string::npos) counts.isOpen = true;

@@ -3,7 +3,6 @@
 #include "Tools/corvantile/NearestName.hpp"
 #include "Tools/corvantile/Words.hpp"
 
-#include <cstddef>
 #include <functional>
 #include <span>
 #include <string>

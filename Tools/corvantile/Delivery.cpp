@@ -5,7 +5,6 @@
 #include "DesktopPlatform/Network/WebAddress.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 
-#include <cstdlib>
 #include <string>
 
 namespace corvantile::tool {
@@ -20,15 +19,8 @@ bool isOfThisMachine(const std::string& host) {
 
 } // namespace
 
-// As the SDK does.
-std::string deliveryEndpoint(const AdjustOptions& options) {
-    if (!options.endpoint.empty()) return options.endpoint;
-    const char* const variable = std::getenv("CORVANTILE_ADJUST_ENDPOINT");
-    return variable == nullptr ? "" : variable;
-}
-
 void requireLocalDelivery(const AdjustOptions& options, const std::map<std::string, std::string>& routes) {
-    const auto endpoint = deliveryEndpoint(options);
+    const auto endpoint = withEnvironment(options).endpoint;
     if (endpoint.empty()) return;
     HTTPRoutes made;
     for (const auto& [origin, base] : routes) static_cast<void>(made.set(origin, base));

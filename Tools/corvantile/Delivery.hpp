@@ -9,9 +9,6 @@ struct AdjustOptions;
 
 namespace corvantile::tool {
 
-// Where packages of the attribution SDK go; empty: nowhere.
-[[nodiscard]] std::string deliveryEndpoint(const AdjustOptions& options);
-
 // For a dry run, which holds no subscription back: a Refusal when packages would leave this machine.
 void requireLocalDelivery(const AdjustOptions& options, const std::map<std::string, std::string>& routes);
 

@@ -19,7 +19,7 @@ std::string_view trimmed(std::string_view line) {
     return line.substr(first, line.find_last_not_of(blanks) + 1 - first);
 }
 
-std::string joined(Arguments words) {
+std::string textOf(Arguments words) {
     std::string text;
     for (const auto& word : words) text.append(text.empty() ? "" : " ").append(word.text);
     return text;
@@ -35,6 +35,7 @@ Engine::Engine(AppDescription app, HostOptions options, Reporter::Listener liste
     commands_.add(attributionCommands(host_));
     commands_.add(purchaseCommands(host_));
     commands_.add(storeCommands(host_));
+    commands_.add(storeViewCommands(host_));
     commands_.add(deviceCommands(host_));
     commands_.add(serverCommands(host_));
     commands_.add(inspectionCommands(host_));
@@ -72,7 +73,7 @@ std::vector<Command> Engine::conversation() {
         {"say",
          "TEXT…",
          "say something to whoever watches",
-         [this](Arguments given) { reporter_.tell(origin_.who, "say", joined(given)); },
+         [this](Arguments given) { reporter_.tell(origin_.who, "say", textOf(given)); },
          {},
          false},
         {"help", "[COMMAND]", "list the commands, or explain one", [this](Arguments given) { help(given); }},

@@ -3,6 +3,7 @@
 #include "Corvantile/Corvantile.hpp"
 #include "Tools/corvantile/AppProcess.hpp"
 #include "Tools/corvantile/Description/AppDescription.hpp"
+#include "Tools/corvantile/LifeCycle.hpp"
 
 #include <chrono>
 #include <filesystem>
@@ -16,9 +17,6 @@ namespace corvantile::tool {
 
 class PlayedServer;
 class Reporter;
-
-// Where an app stands in its life.
-enum class LifeCycle { notRunning, inactive, active, background };
 
 struct HostOptions {
     std::filesystem::path stateFolder = {};   // empty: the app's own, under the user's state folder
@@ -105,7 +103,5 @@ private:
     std::unique_ptr<PlayedServer> server_; // null: none. Outlives the app's process.
     std::optional<AppProcess> process_;
 };
-
-[[nodiscard]] std::string_view describe(LifeCycle lifeCycle);
 
 } // namespace corvantile::tool

@@ -15,7 +15,6 @@
 #include <iostream>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include <unistd.h>

@@ -22,6 +22,12 @@ std::vector<std::string> alignedLines(const std::vector<Cells>& rows) {
     return lines;
 }
 
+std::string joined(std::span<const std::string> texts, std::string_view separator) {
+    std::string all;
+    for (const auto& text : texts) all.append(all.empty() ? "" : separator).append(text);
+    return all;
+}
+
 std::size_t widthOf(std::string_view text) {
     const auto begins = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; };
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins));

@@ -1,9 +1,10 @@
 #include "Tools/corvantile/Values.hpp"
 
+#include "HostCore/JSONInteger.hpp"
+#include "Tools/corvantile/Misread.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 
 namespace corvantile::tool {
@@ -40,16 +41,9 @@ bool isNumber(string_view text) {
     return text.empty();
 }
 
-std::optional<std::int64_t> parseInteger(string_view text) {
-    std::int64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return number;
-}
-
 std::optional<EventValue> parseNumber(string_view text) {
     if (!isNumber(text)) return std::nullopt;
-    if (const auto integer = parseInteger(text)) return EventValue(*integer);
+    if (const auto integer = textInteger(text)) return EventValue(*integer);
     if (const auto decimal = NSDecimalNumber::fromText(text)) return EventValue(*decimal);
     return std::nullopt;
 }
@@ -62,7 +56,7 @@ bool hasShape(string_view text, string_view shape) {
 }
 
 int number(string_view text, std::size_t at, std::size_t count) {
-    return static_cast<int>(*parseInteger(text.substr(at, count)));
+    return static_cast<int>(*textInteger(text.substr(at, count)));
 }
 
 std::optional<Date> parseDate(string_view text) {
@@ -88,12 +82,11 @@ std::string isoText(Date date) {
     return text;
 }
 
-// Text that a command may write without quotes, and that then is read as text.
-bool isPlain(string_view text) {
+// Text that a command may write without quotes, behind a `=`.
+bool isBare(string_view text) {
     const auto isBlank = [](char character) { return static_cast<unsigned char>(character) <= ' '; };
     return !text.empty() && std::none_of(text.begin(), text.end(), isBlank) &&
-           text.find_first_of("\"'\x7F") == string_view::npos &&
-           parseValue(text).as<std::string>() != nullptr;
+           text.find_first_of("\"'\x7F") == string_view::npos;
 }
 
 // As splitWords reads it back.
@@ -111,7 +104,17 @@ std::string inQuotes(string_view text) {
     return out + '"';
 }
 
-std::string quoted(string_view text) { return "\"" + std::string(text) + "\""; }
+std::string describeText(string_view text) {
+    const bool isReadAsText = parseValue(text).as<std::string>() != nullptr;
+    return isBare(text) && isReadAsText ? std::string(text) : inQuotes(text);
+}
+
+std::string describeKey(string_view key) {
+    const bool isRead = !key.starts_with('#') && key.find('=') == string_view::npos;
+    return isBare(key) && isRead ? std::string(key) : inQuotes(key);
+}
+
+std::string inQuotationMarks(string_view text) { return "\"" + std::string(text) + "\""; }
 
 } // namespace
 
@@ -126,29 +129,28 @@ std::optional<EventParameters> parseParameters(std::span<const Word> words) {
     if (words.empty()) return std::nullopt;
     if (words.size() == 1 && words[0].text == "{}") return EventParameters{};
     EventParameters parameters;
-    for (const auto& [text, quotedFrom] : words) {
-        const auto equals = text.find('=');
-        if (equals == std::string::npos || equals == 0)
-            throw Refusal("expected KEY=VALUE, such as n=3, but found " + quoted(text));
+    for (const auto& word : words) {
+        const auto& text = word.text;
+        const auto equals = word.equals == std::string::npos ? text.find('=') : word.equals;
+        if (equals == std::string::npos || equals == 0) throw misread("KEY=VALUE, such as n=3", text);
         const auto key = text.substr(0, equals);
         const auto value = text.substr(equals + 1);
-        const bool isQuoted = quotedFrom == equals + 1;
-        if (!parameters.emplace(key, isQuoted ? EventValue(value) : parseValue(value)).second)
-            throw Refusal("the key " + quoted(key) + " is there twice");
+        if (!parameters.emplace(key, word.isValueQuoted ? EventValue(value) : parseValue(value)).second)
+            throw Refusal("the key " + inQuotationMarks(key) + " is there twice");
     }
     return parameters;
 }
 
 NSDecimalNumber parseAmount(string_view text) {
     if (const auto amount = NSDecimalNumber::fromText(text)) return *amount;
-    throw Refusal("expected an amount with a point, such as 4.99, but found " + quoted(text));
+    throw misread("an amount with a point, such as 4.99", text);
 }
 
 std::string parseCurrency(string_view text) {
     const auto isCapital = [](char letter) { return letter >= 'A' && letter <= 'Z'; };
     const bool isCode = text.size() == 3 && std::all_of(text.begin(), text.end(), isCapital);
     if (text.empty() || isCode) return std::string(text);
-    throw Refusal("expected a currency of three capital letters, such as USD, but found " + quoted(text));
+    throw misread("a currency of three capital letters, such as USD", text);
 }
 
 std::chrono::milliseconds parseDuration(string_view text) {
@@ -164,12 +166,12 @@ std::chrono::milliseconds parseDuration(string_view text) {
         if (milliseconds > 86400000) throw Refusal("a wait lasts a day at most, not " + std::string(text));
         return std::chrono::milliseconds(static_cast<std::int64_t>(milliseconds));
     }
-    throw Refusal("expected a duration, such as 500ms, 1.5s or 2m, but found " + quoted(text));
+    throw misread("a duration, such as 500ms, 1.5s or 2m", text);
 }
 
 std::string describeValue(const EventValue& value) {
     if (const auto* const date = value.as<Date>()) return isoText(*date);
-    if (const auto* const text = value.as<std::string>()) return isPlain(*text) ? *text : inQuotes(*text);
+    if (const auto* const text = value.as<std::string>()) return describeText(*text);
     return value.description();
 }
 
@@ -177,7 +179,10 @@ std::string describeParameters(const EventParameters& parameters) {
     if (parameters.empty()) return "{}";
     std::string text;
     for (const auto& [key, value] : parameters)
-        text.append(text.empty() ? "" : " ").append(key).append("=").append(describeValue(value));
+        text.append(text.empty() ? "" : " ")
+            .append(describeKey(key))
+            .append("=")
+            .append(describeValue(value));
     return text;
 }
 

@@ -18,8 +18,8 @@ namespace corvantile::tool {
 // 007.
 [[nodiscard]] EventValue parseValue(std::string_view text);
 
-// `KEY=VALUE` words; a VALUE in quotes is text whatever it looks like. The single word `{}` is an empty map,
-// no word at all no map.
+// `KEY=VALUE` words; a VALUE in quotes is text whatever it looks like, and a KEY in quotes may hold a `=`.
+// The single word `{}` is an empty map, no word at all no map.
 [[nodiscard]] std::optional<EventParameters> parseParameters(std::span<const Word> words);
 
 [[nodiscard]] NSDecimalNumber parseAmount(std::string_view text);

@@ -22,10 +22,12 @@ public:
         word_ = {};
         while (!rest_.empty() && blanks.find(rest_.front()) == std::string_view::npos) {
             const char character = take();
-            if ((character == '"' || character == '\'') && mayQuote())
+            if ((character == '"' || character == '\'') && mayQuote()) {
                 takeQuoted(character);
-            else
-                word_.text += character;
+                continue;
+            }
+            if (character == '=') word_.equals = std::min(word_.equals, word_.text.size());
+            word_.text += character;
         }
         return std::move(word_);
     }
@@ -40,7 +42,7 @@ private:
     }
 
     void takeQuoted(char quote) {
-        word_.quotedFrom = std::min(word_.quotedFrom, word_.text.size());
+        if (!word_.text.empty() && word_.text.size() - 1 == word_.equals) word_.isValueQuoted = true;
         while (!rest_.empty()) {
             const char character = take();
             if (character == quote) return;

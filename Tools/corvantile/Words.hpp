@@ -9,7 +9,8 @@ namespace corvantile::tool {
 
 struct Word {
     std::string text;
-    std::size_t quotedFrom = std::string::npos; // where in `text` the first quoted part begins
+    std::size_t equals = std::string::npos; // where in `text` the first `=` outside quotes stands
+    bool isValueQuoted = false;             // a quoted part begins right after it
 
     friend bool operator==(const Word&, const Word&) = default;
 };

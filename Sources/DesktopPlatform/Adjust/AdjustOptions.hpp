@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Export.hpp"
+
 #include <string>
 
 namespace corvantile {
@@ -16,5 +18,8 @@ struct AdjustOptions {
     // Packages stay until `OutboxAdjust::setOnline`.
     bool isOffline = false;
 };
+
+// With what the environment says in place of what is empty, and no slash at the endpoint's end.
+[[nodiscard]] CORVANTILE_API AdjustOptions withEnvironment(AdjustOptions options);
 
 } // namespace corvantile

@@ -1,6 +1,7 @@
 #include "DesktopPlatform/Adjust/DelegateReporter.hpp"
 
 #include "DesktopPlatform/Adjust/Outbox.hpp"
+#include "DesktopPlatform/Adjust/OutboxMemory.hpp"
 #include "Platform/Adjust/AdjustDelegate.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
 
@@ -70,8 +71,9 @@ void DelegateReporter::report(const OutboxPackage& package, const ServerAnswer& 
 }
 
 bool DelegateReporter::isNews(const ServerAnswer& answer) {
-    if (!answer.attribution || outbox_->remembered("attribution") == answer.attributionText) return false;
-    outbox_->remember("attribution", answer.attributionText);
+    if (!answer.attribution || outbox_->remembered(outboxmemory::attribution) == answer.attributionText)
+        return false;
+    outbox_->remember(outboxmemory::attribution, answer.attributionText);
     return true;
 }
 

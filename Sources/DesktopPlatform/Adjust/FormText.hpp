@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Export.hpp"
+
 #include <map>
 #include <string>
 #include <string_view>
@@ -11,7 +13,8 @@ namespace corvantile {
 void appendFormField(std::string& form, std::string_view name, std::string_view value);
 
 // The fields of such a text, decoded; of a name that occurs twice, the first.
-[[nodiscard]] std::map<std::string, std::string, std::less<>> formFields(std::string_view form);
+[[nodiscard]] CORVANTILE_API std::map<std::string, std::string, std::less<>>
+formFields(std::string_view form);
 
 // The value of one field, which stands after another one; empty when there is none.
 [[nodiscard]] std::string formField(std::string_view form, std::string_view name);

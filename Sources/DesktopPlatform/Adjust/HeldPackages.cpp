@@ -1,5 +1,7 @@
 #include "DesktopPlatform/Adjust/HeldPackages.hpp"
 
+#include "DesktopPlatform/Adjust/OutboxMemory.hpp"
+
 #include <algorithm>
 #include <cstddef>
 
@@ -54,7 +56,8 @@ void HeldPackages::writeTo(OutboxFile& file) {
     try {
         for (const auto& package : attempts_) file.record(package);
         for (const auto& package : packages_) file.addOnce(package);
-        for (const auto& [name, value] : values_) file.setValue(name, value);
+        for (const auto& [name, value] : values_)
+            file.setValue(name, outboxmemory::merged(name, file.value(name), value));
         file.commit();
     } catch (const SqliteError&) {
         file.rollBack();

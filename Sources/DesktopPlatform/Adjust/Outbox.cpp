@@ -1,9 +1,9 @@
 #include "DesktopPlatform/Adjust/Outbox.hpp"
 
+#include "DesktopPlatform/Adjust/OutboxMemory.hpp"
 #include "DesktopPlatform/Adjust/TransactionMemory.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <utility>
 
@@ -11,11 +11,7 @@ namespace corvantile {
 
 namespace {
 
-std::int64_t numberIn(const std::optional<std::string>& text) {
-    std::int64_t number = 0;
-    if (text) std::from_chars(text->data(), text->data() + text->size(), number);
-    return number;
-}
+namespace memory = outboxmemory;
 
 std::string wholeSeconds(Date date) {
     return std::to_string(static_cast<std::int64_t>(std::floor(date.secondsSinceUnixEpoch())));
@@ -48,11 +44,11 @@ bool Outbox::addUnlessRepeated(const OutboxPackage& package, const std::string& 
     const std::lock_guard lock(mutex_);
     bool isRepeated = false;
     apply([&] {
-        auto transactions = withTransaction(known("transactions"), transactionId);
+        auto transactions = withTransaction(known(memory::transactions), transactionId);
         isRepeated = !transactions;
         OutboxChange change;
         if (isRepeated) return change;
-        change.values["transactions"] = std::move(*transactions);
+        change.values[std::string(memory::transactions)] = std::move(*transactions);
         change.packages.push_back(package);
         return change;
     });
@@ -62,17 +58,17 @@ bool Outbox::addUnlessRepeated(const OutboxPackage& package, const std::string& 
 void Outbox::addSession(Date now, const MakeSession& make) {
     const std::lock_guard lock(mutex_);
     apply([&] {
-        const auto count = numberIn(known("sessions"));
+        const auto count = memory::number(known(memory::sessions));
         const std::chrono::duration<double> rest(now.secondsSinceUnixEpoch() - lastActivity());
-        OutboxChange change{.packages = {}, .values = {{"last-active", wholeSeconds(now)}}};
+        OutboxChange change{.packages = {}, .values = {{std::string(memory::lastActive), wholeSeconds(now)}}};
         if (count > 0 && rest < sessionGap) return change;
-        change.values["sessions"] = std::to_string(count + 1);
+        change.values[std::string(memory::sessions)] = std::to_string(count + 1);
         change.packages.push_back(make(count + 1));
         return change;
     });
 }
 
-void Outbox::noteActivity(Date now) { remember("last-active", wholeSeconds(now)); }
+void Outbox::noteActivity(Date now) { remember(memory::lastActive, wholeSeconds(now)); }
 
 std::optional<std::string> Outbox::remembered(std::string_view name) {
     const std::lock_guard lock(mutex_);
@@ -169,7 +165,7 @@ std::optional<std::string> Outbox::known(std::string_view name) {
 }
 
 double Outbox::lastActivity() {
-    auto last = static_cast<double>(numberIn(known("last-active")));
+    auto last = static_cast<double>(memory::number(known(memory::lastActive)));
     if (!held_.packages().empty()) last = std::max(last, createdAt(held_.packages().back()));
     if (auto* const file = connection_.file()) try {
             if (const auto newest = file->newest()) last = std::max(last, createdAt(*newest));

@@ -4,51 +4,25 @@
 #include "DesktopPlatform/Adjust/AdjustLog.hpp"
 #include "DesktopPlatform/Adjust/DelegateReporter.hpp"
 #include "DesktopPlatform/Adjust/Outbox.hpp"
+#include "DesktopPlatform/Adjust/OutboxMemory.hpp"
 #include "DesktopPlatform/Adjust/PackageCourier.hpp"
+#include "DesktopPlatform/Adjust/PackageSender.hpp"
 #include "DesktopPlatform/Adjust/PackageWriter.hpp"
-#include "DesktopPlatform/Storage/SetAside.hpp"
-#include "Platform/Ads/ASIdentifierManager.hpp"
-#include "Platform/Application/UIDevice.hpp"
 #include "Platform/Foundation/Clock.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Network/HTTPClient.hpp"
 #include "Platform/Platform.hpp"
 #include "Platform/Security/SecureRandom.hpp"
 
-#include <cstdlib>
 #include <mutex>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 namespace corvantile {
 
-namespace {
-
-std::string orVariable(std::string given, const char* name) {
-    if (!given.empty()) return given;
-    const char* const value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
-
-AdjustOptions completed(AdjustOptions options) {
-    options.endpoint = orVariable(std::move(options.endpoint), "CORVANTILE_ADJUST_ENDPOINT");
-    options.bearerToken = orVariable(std::move(options.bearerToken), "CORVANTILE_ADJUST_TOKEN");
-    while (options.endpoint.ends_with('/')) options.endpoint.pop_back();
-    return options;
-}
-
-std::string identifierForAdvertising(ASIdentifierManager* manager) {
-    if (manager == nullptr) return {};
-    auto identifier = manager->advertisingIdentifier();
-    return identifier == ASIdentifierManager::withheldIdentifier ? "" : identifier;
-}
-
-} // namespace
-
 struct OutboxAdjust::Parts {
     Parts(std::filesystem::path file, AdjustOptions given, const Ports& ports)
-        : options(completed(std::move(given))),
+        : options(withEnvironment(std::move(given))),
           device(ports.device),
           advertising(ports.advertising),
           clock(ports.clock),
@@ -79,21 +53,14 @@ struct OutboxAdjust::Parts {
         log->setLevel(config.logLevel());
         sendsInBackground = config.sendInBackground();
         reporter->setDelegate(config.delegate());
-        writer.emplace(PackageSender{.appToken = config.appToken().value_or(""),
-                                     .environment = config.environment().value_or(""),
-                                     .idfa = config.allowIdfaReading()
-                                                 ? identifierForAdvertising(advertising.get())
-                                                 : "",
-                                     .idfv = device->identifierForVendor().value_or(""),
-                                     .systemVersion = device->systemVersion()},
-                       random);
+        writer.emplace(senderOf(config, *device, advertising.get()), random);
         usePushToken();
         beActive();
     }
 
     void usePushToken() {
-        const auto last = outbox->remembered("push-token");
-        if (!pushToken.empty() && pushToken != last) outbox->remember("push-token", pushToken);
+        const auto last = outbox->remembered(outboxmemory::pushToken);
+        if (!pushToken.empty() && pushToken != last) outbox->remember(outboxmemory::pushToken, pushToken);
         writer->setPushToken(pushToken.empty() ? last.value_or("") : pushToken);
     }
 
@@ -219,19 +186,6 @@ bool OutboxAdjust::isOnline() const {
 
 std::vector<OutboxEntry> OutboxAdjust::packages() const { return parts_->outbox->entries(); }
 
-OutboxInspection OutboxAdjust::inspect(const std::filesystem::path& file) {
-    OutboxInspection inspection;
-    inspection.setAside = filesSetAside(file);
-    std::error_code error;
-    if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found)
-        return inspection;
-    try {
-        const OutboxFile outbox(openState(file, OutboxFile::format));
-        for (const auto& package : outbox.packages()) inspection.packages.push_back(entryOf(package));
-    } catch (const SqliteError& failure) {
-        inspection.fault = failure.what();
-    }
-    return inspection;
-}
+OutboxInspection OutboxAdjust::inspect(const std::filesystem::path& file) { return inspectOutbox(file); }
 
 } // namespace corvantile

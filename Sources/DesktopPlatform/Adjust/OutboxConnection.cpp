@@ -13,7 +13,7 @@ namespace corvantile {
 namespace {
 
 constexpr std::chrono::seconds lookInterval{1};
-constexpr int longLog = 200; // pages
+constexpr int longOutboxLog = 200; // pages
 
 } // namespace
 
@@ -22,7 +22,7 @@ OutboxConnection::OutboxConnection(std::filesystem::path path, std::shared_ptr<C
     : path_(std::move(path)),
       console_(std::move(console)),
       inBackground_(std::move(inBackground)),
-      logWatch_(longLog) {}
+      logWatch_(longOutboxLog) {}
 
 void OutboxConnection::look(HeldPackages& held) {
     const auto now = std::chrono::steady_clock::now();

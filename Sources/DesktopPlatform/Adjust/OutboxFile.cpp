@@ -1,6 +1,9 @@
 #include "DesktopPlatform/Adjust/OutboxFile.hpp"
 
+#include "DesktopPlatform/Storage/SetAside.hpp"
+
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 namespace corvantile {
@@ -143,6 +146,21 @@ std::optional<std::string> OutboxFile::value(std::string_view name) const {
 
 void OutboxFile::setValue(std::string_view name, std::string_view value) {
     setValue_.run({name, value}).next();
+}
+
+OutboxInspection inspectOutbox(const std::filesystem::path& file) {
+    OutboxInspection inspection;
+    inspection.setAside = filesSetAside(file);
+    std::error_code error;
+    if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found)
+        return inspection;
+    try {
+        const OutboxFile outbox(openState(file, OutboxFile::format));
+        for (const auto& package : outbox.packages()) inspection.packages.push_back(entryOf(package));
+    } catch (const SqliteError& failure) {
+        inspection.fault = failure.what();
+    }
+    return inspection;
 }
 
 } // namespace corvantile

@@ -73,4 +73,7 @@ private:
     std::int64_t delivered_ = 0; // nothing up to that number waits
 };
 
+// Looks at a file as it stands; nothing is set aside.
+[[nodiscard]] OutboxInspection inspectOutbox(const std::filesystem::path& file);
+
 } // namespace corvantile

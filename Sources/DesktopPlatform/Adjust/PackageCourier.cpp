@@ -9,7 +9,6 @@
 #include "Platform/Network/HTTPClient.hpp"
 #include "Platform/Security/SecureRandom.hpp"
 
-#include <cstdint>
 #include <exception>
 #include <optional>
 #include <string_view>

@@ -2,7 +2,7 @@
 
 #include "DesktopPlatform/Adjust/OutboxPackage.hpp"
 #include "DesktopPlatform/Adjust/PackageIdentifiers.hpp"
-#include "Platform/Adjust/ADJConfig.hpp"
+#include "DesktopPlatform/Adjust/PackageSender.hpp"
 #include "Platform/Adjust/ADJEvent.hpp"
 #include "Platform/Adjust/ADJSubscription.hpp"
 #include "Platform/Foundation/Date.hpp"
@@ -15,12 +15,6 @@
 namespace corvantile {
 
 class SecureRandom;
-
-// Who sends: what every package says.
-struct PackageSender {
-    std::string appToken, environment;
-    std::string idfa, idfv, systemVersion; // empty: unknown or withheld
-};
 
 // Puts packages in the form in which they are posted. Threads: one at a time.
 class PackageWriter {

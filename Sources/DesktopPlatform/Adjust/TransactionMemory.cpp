@@ -3,6 +3,7 @@
 #include "DesktopPlatform/Adjust/FormText.hpp"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace corvantile {
@@ -22,6 +23,12 @@ std::optional<std::string> withTransaction(const std::optional<std::string>& rem
     for (std::size_t place = 0; place < identifiers.size(); ++place)
         appendFormField(text, std::to_string(place), identifiers[place]);
     return text;
+}
+
+std::string withTransactions(std::string remembered, const std::string& later) {
+    for (const auto& field : formFields(later))
+        if (auto more = withTransaction(remembered, field.second)) remembered = std::move(*more);
+    return remembered;
 }
 
 } // namespace corvantile

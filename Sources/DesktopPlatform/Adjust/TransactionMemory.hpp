@@ -14,4 +14,7 @@ inline constexpr std::size_t keptTransactions = 10;
 [[nodiscard]] std::optional<std::string> withTransaction(const std::optional<std::string>& remembered,
                                                          const std::string& identifier);
 
+// The text that remembers those in `remembered` and then those in `later`.
+[[nodiscard]] std::string withTransactions(std::string remembered, const std::string& later);
+
 } // namespace corvantile

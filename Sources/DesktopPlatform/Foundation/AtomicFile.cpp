@@ -1,5 +1,7 @@
 #include "DesktopPlatform/Foundation/AtomicFile.hpp"
 
+#include "DesktopPlatform/Foundation/Descriptor.hpp"
+
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -16,20 +18,6 @@ namespace corvantile {
 namespace {
 
 namespace fs = std::filesystem;
-
-class Descriptor {
-public:
-    explicit Descriptor(int value) : value_(value) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (value_ >= 0) ::close(value_);
-    }
-    [[nodiscard]] int value() const { return value_; }
-
-private:
-    const int value_;
-};
 
 bool writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {

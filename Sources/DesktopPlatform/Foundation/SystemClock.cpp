@@ -7,6 +7,7 @@
 namespace corvantile {
 
 SystemClock::SystemClock() { tzset(); }
+SystemClock::~SystemClock() = default;
 
 Date SystemClock::now() const {
     const std::chrono::duration<double> sinceEpoch = std::chrono::system_clock::now().time_since_epoch();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Export.hpp"
 #include "Platform/Foundation/Clock.hpp"
 
 #include <chrono>
@@ -7,9 +8,10 @@
 namespace corvantile {
 
 // The machine's clock, and its time zone as it is when this is made.
-class SystemClock final : public Clock {
+class CORVANTILE_API SystemClock final : public Clock {
 public:
     SystemClock();
+    ~SystemClock() override;
 
     [[nodiscard]] Date now() const override;
     [[nodiscard]] std::chrono::seconds localOffset(Date date) const override;

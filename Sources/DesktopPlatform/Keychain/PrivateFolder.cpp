@@ -20,8 +20,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::chrono::seconds longestWait{5};
-constexpr std::chrono::milliseconds askAgain{2};
+constexpr std::chrono::seconds longestWaitForLock{5};
+constexpr std::chrono::milliseconds askForLockAgain{2};
 
 [[noreturn]] void refuse(const std::string& why) { throw keychainError(KeychainStatus::notAvailable, why); }
 
@@ -100,11 +100,11 @@ std::optional<std::string> PrivateFolder::readPrivateFile(const std::string& nam
 
 Descriptor PrivateFolder::lock() const {
     Descriptor held(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const auto end = std::chrono::steady_clock::now() + longestWait;
+    const auto end = std::chrono::steady_clock::now() + longestWaitForLock;
     while (::flock(held.value(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) refuseWithCause("Cannot lock the folder");
         if (std::chrono::steady_clock::now() > end) refuse("Another process holds the folder's lock.");
-        std::this_thread::sleep_for(askAgain);
+        std::this_thread::sleep_for(askForLockAgain);
     }
     return held;
 }

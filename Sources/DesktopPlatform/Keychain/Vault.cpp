@@ -1,10 +1,8 @@
 #include "DesktopPlatform/Keychain/Vault.hpp"
 
-#include "Crypto/SealedBox.hpp"
-#include "DesktopPlatform/Keychain/DictionaryCoding.hpp"
 #include "DesktopPlatform/Keychain/MasterKey.hpp"
-#include "DesktopPlatform/Keychain/PrivateFolder.hpp"
 #include "DesktopPlatform/Keychain/VaultReader.hpp"
+#include "DesktopPlatform/Keychain/VaultSeal.hpp"
 #include "DesktopPlatform/Keychain/VaultWriter.hpp"
 #include "DesktopPlatform/Storage/SetAside.hpp"
 #include "Platform/Foundation/Console.hpp"
@@ -22,91 +20,28 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Both names, so that a box opens only in the place where it was saved. The length keeps "ab" + "c" apart
-// from "a" + "bc".
-std::string associatedData(std::string_view account, std::string_view service) {
-    return std::to_string(service.size()).append(":").append(service).append(account);
-}
-
 VaultOptions withAbsoluteFolder(VaultOptions options) {
     std::error_code error;
     if (!options.folder.empty()) options.folder = fs::absolute(options.folder, error);
     return options;
 }
 
-struct Opened {
-    std::optional<KeychainDictionary> dictionary;
-    std::string fault;
-};
-
 } // namespace
 
 struct Vault::Parts {
     explicit Parts(VaultOptions given)
         : options(withAbsoluteFolder(std::move(given))),
+          sealing(options.folder, [this](const std::string& text) { say(text); }),
           reader(file()),
           writer(file(), reader,
                  {.say = [this](const std::string& text) { say(text); },
-                  .canRead = [this](const SealedEntry& entry) { return open(entry).dictionary.has_value(); },
+                  .canRead =
+                      [this](const SealedEntry& entry) { return sealing.open(entry).dictionary.has_value(); },
                   .inBackground = options.inBackground}) {}
 
     // Empty: there is no place for one.
     [[nodiscard]] fs::path file() const {
         return options.folder.empty() ? fs::path() : options.folder / vaultFileName;
-    }
-
-    // Null: there is none.
-    std::shared_ptr<const MasterKey> knownKey() {
-        const std::lock_guard lock(mutex);
-        if (!key) key = readKey();
-        return key;
-    }
-
-    // The same, but never one whose file has gone or changed meanwhile.
-    std::shared_ptr<const MasterKey> presentKey() {
-        const std::lock_guard lock(mutex);
-        if (!key || !key->isStillIn(options.folder)) key = readKey();
-        return key;
-    }
-
-    std::shared_ptr<const MasterKey> keyForSealing() {
-        if (auto known = presentKey()) return known;
-        const std::lock_guard lock(mutex);
-        const auto folder = PrivateFolder::make(options.folder);
-        const auto folderLock = folder.lock();
-        auto found = MasterKey::read(folder); // another process may have been quicker
-        key = std::make_shared<const MasterKey>(
-            found ? std::move(*found)
-                  : MasterKey::make(folder, [this](const std::string& text) { say(text); }));
-        return key;
-    }
-
-    std::shared_ptr<const MasterKey> readKey() const {
-        const auto folder = PrivateFolder::find(options.folder);
-        auto found = folder ? MasterKey::read(*folder) : std::nullopt;
-        return found ? std::make_shared<const MasterKey>(std::move(*found)) : nullptr;
-    }
-
-    SealedEntry seal(const KeychainDictionary& dictionary, std::string_view account,
-                     std::string_view service) {
-        const auto master = keyForSealing();
-        auto box =
-            SealedBox::seal(master->key(), encodeDictionary(dictionary), associatedData(account, service));
-        if (!box) throw keychainError(KeychainStatus::notAvailable, "The entry could not be sealed.");
-        return {std::string(service), std::string(account), std::string(master->identifier()),
-                std::move(*box)};
-    }
-
-    Opened open(const SealedEntry& entry) {
-        auto master = knownKey();
-        if (master && entry.keyIdentifier != master->identifier()) master = presentKey();
-        if (!master) return {std::nullopt, "there is no master key."};
-        const auto bytes =
-            SealedBox::open(master->key(), entry.box, associatedData(entry.account, entry.service));
-        auto dictionary = bytes ? decodeDictionary(*bytes) : std::nullopt;
-        if (dictionary) return {std::move(dictionary), {}};
-        const bool isOfAnotherKey = entry.keyIdentifier != master->identifier();
-        return {std::nullopt, isOfAnotherKey ? "it was sealed under another master key." : "it is damaged."};
     }
 
     // False also where that cannot be told.
@@ -119,9 +54,9 @@ struct Vault::Parts {
     }
 
     VaultInspection::Entry describe(SealedEntry entry) {
-        Opened opened{std::nullopt, "the keychain is locked."};
+        OpenedEntry opened{std::nullopt, "the keychain is locked."};
         try {
-            if (!locked.load()) opened = open(entry);
+            if (!locked.load()) opened = sealing.open(entry);
         } catch (const NSError& error) {
             opened.fault = error.localizedDescription();
         }
@@ -161,10 +96,10 @@ struct Vault::Parts {
 
     const VaultOptions options;
     std::atomic<bool> locked{false};
+    VaultSeal sealing;
     VaultReader reader;
     VaultWriter writer;
     std::mutex mutex; // of what follows
-    std::shared_ptr<const MasterKey> key;
     std::set<std::string> said;
 };
 
@@ -179,7 +114,7 @@ std::optional<KeychainDictionary> Vault::load(std::string_view account, std::str
     try {
         const auto entry = parts_->reader.find(account, service);
         if (!entry) return std::nullopt;
-        auto [dictionary, fault] = parts_->open(*entry);
+        auto [dictionary, fault] = parts_->sealing.open(*entry);
         if (!dictionary) parts_->report(account, service, fault);
         return std::move(dictionary);
     } catch (const NSError& error) {
@@ -192,14 +127,14 @@ std::optional<KeychainDictionary> Vault::load(std::string_view account, std::str
 void Vault::save(const KeychainDictionary& dictionary, std::string_view account, std::string_view service) {
     const bool isAdded = parts_->changing([&] {
         // Without a key the entry could not be read; a new key, made only to find it there, would hide why.
-        if (!parts_->presentKey() && parts_->holds(account, service)) return false;
-        return parts_->writer.add(parts_->seal(dictionary, account, service));
+        if (!parts_->sealing.hasKey() && parts_->holds(account, service)) return false;
+        return parts_->writer.add(parts_->sealing.seal(dictionary, account, service));
     });
     if (!isAdded) throw keychainError(KeychainStatus::duplicateItem);
 }
 
 void Vault::update(const KeychainDictionary& dictionary, std::string_view account, std::string_view service) {
-    parts_->changing([&] { parts_->writer.put(parts_->seal(dictionary, account, service)); });
+    parts_->changing([&] { parts_->writer.put(parts_->sealing.seal(dictionary, account, service)); });
 }
 
 bool Vault::remove(std::string_view account, std::string_view service) {
@@ -225,7 +160,7 @@ VaultInspection Vault::inspect() const {
     auto sealed = parts_->reader.all(fault);
     if (!fault.empty()) inspection.faults.push_back(fault);
     attempt([&] {
-        if (!parts_->presentKey() && !sealed.empty())
+        if (!parts_->sealing.hasKey() && !sealed.empty())
             inspection.faults.emplace_back("There is no master key.");
     });
     for (auto& entry : sealed) inspection.entries.push_back(parts_->describe(std::move(entry)));

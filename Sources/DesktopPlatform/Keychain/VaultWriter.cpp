@@ -15,7 +15,7 @@ namespace corvantile {
 
 namespace {
 
-constexpr int longLog = 1000; // pages, about as many saves
+constexpr int longVaultLog = 1000; // pages, about as many saves
 
 } // namespace
 
@@ -65,7 +65,7 @@ int VaultWriter::change(Change run) {
         if (!connection_) open();
         run(*connection_).next();
         const int changes = connection_->database->changes();
-        if (connection_->database->logPages() >= longLog) shortenLog();
+        if (connection_->database->logPages() >= longVaultLog) shortenLog();
         return changes;
     } catch (const SqliteError& error) {
         if (error.isUnreadable()) connection_.reset(); // to be looked over when it is opened again

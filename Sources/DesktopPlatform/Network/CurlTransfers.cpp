@@ -12,7 +12,7 @@ namespace corvantile {
 namespace {
 
 // Without a transfer that has an earlier date, only `wake` ends a wait.
-constexpr int longestWait = 60 * 60 * 1000; // ms
+constexpr int longestPoll = 60 * 60 * 1000; // ms
 
 } // namespace
 
@@ -60,7 +60,7 @@ void CurlTransfers::run() {
         int count = 0;
         curl_multi_perform(multi_.get(), &count);
         reportFinished();
-        curl_multi_poll(multi_.get(), nullptr, 0, longestWait, nullptr);
+        curl_multi_poll(multi_.get(), nullptr, 0, longestPoll, nullptr);
     }
 }
 

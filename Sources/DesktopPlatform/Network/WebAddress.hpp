@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Export.hpp"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +19,6 @@ struct WebAddress {
     [[nodiscard]] std::string origin() const { return scheme + "://" + hostAndPort(); }
 };
 
-[[nodiscard]] std::optional<WebAddress> parseWebAddress(std::string_view text);
+[[nodiscard]] CORVANTILE_API std::optional<WebAddress> parseWebAddress(std::string_view text);
 
 } // namespace corvantile

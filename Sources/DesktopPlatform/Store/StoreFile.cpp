@@ -3,7 +3,6 @@
 #include "LocalStore/LocalStoreError.hpp"
 #include "Platform/Foundation/Console.hpp"
 
-#include <string>
 #include <utility>
 
 namespace corvantile {
@@ -117,6 +116,15 @@ bool StoreFile::commit(const Changes& changes) {
 void StoreFile::emptyLongLog() {
     if (logWatch_.hasGrownLong(connection_->database->logPages()))
         options_.inBackground([file = options_.file] { emptyStateLog(file, format); });
+}
+
+std::string faultOfStoreFile(const std::filesystem::path& file) {
+    try {
+        static_cast<void>(openState(file, StoreFile::format));
+        return {};
+    } catch (const SqliteError& error) {
+        return error.what();
+    }
 }
 
 } // namespace corvantile

@@ -2,11 +2,13 @@
 
 #include "DesktopPlatform/Storage/StateDatabase.hpp"
 #include "LocalStore/Engine/StoreStorage.hpp"
+#include "Platform/Export.hpp"
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace corvantile {
 
@@ -43,5 +45,8 @@ private:
     std::int64_t loadedVersion_ = 0;
     LogWatch logWatch_{1000};
 };
+
+// Reads a store's file as it stands: why it cannot be used, or nothing.
+[[nodiscard]] CORVANTILE_API std::string faultOfStoreFile(const std::filesystem::path& file);
 
 } // namespace corvantile

@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <exception>
-#include <optional>
 #include <string>
 #include <string_view>
 

@@ -1,14 +1,11 @@
 #pragma once
 
 #include "LocalStore/Catalogue/Catalogue.hpp"
+#include "LocalStore/Engine/PaymentLife.hpp"
 #include "LocalStore/Engine/StoreLedger.hpp"
 #include "LocalStore/Engine/SubscriptionLife.hpp"
 
-#include <cstdint>
-#include <optional>
 #include <string>
-#include <string_view>
-#include <vector>
 
 namespace corvantile {
 
@@ -18,31 +15,14 @@ namespace corvantile {
 class StoreEngine {
 public:
     StoreEngine(const Catalogue& catalogue, StoreLedger& ledger);
+    StoreEngine(const StoreEngine&) = delete;
+    StoreEngine& operator=(const StoreEngine&) = delete;
 
+    [[nodiscard]] PaymentLife& payments() { return payments_; }
     [[nodiscard]] SubscriptionLife& subscriptions() { return subscriptions_; }
-
-    // Puts a payment into the queue, as purchasing. `settle` then decides what becomes of it, if nobody else
-    // has.
-    std::int64_t addPayment(std::string productIdentifier, int quantity);
-    void settle(std::int64_t number, Date now);
-
-    // Both at once, of a product that is sold.
-    void buy(const std::string& productIdentifier, int quantity, Date now);
-
-    // Takes a transaction out of the queue; what is not there any more is finished already. Throws NSError
-    // (storeErrorDomain, clientInvalid) for one that is still under way.
-    void finish(std::int64_t number);
-
-    // Queues what was bought, is no consumable, was not refunded and does not wait in the queue anyhow.
-    void restore(Date now);
 
     // Throws NSError (storeErrorDomain) for a request that is to fail.
     void countRequest();
-
-    void decideNextPayment(const std::string& productIdentifier, NextPayment next);
-    // The oldest payment for the product that was deferred or held.
-    void approve(const std::string& productIdentifier, Date now);
-    void decline(const std::string& productIdentifier);
 
     void refund(const std::string& identifier, bool isForIssue, Date now);
     void promote(const std::string& productIdentifier);
@@ -53,15 +33,10 @@ public:
     void setBilling(const std::string& productIdentifier, bool isFailing, Date now);
 
 private:
-    [[nodiscard]] std::optional<StoreFailure> refusal(const StoreTransaction& transaction) const;
-    void complete(StoreTransaction transaction, Date now);
-    void fail(StoreTransaction transaction, StoreFailure failure);
-    void sell(StoreTransaction& transaction, const CatalogueProduct& product, Date now);
-    [[nodiscard]] const StorePurchase* owned(const CatalogueProduct& product) const;
-
     const Catalogue& catalogue_;
     StoreLedger& ledger_;
     SubscriptionLife subscriptions_;
+    PaymentLife payments_;
 };
 
 } // namespace corvantile

@@ -9,7 +9,7 @@ namespace corvantile {
 
 namespace {
 
-[[noreturn]] void refuse(std::string message) {
+[[noreturn]] void refuseUnknown(std::string message) {
     throw localStoreError(LocalStoreErrorCode::unknown, std::move(message));
 }
 
@@ -17,14 +17,14 @@ namespace {
 
 const CatalogueProduct& requireProduct(const Catalogue& catalogue, const std::string& identifier) {
     if (const auto* const product = catalogue.product(identifier)) return *product;
-    refuse("The store sells no product " + identifier + ".");
+    refuseUnknown("The store sells no product " + identifier + ".");
 }
 
 const StoreSubscription& requireSubscription(const StoreLedger& ledger,
                                              const std::string& productIdentifier) {
     for (const auto& [group, subscription] : ledger.subscriptions())
         if (subscription.productIdentifier == productIdentifier) return subscription;
-    refuse("Nobody is subscribed to " + productIdentifier + ".");
+    refuseUnknown("Nobody is subscribed to " + productIdentifier + ".");
 }
 
 const StoreTransaction& requireUndecided(const StoreLedger& ledger, const std::string& productIdentifier) {
@@ -33,7 +33,7 @@ const StoreTransaction& requireUndecided(const StoreLedger& ledger, const std::s
                             transaction.state == SKPaymentTransactionState::purchasing;
         if (isOpen && transaction.productIdentifier == productIdentifier) return transaction;
     }
-    refuse("No payment for " + productIdentifier + " waits for approval.");
+    refuseUnknown("No payment for " + productIdentifier + " waits for approval.");
 }
 
 const StorePurchase& requirePurchase(const StoreLedger& ledger, const std::string& identifier) {
@@ -43,7 +43,7 @@ const StorePurchase& requirePurchase(const StoreLedger& ledger, const std::strin
         return entry.second.productIdentifier == identifier;
     });
     if (latest != all.rend()) return latest->second;
-    refuse("Nothing was bought that is called " + identifier + ".");
+    refuseUnknown("Nothing was bought that is called " + identifier + ".");
 }
 
 } // namespace corvantile

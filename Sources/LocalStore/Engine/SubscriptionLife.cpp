@@ -1,55 +1,14 @@
 #include "LocalStore/Engine/SubscriptionLife.hpp"
 
+#include "LocalStore/Engine/SubscriptionTerms.hpp"
 #include "LocalStore/LocalStoreError.hpp"
 
-#include <algorithm>
-#include <chrono>
 #include <functional>
 #include <queue>
 #include <utility>
 #include <vector>
 
 namespace corvantile {
-
-namespace {
-
-using Days = std::chrono::duration<int, std::ratio<86400>>;
-
-constexpr Days billingRetry{60};
-constexpr Days gracePeriod{16};
-constexpr Days shortGracePeriod{6}; // of a subscription by the week
-
-Days graceOf(Period period) { return roughDays(period) <= 7 ? shortGracePeriod : gracePeriod; }
-
-bool isOwed(const StoreSubscription& subscription) {
-    return subscription.status == SubscriptionStatus::gracePeriod ||
-           subscription.status == SubscriptionStatus::billingRetry;
-}
-
-bool hasEnded(const StoreSubscription& subscription) {
-    return subscription.status == SubscriptionStatus::expired ||
-           subscription.status == SubscriptionStatus::revoked;
-}
-
-void expire(StoreSubscription& subscription, ExpirationIntent intent) {
-    subscription.status = SubscriptionStatus::expired;
-    subscription.expirationIntent = intent;
-    subscription.gracePeriodEnd.reset();
-    subscription.renews = false;
-}
-
-std::optional<Date> dueDate(const StoreSubscription& subscription) {
-    switch (subscription.status) {
-    case SubscriptionStatus::active: return subscription.expirationDate;
-    case SubscriptionStatus::gracePeriod: return subscription.gracePeriodEnd;
-    case SubscriptionStatus::billingRetry: return subscription.expirationDate + billingRetry;
-    case SubscriptionStatus::expired:
-    case SubscriptionStatus::revoked: break;
-    }
-    return std::nullopt;
-}
-
-} // namespace
 
 std::optional<std::string> SubscriptionLife::obstacle(const CatalogueProduct& product) const {
     const auto found = ledger_.subscriptions().find(product.groupIdentifier);

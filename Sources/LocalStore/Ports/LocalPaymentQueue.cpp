@@ -1,12 +1,12 @@
 #include "LocalStore/Ports/LocalPaymentQueue.hpp"
 
 #include "LocalStore/Engine/StoreFailures.hpp"
+#include "LocalStore/Ports/DueTimer.hpp"
 #include "LocalStore/Ports/QueuedTransactions.hpp"
 #include "Platform/Foundation/Console.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/NSError.hpp"
 
-#include <chrono>
 #include <mutex>
 #include <utility>
 
@@ -16,14 +16,14 @@ namespace {
 
 using State = SKPaymentTransactionState;
 
-constexpr std::chrono::milliseconds sameMoment{1};
-
 } // namespace
 
 struct LocalPaymentQueue::Parts {
     const std::shared_ptr<LocalStore> store;
     const std::shared_ptr<DispatchQueue> mainQueue;
     const std::shared_ptr<Console> console;
+
+    DueTimer timer{mainQueue};
 
     // Taken after the store's own lock, never before: nothing calls the store while it is held.
     std::mutex mutex{};
@@ -33,8 +33,6 @@ struct LocalPaymentQueue::Parts {
     bool hasPromotions = false;
     bool isAsking = false;
     bool isTimeKeeperPosted = false;
-    std::optional<Date> awaited{}; // what the latest timer waits for, by the device's clock
-    std::uint64_t timer = 0;
 };
 
 std::shared_ptr<LocalPaymentQueue> LocalPaymentQueue::make(std::shared_ptr<LocalStore> store,
@@ -171,19 +169,8 @@ void LocalPaymentQueue::keepTime() {
     std::optional<LocalStore::Due> due;
     attempt([&] { due = parts_->store->catchUp(); });
     if (!due) return;
-    const std::lock_guard lock(parts_->mutex);
-    auto& awaited = parts_->awaited;
-    if (awaited && std::chrono::abs(due->deviceDate - *awaited) < sameMoment) return;
-    awaited = due->deviceDate;
-    parts_->mainQueue->asyncAfter(due->delay, [weak = weak_from_this(), timer = ++parts_->timer] {
-        const auto self = std::static_pointer_cast<LocalPaymentQueue>(weak.lock());
-        if (!self) return;
-        {
-            const std::lock_guard ending(self->parts_->mutex);
-            if (self->parts_->timer != timer) return;
-            self->parts_->awaited.reset();
-        }
-        self->keepTime();
+    parts_->timer.await(*due, [weak = weak_from_this()] {
+        if (const auto self = std::static_pointer_cast<LocalPaymentQueue>(weak.lock())) self->keepTime();
     });
 }
 

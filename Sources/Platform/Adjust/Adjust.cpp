@@ -9,7 +9,7 @@ namespace corvantile {
 
 namespace {
 
-Adjust& installed() { return *Platform::current().ports().adjust; }
+Adjust& installedAdjust() { return *Platform::current().ports().adjust; }
 
 } // namespace
 
@@ -22,13 +22,13 @@ std::shared_ptr<ADJSubscription> Adjust::makeSubscription(const NSDecimalNumber&
     return std::make_shared<ADJSubscription>(price, currency, transactionId, std::move(receipt));
 }
 
-void Adjust::appDidLaunch(std::shared_ptr<ADJConfig> config) { installed().launch(std::move(config)); }
-void Adjust::trackEvent(const ADJEvent& event) { installed().send(event); }
-void Adjust::trackSubscription(const ADJSubscription& subscription) { installed().send(subscription); }
-void Adjust::setDeviceToken(const std::vector<std::uint8_t>& token) { installed().setPushToken(token); }
+void Adjust::appDidLaunch(std::shared_ptr<ADJConfig> config) { installedAdjust().launch(std::move(config)); }
+void Adjust::trackEvent(const ADJEvent& event) { installedAdjust().send(event); }
+void Adjust::trackSubscription(const ADJSubscription& subscription) { installedAdjust().send(subscription); }
+void Adjust::setDeviceToken(const std::vector<std::uint8_t>& token) { installedAdjust().setPushToken(token); }
 
 std::shared_ptr<ADJConfig> ADJConfig::make(const std::string& appToken, const std::string& environment) {
-    return installed().makeConfig(appToken, environment);
+    return installedAdjust().makeConfig(appToken, environment);
 }
 
 std::string ADJConfig::description() const {
@@ -41,7 +41,7 @@ std::shared_ptr<ADJSubscription> ADJSubscription::make(const NSDecimalNumber& pr
                                                        const std::string& currency,
                                                        const std::string& transactionId,
                                                        std::string receipt) {
-    return installed().makeSubscription(price, currency, transactionId, std::move(receipt));
+    return installedAdjust().makeSubscription(price, currency, transactionId, std::move(receipt));
 }
 
 } // namespace corvantile

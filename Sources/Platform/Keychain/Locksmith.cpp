@@ -7,7 +7,7 @@ namespace corvantile {
 
 namespace {
 
-Locksmith& installed() { return *Platform::current().ports().keychain; }
+Locksmith& installedKeychain() { return *Platform::current().ports().keychain; }
 
 } // namespace
 
@@ -17,21 +17,21 @@ std::string Locksmith::defaultService() { return NSBundle::main()->bundleIdentif
 
 std::optional<KeychainDictionary> Locksmith::loadDataForUserAccount(std::string_view account,
                                                                     std::string_view service) {
-    return installed().load(account, service);
+    return installedKeychain().load(account, service);
 }
 
 void Locksmith::saveData(const KeychainDictionary& dictionary, std::string_view account,
                          std::string_view service) {
-    installed().save(dictionary, account, service);
+    installedKeychain().save(dictionary, account, service);
 }
 
 void Locksmith::updateData(const KeychainDictionary& dictionary, std::string_view account,
                            std::string_view service) {
-    installed().update(dictionary, account, service);
+    installedKeychain().update(dictionary, account, service);
 }
 
 bool Locksmith::deleteDataForUserAccount(std::string_view account, std::string_view service) {
-    return installed().remove(account, service);
+    return installedKeychain().remove(account, service);
 }
 
 } // namespace corvantile

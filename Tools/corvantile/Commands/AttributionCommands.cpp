@@ -1,20 +1,20 @@
-#include "Corvantile/Config/PromoteInstall.hpp"
 #include "Corvantile/Plugin/AdNetwork/AdNetworkPluggable.hpp"
+#include "DesktopPlatform/Adjust/AdjustOptions.hpp"
 #include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
 #include "DesktopPlatform/DesktopPlatform.hpp"
 #include "Platform/Application/UIApplicationDelegate.hpp"
 #include "Platform/Foundation/NSBundle.hpp"
 #include "Platform/Foundation/NSError.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
-#include "Tools/corvantile/Delivery.hpp"
 #include "Tools/corvantile/Host.hpp"
+#include "Tools/corvantile/Misread.hpp"
 #include "Tools/corvantile/PackageText.hpp"
+#include "Tools/corvantile/PromotionText.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Reporter.hpp"
 #include "Tools/corvantile/Streams/AttributionStreams.hpp"
 #include "Tools/corvantile/Streams/Latest.hpp"
 
-#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstdint>
@@ -34,7 +34,7 @@ std::vector<std::uint8_t> parseHex(const std::string& text) {
         const auto* const digits = text.data() + 2 * i;
         isHex = std::from_chars(digits, digits + 2, bytes[i], 16).ptr == digits + 2;
     }
-    if (!isHex) throw Refusal("expected bytes in hex, such as 0a1b2c, but found \"" + text + "\"");
+    if (!isHex) throw misread("bytes in hex, such as 0a1b2c", text);
     return bytes;
 }
 
@@ -76,7 +76,7 @@ void runDeliver(Host& host) {
     constexpr std::chrono::milliseconds reportsFollow{100}; // the delegate hears just after the outbox
     const auto& adjust = host.process().platform().adjust();
     const auto before = backlogOf(adjust);
-    if (deliveryEndpoint(host.device().attribution).empty())
+    if (withEnvironment(host.device().attribution).endpoint.empty())
         throw Refusal("there is no endpoint, so nothing leaves: play --server, or see Docs/Tool.md");
     if (!adjust.isOnline()) throw Refusal("the app is offline, so nothing leaves: online comes first");
     auto now = before;
@@ -135,25 +135,6 @@ void runIdentifier(Host& host) {
                          {{"idfa", identifier}});
 }
 
-EventValue::Map fieldsOf(const PromoteInstall& promotion) {
-    return {{"isEnabled", promotion.isEnabled()},
-            {"threshold", promotion.threshold()},
-            {"appID", promotion.appID()},
-            {"appName", promotion.appName()},
-            {"messageTitle", promotion.messageTitle()},
-            {"messageBody", promotion.messageBody()},
-            {"noButtonTitle", promotion.noButtonTitle()},
-            {"yesButtonTitle", promotion.yesButtonTitle()}};
-}
-
-// As a host shows it that finds it enabled, once its count has come that far.
-std::string promptOf(const PromoteInstall& promotion) {
-    return std::string(promotion.isEnabled() ? "asks at " : "is switched off; would ask at ") +
-           std::to_string(promotion.threshold()) + ": \"" + promotion.messageTitle() + "\" \"" +
-           promotion.messageBody() + "\" [" + promotion.noButtonTitle() + "] [" + promotion.yesButtonTitle() +
-           "], for " + promotion.appName() + " (" + promotion.appID() + ")";
-}
-
 void runPromoteInstall(Host& host) {
     static_cast<void>(host.process());
     const auto& name = host.app().promoteInstall;
@@ -162,7 +143,7 @@ void runPromoteInstall(Host& host) {
         const auto json = NSBundle::main()->resource(name, "json");
         if (!json) throw Refusal("the app's folder has no " + name + ".json");
         const auto promotion = decodeJSON<PromoteInstall>(*json);
-        host.reporter().tell("host", "promote-install", promptOf(promotion), fieldsOf(promotion));
+        host.reporter().tell("host", "promote-install", describe(promotion), fieldsOf(promotion));
     } catch (const NSError& error) {
         throw Refusal(name + ".json: " + error.localizedDescription());
     }

@@ -15,6 +15,7 @@ class Host;
 [[nodiscard]] std::vector<Command> attributionCommands(Host& host);
 [[nodiscard]] std::vector<Command> purchaseCommands(Host& host);
 [[nodiscard]] std::vector<Command> storeCommands(Host& host);
+[[nodiscard]] std::vector<Command> storeViewCommands(Host& host);
 [[nodiscard]] std::vector<Command> deviceCommands(Host& host);
 [[nodiscard]] std::vector<Command> serverCommands(Host& host);
 [[nodiscard]] std::vector<Command> inspectionCommands(Host& host);

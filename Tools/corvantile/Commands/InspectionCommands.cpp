@@ -1,7 +1,7 @@
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
+#include "DesktopPlatform/Adjust/AdjustOptions.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
-#include "Tools/corvantile/Delivery.hpp"
 #include "Tools/corvantile/Host.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Reporter.hpp"
@@ -53,7 +53,7 @@ void runStatus(Host& host) {
                    std::string(describe(host.lifeCycle())));
     tellStatus(host, "state", host.stateFolder().string());
     const auto& attribution = host.device().attribution;
-    const auto endpoint = deliveryEndpoint(attribution);
+    const auto endpoint = withEnvironment(attribution).endpoint;
     tellStatus(host, "attribution",
                (endpoint.empty() ? "no endpoint" : endpoint) +
                    (attribution.isOffline ? ", offline" : ", online"));

@@ -1,10 +1,11 @@
+#include "HostCore/JSONInteger.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
 #include "Tools/corvantile/Host.hpp"
+#include "Tools/corvantile/Misread.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Reporter.hpp"
 #include "Tools/corvantile/Server/PlayedServer.hpp"
 
-#include <charconv>
 #include <optional>
 #include <string>
 
@@ -26,10 +27,9 @@ void showArrivals(Host& host) {
 }
 
 int parseStatus(const std::string& text) {
-    int status = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), status);
-    if (error == std::errc() && *end == '\0' && status >= 200 && status <= 599) return status;
-    throw Refusal("expected ok or a status from 200 to 599, but found \"" + text + "\"");
+    const auto status = textInteger(text).value_or(0);
+    if (status >= 200 && status <= 599) return static_cast<int>(status);
+    throw misread("ok or a status from 200 to 599", text);
 }
 
 void setAnswer(Host& host, Arguments given) {

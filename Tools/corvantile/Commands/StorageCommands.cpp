@@ -19,7 +19,7 @@ namespace corvantile::tool {
 
 namespace {
 
-constexpr const char* moment = "the records are loaded a second after the launch (wait 1100ms)";
+constexpr const char* loadedMoment = "the records are loaded a second after the launch (wait 1100ms)";
 
 // A record that is stored may be read again and published on other queues first.
 void awaitNews(Host& host, const News& news) {
@@ -33,7 +33,7 @@ void awaitNews(Host& host, const News& news) {
 void runSetting(Host& host, Arguments given) {
     const auto database = host.service<DatabasePluggable>();
     const auto setting = latest(database->setting());
-    if (!setting) throw Refusal(std::string("there is no setting to change yet: ") + moment);
+    if (!setting) throw Refusal(std::string("there is no setting to change yet: ") + loadedMoment);
     const auto parameters = parseParameters(given);
     const auto changed = changedSetting(*setting, *parameters);
     host.reporter().tell("host", "setting", "updates the setting: " + describeParameters(*parameters),
@@ -47,10 +47,10 @@ void runReset(Host& host) {
     const auto database = host.service<DatabasePluggable>();
     const bool isKnown = latest(database->application()).has_value();
     const News news(database->application());
-    host.reporter().tell("host", "reset", "stamps the application record with the time of the moment");
+    host.reporter().tell("host", "reset", "stamps the application record with the time of the loadedMoment");
     database->resetApplication();
     if (isKnown) return awaitNews(host, news);
-    host.reporter().tell("host", "silent", std::string("that waits for the first record: ") + moment);
+    host.reporter().tell("host", "silent", std::string("that waits for the first record: ") + loadedMoment);
 }
 
 void runReload(Host& host) {
@@ -90,7 +90,8 @@ void runDelete(Host& host, Arguments given) {
         store.deleteAll(beginning);
     });
     host.settle();
-    if (!*isOpen) throw Refusal(std::string("there is no user whose records could be deleted: ") + moment);
+    if (!*isOpen)
+        throw Refusal(std::string("there is no user whose records could be deleted: ") + loadedMoment);
     tellDeleted(host, beginning, before);
 }
 
@@ -104,7 +105,7 @@ std::vector<Command> storageCommands(Host& host) {
          [&host](Arguments given) { runSetting(host, given); },
          {"manageSubscriptionEnabled and reviewAppEnabled are true or false.",
           "iapPolicy is a text with a line for each term, or a JSON list: iapPolicy='[\"one\", \"two\"]'"}},
-        {"reset", "", "stamp the application record with the time of the moment (resetApplication)",
+        {"reset", "", "stamp the application record with the time of the loadedMoment (resetApplication)",
          [&host](Arguments) { runReset(host); }},
         {"reload", "", "read the application record again and publish it (reloadApplication)",
          [&host](Arguments) { runReload(host); }},

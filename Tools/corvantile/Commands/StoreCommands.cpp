@@ -1,17 +1,16 @@
 #include "Corvantile/Corvantile.hpp"
-#include "LocalStore/LocalStore.hpp"
-#include "Platform/Foundation/NSError.hpp"
+#include "HostCore/JSONInteger.hpp"
 #include "Platform/Store/SKPaymentQueue.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
 #include "Tools/corvantile/Host.hpp"
+#include "Tools/corvantile/Misread.hpp"
 #include "Tools/corvantile/NearestName.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Reporter.hpp"
-#include "Tools/corvantile/Store/CatalogueText.hpp"
+#include "Tools/corvantile/Store/HostStore.hpp"
 #include "Tools/corvantile/Store/StoreText.hpp"
 
-#include <charconv>
-#include <cstddef>
+#include <limits>
 #include <memory>
 #include <string>
 #include <utility>
@@ -21,37 +20,22 @@ namespace corvantile::tool {
 
 namespace {
 
-LocalStore& storeOf(Host& host) { return host.process().platform().store(); }
-
-// What the store refuses is refused.
-template <class Act>
-auto ask(Act act) {
-    try {
-        return act();
-    } catch (const NSError& error) {
-        throw Refusal(error.localizedDescription());
-    }
-}
-
 // A command about one product: `act` gets the store and the product, and answers what to tell.
 template <class Act>
 Command about(Host& host, std::string name, std::string arguments, std::string help, Act act) {
     const auto run = [&host, name, act](Arguments given) {
         auto& store = storeOf(host);
         const auto product = productNamed(store.catalogue(), given[0].text);
-        const std::string told = ask([&] { return act(store, product, given.subspan(1)); });
+        const std::string told = askStore([&] { return act(store, product, given.subspan(1)); });
         host.reporter().tell("store", name, told, {{"product", product}});
     };
     return {std::move(name), std::move(arguments), std::move(help), run};
 }
 
 int parseQuantity(const std::string& text) {
-    int quantity = 0;
-    const auto end = text.data() + text.size();
-    if (const auto [at, error] = std::from_chars(text.data(), end, quantity);
-        error == std::errc() && at == end && quantity > 0)
-        return quantity;
-    throw Refusal("expected how many, such as 3, but found \"" + text + "\"");
+    const auto quantity = textInteger(text).value_or(0);
+    if (quantity > 0 && quantity <= std::numeric_limits<int>::max()) return static_cast<int>(quantity);
+    throw misread("how many, such as 3", text);
 }
 
 // Nobody should look for events that are held back by design.
@@ -136,76 +120,18 @@ void runRefund(Host& host, Arguments given) {
     const auto& text = given[0].text;
     const bool isTransaction = text.find_first_not_of("0123456789") == std::string::npos;
     const auto identifier = isTransaction ? text : productNamed(store.catalogue(), text);
-    ask([&] { store.refund(identifier); });
+    askStore([&] { store.refund(identifier); });
     host.reporter().tell("store", "refund", identifier + " is refunded", {{"identifier", identifier}});
 }
 
 void runAdvance(Host& host, Arguments given) {
     auto& store = storeOf(host);
     const auto duration = parseStoreDuration(given[0].text);
-    const auto now = ask([&] {
+    const auto now = askStore([&] {
         store.advance(duration);
         return store.now();
     });
     host.reporter().tell("store", "advance", "the store's clock shows " + describe(now), {{"now", now}});
-}
-
-void runCatalogue(Host& host) {
-    const auto& catalogue = storeOf(host).catalogue();
-    std::vector<Cells> rows;
-    rows.reserve(catalogue.products().size());
-    for (const auto& product : catalogue.products()) rows.push_back(cellsOf(catalogue, product));
-    const auto lines = alignedLines(rows);
-    for (std::size_t row = 0; row < lines.size(); ++row)
-        host.reporter().tell("store", "product", lines[row], fieldsOf(catalogue, catalogue.products()[row]));
-    if (lines.empty()) host.reporter().tell("store", "product", "the store sells nothing");
-}
-
-void runTransactions(Host& host) {
-    auto& store = storeOf(host);
-    std::vector<Cells> rows;
-    std::vector<EventValue::Map> fields;
-    const auto add = [&](const auto& record) {
-        rows.push_back(cellsOf(record));
-        fields.push_back(fieldsOf(record));
-    };
-    for (const auto& purchase : ask([&] { return store.purchases(); })) add(purchase);
-    for (const auto& transaction : ask([&] { return store.transactions(); }))
-        if (transaction.state != SKPaymentTransactionState::purchased) add(transaction);
-    const auto lines = alignedLines(rows);
-    for (std::size_t row = 0; row < lines.size(); ++row)
-        host.reporter().tell("store", "transaction", lines[row], fields[row]);
-    if (lines.empty()) host.reporter().tell("store", "transaction", "nothing was bought yet");
-}
-
-void tell(Host& host, const std::string& key, const std::string& text) {
-    host.reporter().tell("store", "status", key + ": " + text, {{key, text}});
-}
-
-void tellDecisions(Host& host, const StoreSettings& settings) {
-    for (const auto& [product, next] : settings.nextPayments)
-        tell(host, "next payment",
-             product + (next.failure ? " fails: " + next.failure->message : " is not decided at once"));
-    for (const auto& product : settings.failingBilling) tell(host, "billing", product + " is not paid");
-    for (const auto& product : settings.promotions) tell(host, "promotion", product + " waits for the app");
-}
-
-void runStore(Host& host, Arguments given) {
-    auto& store = storeOf(host);
-    if (!given.empty()) {
-        const auto& state = given[0].text;
-        if (state != "online" && state != "offline")
-            throw Refusal(unknownName("state of the store", state, {"online", "offline"}));
-        ask([&] { store.setOffline(state == "offline"); });
-        return tell(host, "connection", state);
-    }
-    const auto settings = ask([&] { return store.settings(); });
-    tell(host, "clock", describe(ask([&] { return store.now(); })));
-    tell(host, "connection", settings.isOffline ? "offline" : "online");
-    tell(host, "catalogue", std::to_string(store.catalogue().products().size()) + " products");
-    for (const auto& subscription : ask([&] { return store.subscriptions(); }))
-        tell(host, "subscription", describe(subscription));
-    tellDecisions(host, settings);
 }
 
 } // namespace
@@ -220,11 +146,6 @@ std::vector<Command> storeCommands(Host& host) {
          [&host](Arguments given) { runRefund(host, given); }},
         {"advance", "DURATION", "let the store's clock jump ahead: 2h, 31d, 1w, 1y",
          [&host](Arguments given) { runAdvance(host, given); }},
-        {"catalogue", "", "show what the store sells", [&host](Arguments) { runCatalogue(host); }},
-        {"transactions", "", "show what was bought, and what is under way",
-         [&host](Arguments) { runTransactions(host); }},
-        {"store", "[online|offline]", "show how the store stands, or let nobody reach it for a while",
-         [&host](Arguments given) { runStore(host, given); }},
     };
     commands.insert(commands.end(), others.begin(), others.end());
     for (auto& command : commands) command.reachesFar = true;

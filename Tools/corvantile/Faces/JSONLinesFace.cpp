@@ -1,5 +1,7 @@
 #include "Tools/corvantile/Faces/JSONLinesFace.hpp"
 
+#include "Tools/corvantile/JSONText.hpp"
+
 #include <nlohmann/json.hpp>
 
 #include <ostream>
@@ -35,8 +37,6 @@ struct ToJSON {
 };
 
 JSON toJSON(const EventValue& value) { return std::visit(ToJSON(), value.variant()); }
-
-std::string dumped(const JSON& json) { return json.dump(-1, ' ', false, JSON::error_handler_t::replace); }
 
 } // namespace
 

@@ -3,7 +3,6 @@
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <ostream>
 #include <string_view>

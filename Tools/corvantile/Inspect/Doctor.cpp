@@ -136,13 +136,9 @@ private:
     void examineStore() {
         if (!state_.faultOf("store").empty()) return;
         if (!fs::exists(state_.store())) return right("store", "it has not been used yet");
-        try {
-            static_cast<void>(openState(state_.store(), StoreFile::format));
-            right("store", "opens");
-        } catch (const SqliteError& error) {
-            wrong("store",
-                  std::string(error.what()) + "; the next launch sets the file aside if it cannot be used");
-        }
+        const auto fault = faultOfStoreFile(state_.store());
+        if (fault.empty()) return right("store", "opens");
+        wrong("store", fault + "; the next launch sets the file aside if it cannot be used");
     }
 
     void examineKeychain() {

@@ -3,6 +3,7 @@
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/Inspect/Inspect.hpp"
 #include "Tools/corvantile/Inspect/StateCopy.hpp"
+#include "Tools/corvantile/JSONText.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -15,8 +16,6 @@ namespace corvantile::tool {
 namespace {
 
 using JSON = nlohmann::ordered_json;
-
-std::string dumped(const JSON& json) { return json.dump(-1, ' ', false, JSON::error_handler_t::replace); }
 
 struct Described {
     const char* kind;

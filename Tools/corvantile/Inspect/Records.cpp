@@ -2,6 +2,7 @@
 #include "Tools/corvantile/Inspect/Inspect.hpp"
 #include "Tools/corvantile/Inspect/StateCopy.hpp"
 #include "Tools/corvantile/Inspect/StoredValues.hpp"
+#include "Tools/corvantile/JSONText.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -15,15 +16,11 @@ namespace {
 
 using JSON = nlohmann::ordered_json;
 
-std::string dumped(const JSON& json, int indentation) {
-    return json.dump(indentation, ' ', false, JSON::error_handler_t::replace);
-}
-
 std::string jsonLine(const StoredValue& value) {
     JSON line{{"name", value.name}, {"bytes", value.size}};
     if (value.json) line[value.isRecord ? "record" : "value"] = JSON::parse(*value.json, nullptr, false);
     if (!value.fault.empty()) line["fault"] = value.fault;
-    return dumped(line, -1);
+    return dumped(line);
 }
 
 std::string textLines(const StoredValue& value) {
@@ -39,7 +36,7 @@ ExitCode showRecords(const InspectOptions& options, std::ostream& out) {
     const auto [values, fault] = readStoredValues(StateCopy(options.state));
     for (const auto& value : values) out << (options.json ? jsonLine(value) : textLines(value)) << '\n';
     if (!fault.empty())
-        out << (options.json ? dumped({{"fault", fault}}, -1) : "wrong: user defaults: " + fault) << '\n';
+        out << (options.json ? dumped({{"fault", fault}}) : "wrong: user defaults: " + fault) << '\n';
     else if (values.empty() && !options.json)
         out << "There are no records.\n";
     const bool allRead = std::all_of(values.begin(), values.end(),

@@ -2,7 +2,6 @@
 
 #include "Tools/corvantile/Refusal.hpp"
 
-#include <cstdint>
 #include <system_error>
 #include <utility>
 

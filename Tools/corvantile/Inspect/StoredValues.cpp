@@ -8,14 +8,13 @@
 #include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
 #include "Platform/Foundation/Base64.hpp"
-#include "Platform/Foundation/Console.hpp"
 #include "Tools/corvantile/Inspect/StateCopy.hpp"
+#include "Tools/corvantile/SilentConsole.hpp"
 
 #include <nlohmann/json.hpp>
 
 #include <memory>
 #include <string_view>
-#include <utility>
 #include <variant>
 
 namespace corvantile::tool {
@@ -23,11 +22,6 @@ namespace corvantile::tool {
 namespace {
 
 const std::string recordPrefix = std::string(DatabaseManipulating::prefix) + "_";
-
-class SilentConsole final : public Console {
-public:
-    void print(std::string_view) override {}
-};
 
 // A process of the app on the copy, whose framework opens the records as it always does.
 class RecordOpener {

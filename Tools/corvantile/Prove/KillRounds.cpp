@@ -2,7 +2,6 @@
 
 #include "Tools/corvantile/Interruption.hpp"
 #include "Tools/corvantile/Prove/PurchaseScenario.hpp"
-#include "Tools/corvantile/Prove/ScenarioPlay.hpp"
 #include "Tools/corvantile/Prove/ToolProcess.hpp"
 
 #include <fstream>

@@ -3,10 +3,10 @@
 #include "Tools/corvantile/Interruption.hpp"
 #include "Tools/corvantile/Prove/KillRounds.hpp"
 #include "Tools/corvantile/TemporaryFolder.hpp"
+#include "Tools/corvantile/TextTable.hpp"
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <iomanip>
 #include <ostream>
 
@@ -15,12 +15,6 @@ namespace corvantile::tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-std::string joined(const std::vector<std::string>& texts) {
-    std::string all;
-    for (const auto& text : texts) all += (all.empty() ? "" : ", ") + text;
-    return all;
-}
 
 struct Totals {
     std::size_t kills = 0, harmless = 0, losses = 0, faults = 0, repeatedGracePeriods = 0;
@@ -47,7 +41,7 @@ public:
         const auto& verdict = round.verdict;
         totals_.count(verdict);
         if (json_) return tellAsJSON(round);
-        auto lost = verdict.lost.empty() ? "nothing" : joined(verdict.lost);
+        auto lost = verdict.lost.empty() ? "nothing" : joined(verdict.lost, ", ");
         if (verdict.gracePeriodReports > 1) lost += "; the grace period is reported twice";
         showRow(std::to_string(round.number), round.moment, lost);
         for (const auto& fault : verdict.faults) out_ << "       BROKEN: " << fault << '\n';
@@ -111,7 +105,8 @@ ExitCode prove(const ProveOptions& options, std::ostream& out) {
     KillRounds rounds(folder.path());
     Report report(out, options.json);
     auto rehearsal = rounds.rehearse();
-    if (!rehearsal.lost.empty()) rehearsal.faults.push_back("lost without a kill: " + joined(rehearsal.lost));
+    if (!rehearsal.lost.empty())
+        rehearsal.faults.push_back("lost without a kill: " + joined(rehearsal.lost, ", "));
     report.begin(rounds.moments().size(), step);
     if (!rehearsal.faults.empty()) {
         report.tell({.moment = "never: the rehearsal", .verdict = rehearsal});

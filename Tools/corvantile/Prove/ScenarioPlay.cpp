@@ -1,41 +1,25 @@
 #include "Tools/corvantile/Prove/ScenarioPlay.hpp"
 
 #include "Corvantile/Corvantile.hpp"
-#include "Corvantile/Extension/UserDefaultsDatabase.hpp"
-#include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
-#include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
-#include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
-#include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
-#include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
-#include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
-#include "Corvantile/Plugin/Database/UserPreference.hpp"
-#include "CorvantileIAP/IAPReceiptPlugin.hpp"
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "DesktopPlatform/Foundation/SystemClock.hpp"
+#include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPluggable.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
 #include "LocalStore/LocalStore.hpp"
 #include "Platform/Application/UIApplication.hpp"
-#include "Platform/Foundation/Console.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/NSUserDefaults.hpp"
 #include "Platform/Store/SKPayment.hpp"
 #include "Platform/Store/SKPaymentQueue.hpp"
 #include "Platform/Store/SKPaymentTransaction.hpp"
-#include "Reactive/DisposeBag.hpp"
+#include "Tools/corvantile/Prove/ProofApp.hpp"
 #include "Tools/corvantile/Prove/PurchaseScenario.hpp"
-#include "Tools/corvantile/Prove/SteppedPorts.hpp"
 #include "Tools/corvantile/Prove/SteppedSink.hpp"
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
+#include <exception>
 #include <iostream>
+#include <memory>
 #include <set>
-#include <stdexcept>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 namespace corvantile::tool {
 
@@ -43,51 +27,20 @@ namespace {
 
 using std::chrono::hours;
 
-constexpr std::chrono::seconds patience{20};
-constexpr int hurry = 100;
-
-class SilentConsole final : public Console {
-public:
-    void print(std::string_view) override {}
-};
-
-DesktopOptions optionsOf(const ScenarioOptions& options, const std::shared_ptr<WriteSteps>& steps) {
-    DesktopOptions made{.bundleIdentifier = scenarioBundle,
-                        .stateFolder = stateIn(options.folder),
-                        .console = std::make_shared<SilentConsole>(),
-                        .adjust = {.isOffline = true}};
-    // The store's clock only jumps, and begins a day ahead: whatever midnight passes meanwhile, nothing was
-    // bought before the app's first day.
-    made.store = {.catalogue = options.catalogue, .clockRate = 0, .start = SystemClock().now() + hours(24)};
-    made.decorate = [steps](Ports& ports) {
-        stepThrough(ports, steps);
-        hurryTimers(ports, hurry);
-    };
-    return made;
-}
-
 WriteSteps::Listener noteIn(const std::filesystem::path& file) {
     if (file.empty()) return nullptr;
     return [file](const std::string& moment) { appendLine(file, moment); };
 }
 
-AdjustAnalyticComponent::EventTokens tokens() {
-    AdjustAnalyticComponent::EventTokens made{{totalEvent, totalEvent}, {graceEvent, graceEvent}};
-    for (const auto& stage : scenarioStages())
-        for (const auto& record : stage.records) made.emplace(record.event, record.event);
-    return made;
-}
-
 class ScenarioPlay {
 public:
     explicit ScenarioPlay(const ScenarioOptions& options)
-        : options_(options),
-          steps_(std::make_shared<WriteSteps>(options.kill, noteIn(options.moments))),
-          platform_(optionsOf(options, steps_)) {}
+        : steps_(std::make_shared<WriteSteps>(options.kill, noteIn(options.moments))),
+          app_(options, steps_) {}
 
     void play() {
         rememberMarkers();
-        launch();
+        app_.launch();
         for (const auto& stage : scenarioStages()) {
             take(stage);
             await(stage);
@@ -100,47 +53,13 @@ private:
     void rememberMarkers() {
         for (const auto& stage : scenarioStages())
             for (const auto& record : stage.records)
-                if (platform_.vault().load(record.marker, scenarioBundle))
+                if (app_.platform().vault().load(record.marker, scenarioBundle))
                     markedBefore_.insert(record.marker);
-    }
-
-    void launch() {
-        const auto router = std::make_shared<AnalyticPlugin>();
-        const auto database = std::make_shared<DatabasePlugin>();
-        std::vector<IAPReceiptPlugin::Product> products;
-        products.reserve(scenarioProducts().size());
-        for (const auto& product : scenarioProducts()) products.push_back({product});
-        auto& application = *platform_.ports().application;
-        application.setDelegate(
-            std::make_shared<PluggableApplicationDelegate>(PluggableApplicationDelegate::Plugins{
-                std::make_shared<UserPreference>(std::make_shared<UserDefaultsDatabase>()), database, router,
-                std::make_shared<FirstDatePlugin>(), std::make_shared<AdjustPlugin>("proofproof12", true),
-                std::make_shared<IAPReceiptPlugin>(std::move(products)),
-                std::make_shared<IAPReceiptTrackingPlugin>()}));
-        bag_.insert(database->isLoaded().subscribe([this](bool isLoaded) { isLoaded_ = isLoaded; }));
-        registerSinks(*router);
-        static_cast<void>(application.delegate()->didFinishLaunchingWithOptions(application, {}));
-        // Before anything else is written, so that the moments come in the same order each time.
-        await([this] { return isLoaded_.load(); }, "the records are loaded");
-        application.delegate()->didBecomeActive(application);
-    }
-
-    // The file comes last: what it has, all have.
-    void registerSinks(AnalyticPlugin& router) {
-        const auto told = [this, main = platform_.ports().queues->main()](const std::string& line) {
-            if (line == eventLine(graceEvent)) return;
-            ++heard_;
-            main->async([] {}); // wakes the loop, which asks what it waits for
-        };
-        router.registerComponents(
-            {std::make_shared<SteppedSink>("outbox", std::make_shared<AdjustAnalyticComponent>(tokens()),
-                                           steps_, nullptr),
-             std::make_shared<SteppedSink>("file", makeFileSink(sinkFileIn(options_.folder)), steps_, told)});
     }
 
     void take(const ScenarioStage& stage) {
         using Kind = ScenarioStage::Kind;
-        auto& store = platform_.store();
+        auto& store = app_.platform().store();
         switch (stage.kind) {
         case Kind::buy:
             if (isBought(stage.product)) break;
@@ -160,7 +79,7 @@ private:
             return Corvantile::queryAppDelegate<IAPReceiptTrackingPluggable>()->trackValidatedPurchase(
                 stage.product, std::nullopt);
         case Kind::reopen:
-            auto& application = *platform_.ports().application;
+            auto& application = *app_.platform().ports().application;
             application.delegate()->willResignActive(application);
             return application.delegate()->didBecomeActive(application);
         }
@@ -173,8 +92,8 @@ private:
 
     [[nodiscard]] bool isBought(const std::string& product) {
         const auto isOf = [&](const auto& item) { return item.productIdentifier == product; };
-        const auto purchases = platform_.store().purchases();
-        const auto waiting = platform_.store().transactions();
+        const auto purchases = app_.platform().store().purchases();
+        const auto waiting = app_.platform().store().transactions();
         return std::any_of(purchases.begin(), purchases.end(), isOf) ||
                std::any_of(waiting.begin(), waiting.end(), isOf);
     }
@@ -182,16 +101,11 @@ private:
     void await(const ScenarioStage& stage) {
         for (const auto& record : stage.records) {
             if (!markedBefore_.contains(record.marker)) awaited_ += static_cast<int>(linesOf(record).size());
-            await([this] { return heard_ >= awaited_; }, record.event + " is sent");
+            app_.await([this] { return app_.heard() >= awaited_; }, record.event + " is sent");
         }
         if (stage.beginsGracePeriod)
-            await([] { return NSUserDefaults::standardUserDefaults()->boolForKey(graceMarker); },
-                  "the grace period is reported");
-    }
-
-    void await(const std::function<bool()>& done, const std::string& what) {
-        if (!platform_.runMainLoopUntil(done, patience))
-            throw std::runtime_error("The proof has waited in vain until " + what);
+            app_.await([] { return NSUserDefaults::standardUserDefaults()->boolForKey(graceMarker); },
+                       "the grace period is reported");
     }
 
     void finishTransactions() {
@@ -201,14 +115,10 @@ private:
                  [&] { queue->finishTransaction(*transaction); });
     }
 
-    const ScenarioOptions options_;
     const std::shared_ptr<WriteSteps> steps_;
     std::set<std::string> markedBefore_;
     int awaited_ = 0; // lines that the last sink is to hear
-    std::atomic<bool> isLoaded_{false};
-    std::atomic<int> heard_{0};
-    DesktopPlatform platform_; // whose threads use what is above
-    rx::DisposeBag bag_;
+    ProofApp app_;
 };
 
 } // namespace

@@ -6,8 +6,6 @@
 #include "Platform/Foundation/Date.hpp"
 #include "Platform/Foundation/NSDecimalNumber.hpp"
 
-#include <cstdint>
-#include <map>
 #include <optional>
 #include <set>
 #include <string>

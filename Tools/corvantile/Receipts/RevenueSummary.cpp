@@ -1,5 +1,7 @@
 #include "Tools/corvantile/Receipts/RevenueSummary.hpp"
 
+#include "Tools/corvantile/TextTable.hpp"
+
 #include "Platform/Foundation/CalendarText.hpp"
 
 #include <algorithm>
@@ -12,11 +14,11 @@ namespace corvantile::tool {
 
 namespace {
 
-constexpr std::string_view month = "2024-01";
+constexpr std::string_view anyMonth = "2024-01";
 constexpr double longestBar = 40;
 constexpr std::size_t mostMonths = 240; // receipts may hold any date
 
-std::string monthOf(Date date) { return timestamp(date, std::chrono::seconds(0)).substr(0, month.size()); }
+std::string monthOf(Date date) { return timestamp(date, std::chrono::seconds(0)).substr(0, anyMonth.size()); }
 
 std::string monthAfter(const std::string& text) {
     const int number = std::stoi(text.substr(0, 4)) * 12 + std::stoi(text.substr(5));

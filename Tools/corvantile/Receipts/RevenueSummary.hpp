@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Tools/corvantile/Receipts/PurchaseExplanation.hpp"
-#include "Tools/corvantile/TextTable.hpp"
 
 #include <map>
 #include <string>

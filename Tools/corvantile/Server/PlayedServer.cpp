@@ -29,7 +29,7 @@ bool isOfEveryPackage(std::string_view field) {
     return std::find(names.begin(), names.end(), field) != names.end();
 }
 
-std::string joined(const Arrival& arrival, bool (*isLeftOut)(std::string_view)) {
+std::string requestLine(const Arrival& arrival, bool (*isLeftOut)(std::string_view)) {
     auto text = arrival.path;
     for (const auto& [name, value] : arrival.fields)
         if (!isLeftOut(name)) text.append(" ").append(name).append("=").append(shortened(value));
@@ -48,7 +48,7 @@ Arrival arrivalOf(const httplib::Request& request, const std::string& body) {
 } // namespace
 
 std::string describe(const Arrival& arrival) {
-    return joined(arrival, [](std::string_view) { return false; });
+    return requestLine(arrival, [](std::string_view) { return false; });
 }
 
 struct PlayedServer::Parts {
@@ -87,7 +87,8 @@ struct PlayedServer::Parts {
         }
         EventValue::Map fields{{"path", arrival.path},
                                {"fields", EventValue::Map(arrival.fields.begin(), arrival.fields.end())}};
-        reporter.tell("server", "arrived", "got " + joined(arrival, isOfEveryPackage), std::move(fields));
+        reporter.tell("server", "arrived", "got " + requestLine(arrival, isOfEveryPackage),
+                      std::move(fields));
     }
 
     void become(bool hangs, std::optional<ServiceAnswer> given) {

@@ -4,7 +4,6 @@
 #include "Tools/corvantile/FileText.hpp"
 
 #include <string_view>
-#include <utility>
 
 namespace corvantile::tool {
 
@@ -28,7 +27,7 @@ std::string offerText(const Catalogue& catalogue, const SubscriptionOffer& offer
     return priceText(offer.price, catalogue) + " for " + period;
 }
 
-EventValue::Map fieldsOf(const SubscriptionOffer& offer) {
+EventValue::Map offerFields(const SubscriptionOffer& offer) {
     return {{"mode", label(offer.mode)},
             {"period", describe(offer.period)},
             {"periods", offer.numberOfPeriods},
@@ -66,7 +65,8 @@ EventValue::Map fieldsOf(const Catalogue& catalogue, const CatalogueProduct& pro
     if (region) fields.emplace("region", *region);
     if (renews(product)) fields.emplace("period", describe(product.period));
     if (renews(product)) fields.emplace("group", product.groupIdentifier);
-    if (product.introductoryOffer) fields.emplace("introductoryOffer", fieldsOf(*product.introductoryOffer));
+    if (product.introductoryOffer)
+        fields.emplace("introductoryOffer", offerFields(*product.introductoryOffer));
     return fields;
 }
 

@@ -1,6 +1,7 @@
 #include "Tools/corvantile/Store/StoreText.hpp"
 
 #include "Platform/Foundation/NSDecimalNumber.hpp"
+#include "Tools/corvantile/Misread.hpp"
 #include "Tools/corvantile/NearestName.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 
@@ -47,7 +48,7 @@ std::chrono::duration<double> parseStoreDuration(std::string_view text) {
     for (const auto& unit : units)
         if (amount && text.substr(numberEnd) == unit.name)
             return std::chrono::duration<double>(amount->doubleValue() * unit.seconds);
-    throw Refusal("expected a duration, such as 31d, 2h, 1w or 1y, but found \"" + std::string(text) + "\"");
+    throw misread("a duration, such as 31d, 2h, 1w or 1y", text);
 }
 
 SKErrorCode parseFailure(const std::string& text) {

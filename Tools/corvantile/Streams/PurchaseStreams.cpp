@@ -17,7 +17,7 @@ namespace corvantile::tool {
 namespace {
 
 // For people the texts in one line, for programs the values.
-struct Listing {
+struct Told {
     Names texts;
     EventValue::List values;
 
@@ -32,7 +32,7 @@ Publication ofError(const std::exception_ptr& error) {
 }
 
 Publication ofProducts(const std::vector<std::shared_ptr<SKProduct>>& products) {
-    Listing list;
+    Told list;
     for (const auto& product : products) {
         const auto currency = product->priceLocale().currencyCode.value_or("");
         list.texts.push_back(product->productIdentifier() + " " + product->price().description() + " " +
@@ -48,7 +48,7 @@ Publication ofIdentifiers(const std::vector<std::string>& identifiers) {
 }
 
 Publication ofCategories(const std::vector<ProductCategory>& categories) {
-    Listing list;
+    Told list;
     for (const auto& [category, product, records] : categories) {
         const auto& name = product->productIdentifier();
         list.texts.push_back(name + " x " + std::to_string(records.size()));
@@ -61,7 +61,7 @@ Publication ofCategories(const std::vector<ProductCategory>& categories) {
 }
 
 Publication ofRenewals(const std::vector<RenewalInfo>& renewals) {
-    Listing list;
+    Told list;
     for (const auto& renewal : renewals) {
         EventValue::Map value{{"product", renewal.productID}};
         auto text = renewal.productID;
@@ -80,7 +80,7 @@ Publication ofRenewals(const std::vector<RenewalInfo>& renewals) {
 }
 
 Publication ofProblems(const IAPReceiptPlugin::Problems& problems) {
-    Listing list;
+    Told list;
     for (const auto& problem : problems) {
         list.texts.push_back(describe(problem));
         list.values.push_back(EventValue::Map{{"where", problem.where}, {"what", problem.what}});
@@ -98,7 +98,7 @@ std::string textOf(const SKPaymentTransaction& transaction) {
     return text;
 }
 
-EventValue::Map fieldsOf(const SKPaymentTransaction& transaction) {
+EventValue::Map transactionFields(const SKPaymentTransaction& transaction) {
     EventValue::Map fields{{"product", transaction.payment().productIdentifier()},
                            {"quantity", transaction.payment().quantity()},
                            {"state", labelOf(transaction.transactionState())}};
@@ -114,7 +114,7 @@ void tellBatch(Reporter& reporter, const char* kind, const char* verb,
     EventValue::List values;
     for (const auto& transaction : transactions) {
         texts.push_back(textOf(*transaction));
-        values.emplace_back(fieldsOf(*transaction));
+        values.emplace_back(transactionFields(*transaction));
     }
     reporter.tell("store", kind, std::string("the queue ") + verb + " " + listed(texts),
                   {{"transactions", std::move(values)}});

@@ -8,19 +8,19 @@ namespace corvantile::tool {
 
 namespace {
 
-Publication publicationOf(bool value) { return {value ? "true" : "false", value}; }
-Publication publicationOf(Date date) { return {describe(date), date}; }
-Publication publicationOf(const Application& record) {
+Publication published(bool value) { return {value ? "true" : "false", value}; }
+Publication published(Date date) { return {describe(date), date}; }
+Publication published(const Application& record) {
     return {describe(record), EventValue::Map{{"updatedTime", record.updatedTime}}};
 }
-Publication publicationOf(const Setting& record) {
+Publication published(const Setting& record) {
     return {describe(record),
             EventValue::Map{{"iapPolicy", EventValue::List(record.iapPolicy.begin(), record.iapPolicy.end())},
                             {"manageSubscriptionEnabled", record.manageSubscriptionEnabled},
                             {"reviewAppEnabled", record.reviewAppEnabled}}};
 }
 
-constexpr auto describeElement = [](const auto& element) { return publicationOf(element); };
+constexpr auto describeElement = [](const auto& element) { return published(element); };
 
 } // namespace
 

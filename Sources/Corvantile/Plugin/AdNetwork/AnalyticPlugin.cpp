@@ -1,11 +1,11 @@
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
 
 #include "Corvantile/Corvantile.hpp"
+#include "Corvantile/DebuggedStream.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 #include "Platform/FatalError.hpp"
 #include "Reactive/ConnectableObservable.hpp"
-#include "Reactive/DebugLabel.hpp"
 #include "Reactive/SerialDispatchQueueScheduler.hpp"
 
 #include <algorithm>
@@ -97,11 +97,9 @@ void AnalyticPlugin::flush() {
     const auto subject = events_.subject();
     if (!subject) return;
     // Left unconnected on purpose: hosts count on what was tracked before they had a sink staying unsent.
-    auto pipeline =
-        subject->replayAll().observeOn(rx::backgroundScheduler()).subscribeOn(rx::backgroundScheduler());
-    if (Corvantile::debug())
-        pipeline = pipeline.debug(
-            rx::debugLabel("Sources/Corvantile/Plugin/AdNetwork/AnalyticPlugin", 70, "flush()"));
+    const auto pipeline = debugged(
+        subject->replayAll().observeOn(rx::backgroundScheduler()).subscribeOn(rx::backgroundScheduler()),
+        "Sources/Corvantile/Plugin/AdNetwork/AnalyticPlugin", 70, "flush()");
     const auto weak = weak_from_this();
     // The subscription that this one replaces goes on.
     disposable_.exchange(pipeline.subscribe(

@@ -1,6 +1,7 @@
 #include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
 
 #include "Corvantile/Corvantile.hpp"
+#include "Corvantile/DebuggedStream.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
 #include "Corvantile/Plugin/Analytic/PurchaseDecision.hpp"
 #include "Corvantile/Plugin/Database/FirstDatePluggable.hpp"
@@ -13,7 +14,6 @@
 #include "Platform/Keychain/Locksmith.hpp"
 #include "Platform/Platform.hpp"
 #include "Reactive/CombineLatest.hpp"
-#include "Reactive/DebugLabel.hpp"
 #include "Reactive/SerialDispatchQueueScheduler.hpp"
 
 #include <algorithm>
@@ -51,12 +51,7 @@ bool claim(const std::string& key) {
     return Corvantile::dryRun() || saveMarker(key);
 }
 
-template <class Element>
-rx::Observable<Element> labelled(rx::Observable<Element> stream, int line, std::string_view function) {
-    if (!Corvantile::debug()) return stream;
-    return stream.debug(
-        rx::debugLabel("Sources/Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin", line, function));
-}
+constexpr std::string_view trackingPlugin = "Sources/Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin";
 
 // The categories with their records from the first date on, the first purchase first. An empty list counts
 // only after one that was not.
@@ -98,14 +93,14 @@ void IAPReceiptTrackingPlugin::trackReceipts() {
     const auto install = requireService<FirstDatePluggable>();
     const auto records = requireService<IAPReceiptPluggable>();
     const auto weak = weak_from_this();
-    disposable_.exchange(labelled(preparedCategories(*records, *install), 122, "trackReceipts()")
-                             .subscribe(
-                                 [weak, analytics](const Categories& prepared) {
-                                     if (const auto self = weak.lock())
-                                         self->reportRecords(prepared, *analytics);
-                                 },
-                                 ignoreError));
-    gracePeriodDisposable_.exchange(labelled(records->renewals(), 164, "trackReceipts()")
+    disposable_.exchange(
+        debugged(preparedCategories(*records, *install), trackingPlugin, 122, "trackReceipts()")
+            .subscribe(
+                [weak, analytics](const Categories& prepared) {
+                    if (const auto self = weak.lock()) self->reportRecords(prepared, *analytics);
+                },
+                ignoreError));
+    gracePeriodDisposable_.exchange(debugged(records->renewals(), trackingPlugin, 164, "trackReceipts()")
                                         .subscribe(
                                             [weak, analytics](const std::vector<RenewalInfo>& renewals) {
                                                 if (const auto self = weak.lock())
@@ -120,7 +115,8 @@ void IAPReceiptTrackingPlugin::trackValidatedPurchase(const std::string& product
     const auto install = requireService<FirstDatePluggable>();
     const auto records = requireService<IAPReceiptPluggable>();
     validationDisposable_.exchange(
-        labelled(preparedCategories(*records, *install), 59, "trackValidatedPurchase(productID:_:)")
+        debugged(preparedCategories(*records, *install), trackingPlugin, 59,
+                 "trackValidatedPurchase(productID:_:)")
             .subscribe(
                 [weak = weak_from_this(), analytics, productID, params](const Categories& prepared) {
                     if (const auto self = weak.lock())

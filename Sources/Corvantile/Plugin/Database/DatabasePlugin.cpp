@@ -1,13 +1,13 @@
 #include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
 
 #include "Corvantile/Corvantile.hpp"
+#include "Corvantile/DebuggedStream.hpp"
 #include "Corvantile/Extension/DatabaseManipulating.hpp"
 #include "Corvantile/Plugin/Database/UserPreferenceProtocol.hpp"
 #include "Corvantile/RequireService.hpp"
 #include "Platform/Foundation/Clock.hpp"
 #include "Platform/Foundation/NSError.hpp"
 #include "Platform/Platform.hpp"
-#include "Reactive/DebugLabel.hpp"
 #include "Reactive/SerialDispatchQueueScheduler.hpp"
 
 #include <type_traits>
@@ -17,11 +17,7 @@ namespace corvantile {
 
 namespace {
 
-template <class T>
-rx::Observable<T> debugged(rx::Observable<T> stream, int line, const char* function) {
-    if (!Corvantile::debug()) return stream;
-    return stream.debug(rx::debugLabel("Sources/Corvantile/Plugin/Database/DatabasePlugin", line, function));
-}
+constexpr std::string_view databasePlugin = "Sources/Corvantile/Plugin/Database/DatabasePlugin";
 
 template <class Record>
 std::string recordKey(const std::string& userID) {
@@ -47,10 +43,11 @@ bool DatabasePlugin::didFinishLaunchingWithOptions(UIApplication&, const LaunchO
     cryptor_ = std::dynamic_pointer_cast<DatabaseCryptor>(userPreference_);
     const auto scheduler = rx::backgroundScheduler();
     const auto loaded = userPreference_->isLoaded().take(1).subscribeOn(scheduler).observeOn(scheduler);
-    disposeBag_.insert(debugged(loaded, __LINE__, "application(_:didFinishLaunchingWithOptions:)")
-                           .subscribe([weak = weak_from_this()](bool) {
-                               if (const auto self = weak.lock()) self->loadData();
-                           }));
+    disposeBag_.insert(
+        debugged(loaded, databasePlugin, __LINE__, "application(_:didFinishLaunchingWithOptions:)")
+            .subscribe([weak = weak_from_this()](bool) {
+                if (const auto self = weak.lock()) self->loadData();
+            }));
     return true;
 }
 
@@ -125,7 +122,7 @@ void DatabasePlugin::resetApplication() {
     const auto records =
         applicationSubject_.observeOn(rx::backgroundScheduler()).subscribeOn(rx::backgroundScheduler());
     // The first element only: the record emitted below would begin the reset anew, for ever.
-    const auto first = debugged(records, __LINE__, "resetApplication()").take(1);
+    const auto first = debugged(records, databasePlugin, __LINE__, "resetApplication()").take(1);
     disposeBag_.insert(first.subscribe([weak = weak_from_this()](const Application&) {
         const auto self = weak.lock();
         if (!self) return;

@@ -17,8 +17,8 @@ namespace corvantile {
 
 namespace {
 
-constexpr std::string_view account = "realm_encryption_key";
-constexpr std::string_view entry = "key";
+constexpr std::string_view keyAccount = "realm_encryption_key";
+constexpr std::string_view keyEntry = "key";
 constexpr std::size_t partLength = 16; // characters
 
 // Random bytes that leave no copy behind in memory: writes through volatile are not optimised away.
@@ -41,16 +41,16 @@ private:
 };
 
 std::optional<std::string> storedKey() {
-    const auto stored = Locksmith::loadDataForUserAccount(account);
+    const auto stored = Locksmith::loadDataForUserAccount(keyAccount);
     if (!stored) return std::nullopt;
-    const auto found = stored->find(entry);
+    const auto found = stored->find(keyEntry);
     const auto* const text = found == stored->end() ? nullptr : found->second.as<std::string>();
     return text == nullptr ? std::nullopt : std::optional(*text);
 }
 
 void keep(const std::string& key) {
     try {
-        Locksmith::saveData({{std::string(entry), key}}, account);
+        Locksmith::saveData({{std::string(keyEntry), key}}, keyAccount);
     } catch (const NSError&) {
         // The key then lives for this process only: without it the app could store nothing at all.
     }

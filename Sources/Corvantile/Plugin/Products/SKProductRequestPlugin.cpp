@@ -1,9 +1,8 @@
 #include "Corvantile/Plugin/Products/SKProductRequestPlugin.hpp"
 
-#include "Corvantile/Corvantile.hpp"
+#include "Corvantile/DebuggedStream.hpp"
 #include "CorvantileIAP/InappHelper.hpp"
 #include "Platform/FatalError.hpp"
-#include "Reactive/DebugLabel.hpp"
 #include "Reactive/SerialDispatchQueueScheduler.hpp"
 
 namespace corvantile {
@@ -13,12 +12,7 @@ namespace {
 // Answers in a row that a watch looks at, a replayed one included.
 constexpr int watchedLists = 3;
 
-template <class T>
-rx::Observable<T> debugged(rx::Observable<T> stream, int line, const char* function) {
-    if (!Corvantile::debug()) return stream;
-    return stream.debug(
-        rx::debugLabel("Sources/Corvantile/Plugin/Products/SKProductRequestPlugin", line, function));
-}
+constexpr std::string_view requestPlugin = "Sources/Corvantile/Plugin/Products/SKProductRequestPlugin";
 
 } // namespace
 
@@ -45,7 +39,7 @@ void SKProductRequestPlugin::cancel() {
 // is empty; the request that follows then takes that one's place.
 void SKProductRequestPlugin::loadSKProducts() {
     const auto watch = reloadDisposable_.beginWatch();
-    const auto lists = debugged(productsSubject_.take(watchedLists), 41, "loadSKProducts()");
+    const auto lists = debugged(productsSubject_.take(watchedLists), requestPlugin, 41, "loadSKProducts()");
     // A watch that this one replaces is not ended, but has nothing to say any more.
     loadDisposable_.exchange(lists.subscribe([weak = weak_from_this(), watch](const Products& products) {
         if (!products.empty()) return;
@@ -63,7 +57,7 @@ void SKProductRequestPlugin::request(std::optional<Watch> watch) {
     const auto answers = InappHelper::request(productIdentifiers_)
                              .observeOn(rx::backgroundScheduler())
                              .subscribeOn(rx::backgroundScheduler());
-    reloadDisposable_.keep(*turn, indicator_.trackActivity(debugged(answers, 76, "reload()"))
+    reloadDisposable_.keep(*turn, indicator_.trackActivity(debugged(answers, requestPlugin, 76, "reload()"))
                                       .subscribe(
                                           [weak = weak_from_this()](const Products& products) {
                                               if (const auto self = weak.lock()) self->publish(products);

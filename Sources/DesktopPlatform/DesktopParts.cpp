@@ -1,0 +1,115 @@
+#include "DesktopPlatform/DesktopParts.hpp"
+
+#include "Crypto/OpenSSLCryptor.hpp"
+#include "Crypto/OpenSSLRandom.hpp"
+#include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
+#include "DesktopPlatform/Ads/LocalAds.hpp"
+#include "DesktopPlatform/Application/HostApplication.hpp"
+#include "DesktopPlatform/Application/LocalDevice.hpp"
+#include "DesktopPlatform/Foundation/DescriptorConsole.hpp"
+#include "DesktopPlatform/Foundation/FolderBundle.hpp"
+#include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
+#include "DesktopPlatform/Foundation/SystemClock.hpp"
+#include "DesktopPlatform/Keychain/Vault.hpp"
+#include "DesktopPlatform/Network/CurlHTTPClient.hpp"
+#include "DesktopPlatform/Network/HTTPRoutes.hpp"
+#include "DesktopPlatform/Queues/DesktopQueues.hpp"
+#include "DesktopPlatform/Store/DesktopStore.hpp"
+#include "LocalStore/LocalStore.hpp"
+#include "LocalStore/Ports/LocalPaymentQueue.hpp"
+#include "LocalStore/Ports/LocalStoreRequests.hpp"
+#include "Platform/FatalError.hpp"
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <thread>
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+using Background = std::function<void(std::function<void()>)>;
+
+// Two at least: an item that waits for the disk must not hold up every other queue.
+unsigned workerCount() { return std::clamp(std::thread::hardware_concurrency(), 2U, 4U); }
+
+std::shared_ptr<Console> consoleOf(const DesktopOptions& options) {
+    if (options.console) return options.console;
+    return std::make_shared<DescriptorConsole>(options.consoleDescriptor);
+}
+
+std::shared_ptr<HTTPRoutes> routesOf(const DesktopOptions& options) {
+    auto routes = std::make_shared<HTTPRoutes>();
+    for (const auto& [origin, base] : options.httpRoutes)
+        if (!routes->set(origin, base))
+            fatalError("No route can lead from '" + origin + "' to '" + base + "'.");
+    return routes;
+}
+
+// Empty where nothing lasts.
+std::filesystem::path inState(const DesktopOptions& options, const char* name) {
+    return options.stateFolder.empty() ? options.stateFolder : options.stateFolder / name;
+}
+
+// Work that waits for the disk has a queue, so that it ends as queues do: unrun.
+Background inBackground(DispatchQueues& queues, const std::string& label) {
+    return [queue = queues.makeSerial(label, QualityOfService::background)](std::function<void()> work) {
+        queue->async(std::move(work));
+    };
+}
+
+} // namespace
+
+DesktopPlatform::Parts::Parts()
+    : executors(std::make_shared<Executors>(workerCount())),
+      reachability(std::make_shared<NetlinkReachabilityManagers>(executors->workers())) {}
+
+DesktopPlatform::Parts::~Parts() = default;
+
+Ports DesktopPlatform::Parts::ports(const DesktopOptions& options) {
+    const auto console = consoleOf(options);
+    const auto queues = std::make_shared<DesktopQueues>(executors);
+    vault =
+        std::make_shared<Vault>(VaultOptions{.folder = inState(options, "keychain"),
+                                             .console = console,
+                                             .reportsUnreadableEntries = options.reportsUnreadableEntries,
+                                             .inBackground = inBackground(*queues, "corvantile.keychain")});
+    userDefaults = std::make_shared<SQLiteUserDefaults>(
+        UserDefaultsOptions{.file = inState(options, "user-defaults.sqlite"),
+                            .console = console,
+                            .inBackground = inBackground(*queues, "corvantile.user-defaults")});
+    httpRoutes = routesOf(options);
+    http = std::make_shared<CurlHTTPClient>(httpRoutes);
+    ads = std::make_shared<LocalAds>(options.ads);
+    Ports made{.application = std::make_shared<HostApplication>(),
+               .device = std::make_shared<LocalDevice>(options.stateFolder, options.systemVersion),
+               .mainBundle = std::make_shared<FolderBundle>(options.bundleIdentifier, options.resourceFolder,
+                                                            inState(options, "receipt")),
+               .queues = queues,
+               .clock = std::make_shared<SystemClock>(),
+               .console = console,
+               .reachability = reachability,
+               .keychain = vault,
+               .userDefaults = userDefaults,
+               .random = std::make_shared<OpenSSLRandom>(),
+               .cryptor = std::make_shared<OpenSSLCryptor>(),
+               .http = http,
+               .attribution = ads,
+               .advertising = ads};
+    adjust = std::make_shared<OutboxAdjust>(inState(options, "outbox.sqlite"), options.adjust, made);
+    made.adjust = adjust;
+    addStore(made, options);
+    if (options.decorate) options.decorate(made);
+    return made;
+}
+
+void DesktopPlatform::Parts::addStore(Ports& made, const DesktopOptions& options) {
+    store =
+        makeDesktopStore(options, made.clock, made.console, inBackground(*made.queues, "corvantile.store"));
+    made.paymentQueue = LocalPaymentQueue::make(store, made.queues->main(), made.console);
+    made.storeRequests = std::make_shared<LocalStoreRequests>(store);
+}
+
+} // namespace corvantile

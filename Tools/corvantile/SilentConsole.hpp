@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Platform/Foundation/Console.hpp"
+
+#include <string_view>
+
+namespace corvantile::tool {
+
+class SilentConsole final : public Console {
+public:
+    void print(std::string_view) override {}
+};
+
+} // namespace corvantile::tool
