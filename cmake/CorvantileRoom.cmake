@@ -38,7 +38,6 @@ function(corvantile_room)
     CXX_EXTENSIONS OFF
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
-    VERIFY_INTERFACE_HEADER_SETS ON
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   # A shared room names every library that it calls, so a symbol that another room hides is missed here, not at the user's.

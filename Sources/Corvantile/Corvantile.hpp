@@ -17,7 +17,8 @@ public:
     [[nodiscard]] static bool debug();
     static void setDebug(bool debug);
 
-    // Events go to the console only, and no transaction is marked as reported. Off until set.
+    // Events go to the console only (reports of subscriptions to every sink still), and no transaction is
+    // marked as reported. Off until set.
     [[nodiscard]] static bool dryRun();
     static void setDryRun(bool dryRun);
 

@@ -81,6 +81,8 @@ TEST_F(Router, DeliversToEverySinkThatAcceptsAsOftenAsItIsRegisteredFirstRegiste
     EXPECT_THAT(delivered("loud"), ElementsAre("a: loud", "b: loud", "a: loud", "a: loud 4.99 USD",
                                                "b: loud 4.99 USD", "a: loud 4.99 USD"));
     EXPECT_THAT(delivered("quiet"), ElementsAre("b: quiet", "b: quiet 4.99 USD"));
+    for (const auto* const name : {"Quiet", "QUIET", "quie", "quiet_", "_quiet", ""})
+        EXPECT_THAT(delivered(name), SizeIs(6)) << name;
     for (int i = 0; i < 40; ++i) router_->registerComponents({first});
     EXPECT_EQ(delivered("loud").size(), 86u);
 }

@@ -34,14 +34,16 @@ protected:
 };
 
 TEST_F(Printing, FramesAnEventInOneQuotedLine) {
+    const AnalyticEvent event("store");
+    const auto plain = printed(event);
     EXPECT_THAT(
-        printed(AnalyticEvent("store")),
-        ElementsAre(R"("\n<-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+--+->\n[OSTREL LABS] TRACKED EVENT\n\n)"
-                    R"({\n  \"eventName\" : \"store\"\n})"
-                    R"(\n<-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+--+->\n")"));
+        plain, ElementsAre(R"("\n<-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+--+->\n[OSTREL LABS] TRACKED EVENT\n\n)"
+                           R"({\n  \"eventName\" : \"store\"\n})"
+                           R"(\n<-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+--+->\n")"));
 
     component_.trackIAPSubs(NSDecimalNumber(), "USD", "1", std::nullopt, std::nullopt);
-    EXPECT_EQ(lines().size(), 1u);
+    component_.track(event, NSDecimalNumber(5), "USD");
+    EXPECT_THAT(lines(), ElementsAre(plain.at(0), plain.at(0))) << "revenue is not shown";
 }
 
 TEST_F(Printing, WritesParametersAsPrettyJSON) {
@@ -85,6 +87,12 @@ TEST_F(Printing, PrintsNothingOfAnEventThatJSONCannotHold) {
     }
     EXPECT_THAT(printed(withParams({{"\xFF", 1}})), IsEmpty());
     EXPECT_THAT(printed(AnalyticEvent("\xFF")), IsEmpty());
+}
+
+TEST_F(Printing, KeepsEveryNameThatItIsToIgnore) {
+    component_.ignore({"b", "a"});
+    component_.ignore({"b"});
+    EXPECT_THAT(component_.ignoredEventNames(), ElementsAre("b", "a", "b"));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "Corvantile/Plugin/Products/ConsumablePlugin.hpp"
 
+#include "Corvantile/Plugin/Products/ConsumableItem.hpp"
 #include "TestPlatform/ScriptedStore.hpp"
 #include "Tests/Corvantile/ProcessTest.hpp"
 
@@ -35,6 +36,13 @@ TEST_F(Consumables, ArePublishedForEveryBatchAndEveryPurchaseIsFinished) {
         EXPECT_THAT(told, testing::ElementsAre(published));
         EXPECT_EQ(store.finishes().size(), finished);
     }
+}
+
+TEST_F(Consumables, AreIdentifiedByTheBundleAndTheirKey) {
+    const ConsumableItem gems("gems", "A bag of gems");
+    EXPECT_EQ(gems.identifier(), "com.example.app.gems");
+    const auto nameless = TestPlatform::launch(device_, {.bundleIdentifier = ""});
+    EXPECT_EQ(gems.identifier(), ".gems");
 }
 
 } // namespace

@@ -161,6 +161,21 @@ TEST_F(IAPReceiptTracking, ReplacesPassesWithoutEndingThemAndEndsTheLastOnResign
     EXPECT_THAT(host_.platform->console().lines(), IsEmpty()); // nor is the failure told
 }
 
+using IAPReceiptTrackingDeathTest = IAPReceiptTracking;
+
+TEST_F(IAPReceiptTrackingDeathTest, EndsTheProcessOverTheFirstServiceThatIsMissing) {
+    const std::pair<PluggableApplicationDelegate::Plugins, const char*> cases[] = {
+        {{}, "AnalyticPluggable"},
+        {{host_.router}, "FirstDatePluggable"},
+        {{host_.router, host_.firstDate}, "IAPReceiptPluggable"}};
+    for (const auto& [plugins, missing] : cases) {
+        const auto fatal = HasSubstr("Fatal error: This service require " + std::string(missing) + ".\n");
+        Corvantile::setAppDelegate(std::make_shared<PluggableApplicationDelegate>(plugins));
+        EXPECT_DEATH(host_.activate(), fatal);
+        EXPECT_DEATH(host_.plugin->trackValidatedPurchase("pro", std::nullopt), fatal);
+    }
+}
+
 TEST(IAPReceiptTrackingPasses, SendEachTransactionOnceInWhateverOrderTheirQueuesRun) {
     const auto play = [](std::uint64_t seed) {
         TestDevice device;

@@ -1,9 +1,14 @@
 #include "Corvantile/Extension/AESText.hpp"
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
+#include "Corvantile/Plugin/Database/ApplicationState.hpp"
 #include "Corvantile/Plugin/Database/Setting.hpp"
 #include "Platform/Foundation/NSError.hpp"
 #include "Platform/Foundation/NSUserDefaults.hpp"
 #include "Tests/Corvantile/ProcessTest.hpp"
+
+#include <limits>
+#include <string>
+#include <vector>
 
 namespace corvantile {
 namespace {
@@ -51,6 +56,8 @@ TEST_F(RecordStore, RemovesTheKeyWhenThereIsNothingSealedToStore) {
 TEST_F(RecordStore, ThrowsForWhatItCannotEncodeAndLeavesTheStoredValueAlone) {
     device_.defaults().set("appconfig_k", "old");
     EXPECT_THROW(store_.setObject(Unencodable(), "k", &cryptor_), NSError);
+    const Date never{std::numeric_limits<double>::infinity()};
+    EXPECT_THROW(store_.setObject(Application{never}, "k", &cryptor_), NSError);
     try {
         store_.setObject(std::optional<Setting>(), "k", &cryptor_);
         ADD_FAILURE() << "was stored";
@@ -59,6 +66,20 @@ TEST_F(RecordStore, ThrowsForWhatItCannotEncodeAndLeavesTheStoredValueAlone) {
                   "Error Domain=sdad Code=1 \"error type\" UserInfo={NSLocalizedDescription=error type}");
     }
     EXPECT_THAT(stored(), UnorderedElementsAre(Pair("appconfig_k", NSUserDefaults::Value("old"))));
+}
+
+TEST_F(RecordStore, TakesWhateverJSONHolds) {
+    const ApplicationState mirror(Application{Date{12.5}});
+    const auto text = [&](const auto& value) {
+        store_.setObject(value, "k", &cryptor_);
+        const auto stored = store_.getData("k", &cryptor_);
+        return stored.value_or("nothing");
+    };
+    EXPECT_EQ(text(mirror), R"({"primaryID":0,"updatedTime":12.5})");
+    EXPECT_EQ(text(std::vector<std::string>{"a\"", ""}), R"(["a\"",""])");
+    EXPECT_EQ(text(std::vector<std::vector<int>>{{1, -2}, {}}), "[[1,-2],[]]");
+    EXPECT_EQ(text(true), "true");
+    EXPECT_EQ(text(0.25), "0.25");
 }
 
 TEST_F(RecordStore, ReadsPlainTextWithoutACryptor) {

@@ -6,6 +6,8 @@
 #include "TestPlatform/ScriptedStore.hpp"
 #include "Tests/Corvantile/ProcessTest.hpp"
 
+#include <exception>
+
 namespace corvantile {
 namespace {
 
@@ -13,18 +15,37 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using State = SKPaymentTransactionState;
 
+// An error that shows how many transactions are finished by the time it is logged.
+class FinishesShown final : public std::exception {
+public:
+    explicit FinishesShown(const ScriptedStore& store) : store_(&store) {}
+    const char* what() const noexcept override {
+        text_ = std::to_string(store_->finishes().size()) + " finished";
+        return text_.c_str();
+    }
+
+private:
+    const ScriptedStore* store_;
+    mutable std::string text_;
+};
+
 class Promotion : public ProcessTest {
 protected:
     Promotion() {
-        plugin_->isProductReady().subscribe([this](bool) { trace_.push_back("ready " + held()); });
-        plugin_->isFinished().subscribe([this](bool) { trace_.push_back("finished " + held()); });
+        listen();
         EXPECT_TRUE(plugin_->didFinishLaunchingWithOptions(*UIApplication::shared(), {}));
         platform_->runUntilIdle();
     }
 
+    void listen() {
+        plugin_->isProductReady().subscribe([this](bool) { trace_.push_back("ready " + held()); });
+        plugin_->isFinished().subscribe([this](bool) { trace_.push_back("finished " + held()); });
+    }
     ScriptedStore& store() { return platform_->store(); }
     std::string held() const {
-        return plugin_->product() && plugin_->payment() ? plugin_->payment()->productIdentifier() : "nothing";
+        const auto name = [](const auto& it) { return it ? it->productIdentifier() : "nothing"; };
+        const auto product = name(plugin_->product()), paid = name(plugin_->payment());
+        return product == paid ? product : product + " paid as " + paid;
     }
     // The payment stays open: batches are the test's.
     void promote(const std::string& product) {
@@ -54,6 +75,8 @@ TEST_F(Promotion, HoldsTheLatestProductAndLetsTheStoreGoOn) {
 
     EXPECT_THAT(news(), ElementsAre("ready silver", "ready gold"));
     EXPECT_EQ(store().transactions().size(), 3u); // the two payments were added
+    listen();
+    EXPECT_THAT(news(), ElementsAre("ready gold")) << "whoever comes late hears the latest";
 }
 
 TEST_F(Promotion, ForgetsWhatWasPurchasedBeforeItSignalsAndKeepsWhatFailed) {
@@ -64,6 +87,8 @@ TEST_F(Promotion, ForgetsWhatWasPurchasedBeforeItSignalsAndKeepsWhatFailed) {
     deliver({make("gold"), make("gold", State::failed)});
     EXPECT_THAT(news(), ElementsAre("finished nothing"));
     EXPECT_EQ(store().finishes().size(), 4u);
+    listen();
+    EXPECT_THAT(news(), ElementsAre("ready nothing", "finished nothing"));
 }
 
 TEST_F(Promotion, LeavesABatchThatHoldsAnythingElseToOthers) {
@@ -88,12 +113,12 @@ TEST_F(Promotion, LogsEachTransactionOnceAllAreFinished) {
             SKPaymentTransaction::Facts{payment, state, std::move(identifier), {}, std::move(error)});
     };
     const auto error = std::make_exception_ptr(NSError("D", 7));
-    const auto shown = describe(error);
     deliver({bare(State::failed, {}, error), // an error shows even without an identifier
-             bare(State::failed, "1", error), bare(State::purchased, "\"2\""), bare(State::purchased, {})});
+             bare(State::failed, "1", std::make_exception_ptr(FinishesShown(store()))),
+             bare(State::purchased, "\"2\""), bare(State::purchased, {})});
 
-    EXPECT_THAT(platform_->console().lines(), ElementsAre(shown, shown, "\"Transaction (1) is failed.\"",
-                                                          "\"Transaction (\\\"2\\\") is purchased.\""));
+    EXPECT_THAT(lines(), ElementsAre(describe(error), "4 finished", "\"Transaction (1) is failed.\"",
+                                     "\"Transaction (\\\"2\\\") is purchased.\""));
 }
 
 } // namespace

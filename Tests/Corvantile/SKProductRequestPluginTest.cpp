@@ -28,9 +28,9 @@ std::string listText(const StoreRequests::Products& products) {
 // A store and the plug-in that asks it.
 struct Catalogue {
     explicit Catalogue(std::uint64_t seed = 0) : platform(TestPlatform::launch(device, {.seed = seed})) {
-        plugin->products().subscribe([this](const auto& products) { trace.push_back(listText(products)); });
+        plugin->products().subscribe([this](const auto& products) { note(listText(products)); });
         plugin->error().subscribe(
-            [this](const std::exception_ptr& error) { trace.push_back(error ? "error" : "no error"); });
+            [this](const std::exception_ptr& error) { note(error ? "error" : "no error"); });
         plugin->isLoading().subscribe([this](bool isLoading) { loading.push_back(isLoading); });
     }
 
@@ -48,6 +48,10 @@ struct Catalogue {
         platform->runUntilIdle();
         const auto count = store().productRequests().size();
         return count - std::exchange(seenRequests, count);
+    }
+    void note(std::string answer) {
+        EXPECT_FALSE(DispatchQueue::main()->isCurrent()); // it is for screens to move over to main
+        trace.push_back(std::move(answer));
     }
     Trace news() { return std::exchange(trace, {}); }
     void afterTurns(int turns, std::function<void()> act) {
@@ -96,6 +100,16 @@ TEST(ProductCatalogue, IsAskedForFourTimesFromAColdStartWithoutProductsAndThreeT
         catalogue.activate(); // the list of before is replayed to the watch
         EXPECT_EQ(catalogue.requests(), 3u);
     }
+}
+
+TEST(ProductCatalogue, CountsAListWithProductsAmongTheThreeAnswersThatAWatchLooksAt) {
+    Catalogue catalogue;
+    catalogue.sell();
+    catalogue.activate();
+    EXPECT_EQ(catalogue.requests(), 1u);
+    catalogue.failNext(10);
+    catalogue.plugin->reload();
+    EXPECT_EQ(catalogue.requests(), 3u); // two empty lists are followed by another request, the third is not
 }
 
 TEST(ProductCatalogue, KeepsLoadingWhenActivatedAgainAndStopsWhenResignedOrGone) {

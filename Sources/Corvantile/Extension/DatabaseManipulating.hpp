@@ -26,15 +26,16 @@ public:
     // Throws NSError "sdad" / 1 when there is no value or its type has no encoder, and whatever the encoder
     // throws. A value that cannot be encrypted, or comes without a cryptor, removes the key instead.
     template <class T>
-    void setObject(const std::optional<T>& value, std::string_view key, DatabaseCryptor* with) {
-        if constexpr (Encodable<T>) {
-            if (value) return setText(toString(*value), key, with);
-        }
-        throwTypeError();
+    void setObject(const T& value, std::string_view key, DatabaseCryptor* with) {
+        if constexpr (Encodable<T>)
+            setText(toString(value), key, with);
+        else
+            throwTypeError();
     }
     template <class T>
-    void setObject(const T& value, std::string_view key, DatabaseCryptor* with) {
-        setObject(std::optional<T>(value), key, with);
+    void setObject(const std::optional<T>& value, std::string_view key, DatabaseCryptor* with) {
+        if (!value) throwTypeError();
+        setObject(*value, key, with);
     }
 
     // `decoding`: from the record's JSON to an optional T. nullopt when nothing is stored, or what is stored

@@ -6,13 +6,38 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // How records become JSON text and get their names. A record takes part by a free function in its namespace,
 // `std::string encodeJSON(const Record&)`, which may throw NSError, and by a constant `typeName`.
 namespace corvantile {
 
-// A JSON string.
+namespace detail {
+[[nodiscard]] CORVANTILE_API std::string encodeReal(double value);
+}
+
+// Plain values, and lists of whatever takes part. What JSON cannot hold is refused: text that is no
+// UTF-8, a number that is not finite.
 [[nodiscard]] CORVANTILE_API std::string encodeJSON(const std::string& text);
+template <std::same_as<bool> Boolean>
+[[nodiscard]] std::string encodeJSON(Boolean value) {
+    return value ? "true" : "false";
+}
+template <std::integral Integer>
+requires(!std::same_as<Integer, bool>) [[nodiscard]] std::string encodeJSON(Integer value) {
+    return std::to_string(value);
+}
+template <std::same_as<double> Real>
+[[nodiscard]] std::string encodeJSON(Real value) {
+    return detail::encodeReal(value);
+}
+
+template <class Element>
+[[nodiscard]] std::string encodeJSON(const std::vector<Element>& list) {
+    std::string json;
+    for (const auto& element : list) json.append(json.empty() ? "[" : ",").append(encodeJSON(element));
+    return json.empty() ? "[]" : json + "]";
+}
 
 template <class T>
 concept Encodable = requires(const T& value) {

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <utility>
 
-#include <linux/if.h>
-#include <linux/if_arp.h>
 #include <linux/rtnetlink.h>
+#include <net/if.h>
+#include <net/if_arp.h>
 #include <sys/socket.h>
 
 namespace corvantile {

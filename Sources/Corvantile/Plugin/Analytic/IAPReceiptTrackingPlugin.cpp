@@ -69,7 +69,7 @@ void trackSubscription(const PurchaseDecision& decision, AnalyticPluggable& anal
                            decision.region);
 }
 
-// The stream has ended; the next activation begins another.
+// The stream has ended; the next activation, or call of the host, begins another.
 constexpr auto ignoreError = [](const std::exception_ptr&) {};
 
 } // namespace

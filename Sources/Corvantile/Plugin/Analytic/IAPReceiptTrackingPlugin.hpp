@@ -18,13 +18,13 @@ struct PurchaseDecision;
 struct RenewalInfo;
 
 // Turns the user's purchase records into events, each transaction's at most once: a marker in the keychain is
-// saved first, and where it cannot be, nothing is sent. Only in a dry run nothing is marked, so that every
-// pass reports again. Each activation begins a pass over what is bought and will be; passes may overlap, and
-// the keychain's refusal to save a marker twice decides between them. No pass begins at an activation in
-// debug mode without a dry run. Needs an AnalyticPluggable, a FirstDatePluggable and an IAPReceiptPluggable
-// among the host's plug-ins: their lack is fatal. A marker that cannot be saved goes to HostCore::omitBlock.
-// Threads: events are sent from background queues, those of grace periods from where renewals are published.
-// Held by shared_ptr, as plug-ins are.
+// saved first, and where it cannot be, nothing is sent. In a dry run no transaction is marked, so that
+// every pass reports again; a grace period is marked even then. Each activation begins a pass over what is
+// bought and will be; passes may overlap, and the keychain's refusal to save a marker twice decides between
+// them. No pass begins at an activation in debug mode without a dry run. Needs an AnalyticPluggable, a
+// FirstDatePluggable and an IAPReceiptPluggable among the host's plug-ins: their lack is fatal. A marker that
+// cannot be saved goes to HostCore::omitBlock. Threads: events are sent from background queues, those of
+// grace periods from where renewals are published. Held by shared_ptr, as plug-ins are.
 class CORVANTILE_API IAPReceiptTrackingPlugin final
     : public IAPReceiptTrackingPluggable,
       public std::enable_shared_from_this<IAPReceiptTrackingPlugin> {

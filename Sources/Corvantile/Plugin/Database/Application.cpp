@@ -5,7 +5,7 @@
 namespace corvantile {
 
 std::string encodeJSON(const Application& application) {
-    return recordjson::write({{"updatedTime", application.updatedTime.secondsSinceReference}});
+    return recordjson::write({{"updatedTime", recordjson::dateValue(application.updatedTime)}});
 }
 
 std::optional<Application> Application::fromJSON(std::string_view json) {

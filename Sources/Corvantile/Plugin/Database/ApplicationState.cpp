@@ -35,7 +35,7 @@ std::shared_ptr<ApplicationState> ApplicationState::fromJSON(std::string_view js
 
 std::string encodeJSON(const ApplicationState& state) {
     return recordjson::write(
-        {{"primaryID", state.primaryID()}, {"updatedTime", state.updatedTime().secondsSinceReference}});
+        {{"primaryID", state.primaryID()}, {"updatedTime", recordjson::dateValue(state.updatedTime())}});
 }
 
 } // namespace corvantile

@@ -20,7 +20,7 @@ public:
 
     [[nodiscard]] virtual rx::Observable<Application> application() = 0;
     [[nodiscard]] virtual rx::Observable<Setting> setting() = 0;
-    // True once every record was loaded, or stood in for by its default.
+    // True once every record was loaded, or stood in for by its default, or neither could be done.
     [[nodiscard]] virtual rx::Observable<bool> isLoaded() = 0;
 
     // Emits the record, then stores it. Nothing happens while none is stored or there is no user.

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -18,13 +19,23 @@ namespace corvantile::recordjson {
 
 using Object = nlohmann::ordered_json;
 
+[[noreturn]] inline void refuse(const char* why) {
+    throw NSError("corvantile.json", 1, {{NSError::localizedDescriptionKey, why}});
+}
+
 // What nlohmann throws becomes the framework's own error at this edge.
 [[nodiscard]] inline std::string write(const Object& object) {
     try {
         return object.dump();
     } catch (const nlohmann::json::exception& error) {
-        throw NSError("corvantile.json", 1, {{NSError::localizedDescriptionKey, error.what()}});
+        refuse(error.what());
     }
+}
+
+// JSON has no such numbers, and the library would write null for them.
+[[nodiscard]] inline double dateValue(Date date) {
+    if (!std::isfinite(date.secondsSinceReference)) refuse("The date to encode is not finite.");
+    return date.secondsSinceReference;
 }
 
 // nullopt when the text is no JSON object or `build` finds a field missing or of another type.

@@ -16,7 +16,7 @@ public:
 
     ~SKProductPromoPluggable() override;
 
-    // What is promoted at the moment; null when nothing is. The host may clear or replace either.
+    // What was promoted last, until its purchase succeeds; null before. The host may clear or replace either.
     [[nodiscard]] virtual std::shared_ptr<SKProduct> product() const = 0;
     virtual void setProduct(std::shared_ptr<SKProduct> product) = 0;
     [[nodiscard]] virtual std::shared_ptr<SKPayment> payment() const = 0;

@@ -16,8 +16,9 @@
 namespace corvantile {
 
 // Loads the store's products for a fixed set of identifiers at every activation, and publishes them. An empty
-// list is asked for again at once, up to three times an activation. Resigning cancels: nothing is published
-// after it, and what was published stays. Held by shared_ptr, as plug-ins are.
+// list is asked for again at once, up to three times an activation. Resigning cancels what
+// was asked for and stops the asking again; a host's own `reload` is answered even then. What was published
+// stays. Held by shared_ptr, as plug-ins are.
 class CORVANTILE_API SKProductRequestPlugin final
     : public SKProductRequestPluggable,
       public std::enable_shared_from_this<SKProductRequestPlugin> {
