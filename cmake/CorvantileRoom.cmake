@@ -7,6 +7,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
   # Wrong about ordinary std::string insertions in optimised builds.
   target_compile_options(corvantile_warnings INTERFACE -Wno-restrict)
 endif()
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # In a batch it takes a source's unnamed namespace for a header's.
+  target_compile_options(corvantile_warnings INTERFACE -Wno-subobject-linkage)
+endif()
 
 # corvantile_room(NAME Reactive TARGET corvantile_reactive
 #   SOURCES … HEADERS …        files beside the room's CMakeLists.txt, named one by one

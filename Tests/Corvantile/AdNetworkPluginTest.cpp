@@ -2,6 +2,7 @@
 
 #include "HostCore/URLText.hpp"
 #include "Platform/Application/UIApplication.hpp"
+#include "Platform/Foundation/DispatchQueue.hpp"
 #include "TestPlatform/ScriptedAds.hpp"
 #include "TestPlatform/ScriptedHTTP.hpp"
 #include "Tests/Corvantile/ProcessTest.hpp"
@@ -31,7 +32,10 @@ protected:
     void launch() {
         plugin_ = std::make_shared<AdNetworkPlugin>();
         published_.clear();
-        plugin_->info().subscribe([this](const AdNetworkInfo& info) { published_.push_back(info); });
+        plugin_->info().subscribe([this](const AdNetworkInfo& info) {
+            EXPECT_TRUE(DispatchQueue::main()->isCurrent());
+            published_.push_back(info);
+        });
         EXPECT_TRUE(plugin_->didFinishLaunchingWithOptions(*UIApplication::shared(), {}));
     }
 

@@ -53,11 +53,21 @@ TEST_F(Events, TellTheConnectionStatusThatIsKnownOnceTheAppListens) {
         EXPECT_EQ(status(), told);
     }
 
+    EXPECT_THAT(platform_->reachability().hosts(), testing::ElementsAre("www.example.com"));
+
     const std::weak_ptr<NetworkReachability> first = NetworkReachability::shared();
     platform_->reachability().set(Status::notReachable); // still waiting when the process ends
     platform_ = TestPlatform::relaunch(std::move(platform_));
     EXPECT_TRUE(first.expired());
     EXPECT_EQ(status(), "unknow");
+}
+
+using ReachabilityDeathTest = ProcessTest;
+
+TEST_F(ReachabilityDeathTest, AHostThatCannotBeWatchedEndsTheProcess) {
+    platform_->reachability().refuse("www.example.com");
+    EXPECT_DEATH(static_cast<void>(NetworkReachability::shared()),
+                 "Fatal error: The platform refuses to watch www\\.example\\.com\\.\n$");
 }
 
 TEST_F(Events, HaveAConnectionStatusAmongParametersThatAreThere) {

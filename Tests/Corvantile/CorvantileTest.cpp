@@ -2,10 +2,13 @@
 
 #include "Corvantile/DebugPlugin.hpp"
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
+#include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
+#include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
 #include "Corvantile/RequireService.hpp"
 #include "CorvantileIAP/InappHelper.hpp"
 #include "HostCore/HostCore.hpp"
 #include "Platform/Application/UIApplication.hpp"
+#include "Platform/Keychain/Locksmith.hpp"
 #include "Tests/Corvantile/ProcessTest.hpp"
 
 namespace corvantile {
@@ -80,6 +83,12 @@ TEST_F(StaticCorvantileDeathTest, ARequiredServiceThatIsMissingEndsTheProcess) {
     const auto require = [] { static_cast<void>(requireService<AnalyticPluggable>()); };
     EXPECT_DEATH(require(), Eq("Corvantile/CorvantileTest:" + std::to_string(__LINE__ - 1) +
                                ": Fatal error: This service require AnalyticPluggable.\n"));
+    const std::string report = ":[0-9]+: Fatal error: This service require ";
+    EXPECT_DEATH(DatabasePlugin().didFinishLaunchingWithOptions(*UIApplication::shared(), {}),
+                 "^Corvantile/DatabasePlugin" + report + "UserPreferenceProtocol\\.\n$");
+    Locksmith::saveData({{"firstDate", Date{}}}, "firstDate"); // even so
+    EXPECT_DEATH(FirstDatePlugin().didBecomeActive(*UIApplication::shared()),
+                 "^Corvantile/FirstDatePlugin" + report + "AnalyticPluggable\\.\n$");
 }
 
 } // namespace

@@ -1,14 +1,18 @@
 #include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
 
+#include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
 #include "Corvantile/Plugin/Database/ApplicationState.hpp"
 #include "Corvantile/Plugin/Database/UserPreference.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
 #include "Platform/Application/UIApplication.hpp"
+#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/NSError.hpp"
+#include "TestPlatform/ScriptedRandom.hpp"
 #include "Tests/Corvantile/ProcessTest.hpp"
 
 #include <chrono>
+#include <functional>
 #include <string_view>
 
 namespace corvantile {
@@ -19,38 +23,43 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-// Empty, and takes no application record.
+// Holds the settings only, and takes nothing, of which it makes a note.
 class RefusingStore final : public DatabaseManipulating {
 public:
-    [[nodiscard]] std::optional<std::string> getData(std::string_view, DatabaseCryptor*) const override {
-        return std::nullopt;
+    explicit RefusingStore(std::vector<std::string>& trace) : trace_(trace) {}
+
+    [[nodiscard]] std::optional<std::string> getData(std::string_view key, DatabaseCryptor*) const override {
+        return key.starts_with("Setting_") ? std::optional(encodeJSON(Setting())) : std::nullopt;
     }
     void deleteAll(std::string_view) override {}
 
 private:
     void setText(const std::optional<std::string>&, std::string_view key, DatabaseCryptor*) override {
-        if (key.starts_with("Application_")) throw NSError("disk", 1);
+        trace_.push_back("refused " + std::string(key.substr(0, key.find('_'))));
+        throw NSError("disk", 1);
     }
+
+    std::vector<std::string>& trace_;
 };
 
 // A host with the two storage plug-ins; each launch is a process of its own on the same device.
 class Storage : public ProcessTest {
 protected:
-    template <class Store = UserDefaultsDatabase>
-    void launch() {
+    template <class Store = UserDefaultsDatabase, class... Arguments>
+    void launch(Arguments&... arguments) {
         preference_.reset();
         database_.reset();
         platform_ = TestPlatform::relaunch(std::move(platform_));
+        atStart_();
         trace_.clear();
-        preference_ = std::make_shared<UserPreference>(std::make_shared<Store>());
+        preference_ = std::make_shared<UserPreference>(std::make_shared<Store>(arguments...));
         database_ = std::make_shared<DatabasePlugin>();
-        database_->application().subscribe([this](const Application& record) {
-            trace_.push_back("application " + describe(record.updatedTime));
-        });
+        database_->application().subscribe(
+            [this](const Application& record) { hear("application " + describe(record.updatedTime)); });
         database_->setting().subscribe([this](const Setting& record) {
-            trace_.push_back(record.reviewAppEnabled ? "setting review" : "setting quiet");
+            hear(record.reviewAppEnabled ? "setting review" : "setting quiet");
         });
-        database_->isLoaded().subscribe([this](bool) { trace_.push_back("loaded"); });
+        database_->isLoaded().subscribe([this](bool) { hear("loaded"); });
         const auto delegate = std::make_shared<PluggableApplicationDelegate>(
             PluggableApplicationDelegate::Plugins{preference_, database_});
         UIApplication::shared()->setDelegate(delegate);
@@ -59,6 +68,10 @@ protected:
     void launchAndLoad() {
         launch();
         platform_->advance(1s);
+    }
+    void hear(const std::string& what) {
+        EXPECT_TRUE(DispatchQueue::main()->isCurrent()) << what;
+        trace_.push_back(what);
     }
     std::vector<std::string> news() {
         platform_->runUntilIdle();
@@ -70,6 +83,7 @@ protected:
         return keys;
     }
 
+    std::function<void()> atStart_ = [] {}; // of each process
     std::shared_ptr<UserPreference> preference_;
     std::shared_ptr<DatabasePlugin> database_;
     std::vector<std::string> trace_;
@@ -102,23 +116,31 @@ TEST_F(Storage, StandsADefaultInForARecordThatCannotBeRead) {
     EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
 }
 
-TEST_F(Storage, IsLoadedWithoutARecordWhoseDefaultCannotBeStored) {
-    launch<RefusingStore>();
+TEST_F(Storage, TellsAChangeButNoDefaultThatTheStoreThenRefuses) {
+    launch<RefusingStore>(trace_);
     platform_->advance(1s);
-    EXPECT_THAT(news(), ElementsAre("setting review", "loaded"));
+    EXPECT_THAT(news(), ElementsAre("refused uuidKey", "refused Application", "setting review", "loaded"));
+    database_->update({{}, true, false});
+    EXPECT_THAT(news(), ElementsAre("setting quiet", "refused Setting"));
+    EXPECT_THAT(lines(), IsEmpty());
 }
 
 TEST_F(Storage, ReadsRecordsAsAbsentWhileTheKeychainIsLockedAtLaunch) {
     launchAndLoad();
-    database_->update({{}, true, false});
-    news();
-    device_.keychain().setLocked(true);
-    launchAndLoad();
-    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded")) << "sealed with a throwaway key";
-    device_.keychain().setLocked(false);
+    const auto entries = device_.keychain().entries();
+    for (const bool opensBeforeTheSave : {false, true}) {
+        database_->update({{}, true, false});
+        news();
+        device_.keychain().setLocked(true);
+        if (opensBeforeTheSave) device_.keychain().lockForNextLoad();
+        launchAndLoad();
+        EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded")) << "sealed with a throwaway key";
+        device_.keychain().setLocked(false);
 
-    launchAndLoad();
-    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+        launchAndLoad();
+        EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+        EXPECT_EQ(device_.keychain().entries(), entries);
+    }
 }
 
 TEST_F(Storage, DoesNothingWithoutAUser) {
@@ -149,6 +171,9 @@ TEST_F(Storage, HonoursAnIdentifierThatTheHostPutUnderThePlainKey) {
     launchAndLoad();
     EXPECT_THAT(storedKeys(),
                 ElementsAre("appconfig_Application_host's own", "appconfig_Setting_host's own", "uuidKey"));
+    device_.defaults().set("uuidKey", "");
+    launchAndLoad();
+    EXPECT_THAT(storedKeys(), testing::Contains("appconfig_Setting_" + *device_.vendorIdentifier()));
 }
 
 TEST_F(Storage, MakesAnIdentifierWhereTheDeviceHasNone) {
@@ -169,6 +194,61 @@ TEST_F(Storage, KeepsItsKeyInTheKeychainAndDeletesAllRecordsOnDemand) {
     preference_->deleteAll();
     platform_->runUntilIdle();
     EXPECT_THAT(storedKeys(), IsEmpty());
+}
+
+TEST_F(Storage, MakesAKeyForTheProcessWhereTheEntryHoldsNone) {
+    const KeychainDictionary entries[] = {{{"key", 1}}, {{"another", "text"}}};
+    for (const auto& entry : entries) {
+        device_.defaults().removeAll();
+        device_.keychain().update(entry, "realm_encryption_key", "com.example.app");
+        launchAndLoad();
+        EXPECT_EQ(storedKeys().size(), 3u);
+        EXPECT_EQ(device_.keychain().entries().at(0).dictionary, entry);
+    }
+}
+
+TEST_F(Storage, MakesItsKeyOfZerosWhereRandomBytesFail) {
+    atStart_ = [this] { platform_->random().setFails(true); };
+    launchAndLoad();
+    EXPECT_EQ(device_.keychain().entries().at(0).dictionary,
+              (KeychainDictionary{{"key", std::string(86, 'A') + "=="}}));
+}
+
+TEST_F(Storage, LabelsItsPipelinesWhileDebugging) {
+    atStart_ = [] { Corvantile::setDebug(true); };
+    launchAndLoad();
+    database_->resetApplication();
+    platform_->runUntilIdle();
+    const auto line = [](const std::string& function, const std::string& event) {
+        return testing::ContainsRegex(": DatabasePlugin:[0-9]+ \\(" + function + "\\) -> " + event + "$");
+    };
+    const auto launch = "application\\(_:didFinishLaunchingWithOptions:\\)";
+    const auto reset = "resetApplication\\(\\)";
+    EXPECT_THAT(lines(), ElementsAre(line(launch, "subscribed"), line(launch, "Event next\\(true\\)"),
+                                     line(launch, "Event completed"), line(launch, "isDisposed"),
+                                     line(reset, "subscribed"), line(reset, "Event next\\(Application.*"),
+                                     line(reset, "isDisposed")));
+}
+
+TEST(SettingRecord, HasEightLinesOfPolicyByDefault) {
+    EXPECT_THAT(
+        Setting().iapPolicy,
+        ElementsAre(
+            "Payment is charged to your store account when you confirm the purchase.",
+            "The subscription renews automatically unless it is cancelled at least 24 hours before the end "
+            "of the current period.",
+            "Your account is charged for renewal within 24 hours before the end of the current period, at "
+            "the "
+            "price of the plan you chose.",
+            "You can manage your subscription and turn off automatic renewal at any time in the settings of "
+            "your store account.",
+            "Cancelling takes effect at the end of the current period; the subscription stays active until "
+            "then.",
+            "If a free trial is offered, the subscription begins, and the first payment is charged, when the "
+            "trial ends.",
+            "Any unused part of a free trial is forfeited when you buy a subscription.",
+            "Prices may differ by country and are shown in the currency of your store account before you "
+            "confirm."));
 }
 
 TEST(ApplicationState, MirrorsTheRecordAndTellsOfChanges) {

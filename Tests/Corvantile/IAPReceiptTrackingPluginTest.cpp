@@ -25,7 +25,7 @@ struct Host {
         : platform(TestPlatform::launch(device, {.seed = seed})) {
         UIApplication::shared()->setDelegate(std::make_shared<PluggableApplicationDelegate>(
             PluggableApplicationDelegate::Plugins{router, firstDate, purchases, plugin}));
-        device.setNow(Date{9 * day});
+        device.setNow(Date{9 * oneDay});
         if (first) firstDate->dates.onNext(*first);
     }
     void activate() { plugin->didBecomeActive(*UIApplication::shared()); }
@@ -72,7 +72,7 @@ TEST_F(IAPReceiptTracking, ReportsWhatWasBoughtSinceTheFirstDateOnceThatIsKnown)
     Host host(device_, 0, std::nullopt);
     host.activate();
     EXPECT_THAT(host.send({aTrial, bought(2, 1, 4), bought(3, 1, 4)}), IsEmpty());
-    host.firstDate->dates.onNext(Date{4 * day});
+    host.firstDate->dates.onNext(Date{4 * oneDay});
     EXPECT_THAT(host.idle(),
                 ElementsAre("renew_pro currency=EUR value=4.99", "renew_pro currency=EUR value=4.99"));
     host.firstDate->dates.onNext(Date{0});
@@ -133,7 +133,8 @@ TEST_F(IAPReceiptTracking, SendsAValidatedPurchaseOnceForTheFirstPurchaseOfThePr
 
 TEST_F(IAPReceiptTracking, ReportsAGracePeriodAtOnceAndMarksItAfterwardsEvenInADryRun) {
     const auto renewal = [](std::string product, double untilDay) {
-        return RenewalInfo{.productID = std::move(product), .gracePeriodExpiresDate = Date{untilDay * day}};
+        return RenewalInfo{.productID = std::move(product),
+                           .gracePeriodExpiresDate = Date{untilDay * oneDay}};
     };
     const auto defaults = NSUserDefaults::standardUserDefaults();
     host_.router->onLine = [&](const std::string&) {
@@ -169,10 +170,10 @@ TEST_F(IAPReceiptTrackingDeathTest, EndsTheProcessOverTheFirstServiceThatIsMissi
         {{host_.router}, "FirstDatePluggable"},
         {{host_.router, host_.firstDate}, "IAPReceiptPluggable"}};
     for (const auto& [plugins, missing] : cases) {
-        const auto fatal = HasSubstr("Fatal error: This service require " + std::string(missing) + ".\n");
+        const auto message = HasSubstr("Fatal error: This service require " + std::string(missing) + ".\n");
         Corvantile::setAppDelegate(std::make_shared<PluggableApplicationDelegate>(plugins));
-        EXPECT_DEATH(host_.activate(), fatal);
-        EXPECT_DEATH(host_.plugin->trackValidatedPurchase("pro", std::nullopt), fatal);
+        EXPECT_DEATH(host_.activate(), message);
+        EXPECT_DEATH(host_.plugin->trackValidatedPurchase("pro", std::nullopt), message);
     }
 }
 

@@ -37,7 +37,7 @@ TEST(PurchaseDecision, FollowsFromARecordItsPlaceAndTheTime) {
         {"later, without expiry", {paid, laterWithoutExpiry}, PurchaseKind::expired},
     };
     for (const auto& [what, records, kind, today] : cases)
-        EXPECT_EQ(decidePurchase({"", pro(), records}, records.size() - 1, Date{today * day}).kind, kind)
+        EXPECT_EQ(decidePurchase({"", pro(), records}, records.size() - 1, Date{today * oneDay}).kind, kind)
             << what;
     const auto abroad = decidePurchase({"gold", pro({}), {trial}}, 0, Date{0});
     EXPECT_EQ(abroad.name, "trial_subscribe_pro");

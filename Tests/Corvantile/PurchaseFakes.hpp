@@ -19,14 +19,14 @@
 // What purchase analytics reads from and writes to, in plain sight.
 namespace corvantile {
 
-constexpr double day = 86400;
+constexpr double oneDay = 86400;
 
 // Bought on the day of this number, for as many days; 0: does not expire.
 inline ReceiptInfo bought(std::int64_t transaction, std::int64_t original, double onDay,
                           double forDays = 30) {
     return {.transactionID = transaction,
-            .purchaseDate = Date{onDay * day},
-            .expiresDate = forDays == 0 ? DecodingDefaults::invalidDate : Date{(onDay + forDays) * day},
+            .purchaseDate = Date{onDay * oneDay},
+            .expiresDate = forDays == 0 ? DecodingDefaults::invalidDate : Date{(onDay + forDays) * oneDay},
             .originalTransactionID = original};
 }
 
@@ -74,7 +74,7 @@ public:
     void flush() override {}
     void trackIAPSubs(const NSDecimalNumber& price, const std::string& currency, const std::string& transId,
                       const std::optional<Date>& date, const std::optional<std::string>& region) override {
-        const auto dayNumber = static_cast<int>(date->secondsSinceReference / day);
+        const auto dayNumber = static_cast<int>(date->secondsSinceReference / oneDay);
         note("subscription " + transId + ": " + price.description() + " " + currency + " " +
              region.value_or("-") + " on day " + std::to_string(dayNumber));
     }

@@ -11,22 +11,22 @@ namespace corvantile {
 
 namespace {
 
-using nlohmann::json;
+using JSON = nlohmann::json;
 
 // Missing also when it is something else than a text.
-std::optional<std::string> textIn(const json& object, const char* name) {
+std::optional<std::string> textIn(const JSON& object, const char* name) {
     const auto found = object.find(name);
     if (found == object.end() || !found->is_string()) return std::nullopt;
     return found->get<std::string>();
 }
 
-std::optional<double> numberIn(const json& object, const char* name) {
+std::optional<double> numberIn(const JSON& object, const char* name) {
     const auto found = object.find(name);
     if (found == object.end() || !found->is_number()) return std::nullopt;
     return found->get<double>();
 }
 
-ADJAttribution attributionIn(const json& object, const std::optional<std::string>& adid) {
+ADJAttribution attributionIn(const JSON& object, const std::optional<std::string>& adid) {
     return {.trackerToken = textIn(object, "tracker_token"),
             .trackerName = textIn(object, "tracker_name"),
             .network = textIn(object, "network"),
@@ -40,7 +40,7 @@ ADJAttribution attributionIn(const json& object, const std::optional<std::string
             .costCurrency = textIn(object, "cost_currency")};
 }
 
-void read(const json& object, ServerAnswer& answer) {
+void read(const JSON& object, ServerAnswer& answer) {
     answer.message = textIn(object, "message");
     if (!answer.message) answer.message = textIn(object, "error");
     answer.timeStamp = textIn(object, "timestamp");
@@ -49,7 +49,7 @@ void read(const json& object, ServerAnswer& answer) {
     if (attribution == object.end() || !attribution->is_object()) return;
     answer.attribution = attributionIn(*attribution, answer.adid);
     answer.attributionText =
-        attribution->dump(-1, ' ', true, json::error_handler_t::replace) + " " + answer.adid.value_or("");
+        attribution->dump(-1, ' ', true, JSON::error_handler_t::replace) + " " + answer.adid.value_or("");
 }
 
 bool isPlainOk(std::string_view text) {
@@ -65,7 +65,7 @@ ServerAnswer answerOf(const HTTPResponse& response) {
     answer.status = response.status;
     answer.text = response.body;
     const bool isWell = response.status >= 200 && response.status < 300;
-    const auto body = json::parse(response.body, nullptr, false);
+    const auto body = JSON::parse(response.body, nullptr, false);
     if (body.is_object()) read(body, answer);
     if (body.is_structured()) answer.json = response.body;
     answer.isAnswer = body.is_structured() || (isWell && isPlainOk(response.body));

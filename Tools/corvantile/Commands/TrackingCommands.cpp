@@ -32,9 +32,9 @@ std::shared_ptr<AdjustAnalyticComponent> asAdjust(const Sink& sink) {
 
 // Says of each sink that kept silent about an event why it did. A recording sink tells by itself what it got
 // and what it ignores; the attribution sink tells what it got.
-class Silence {
+class Unheard {
 public:
-    Silence(Host& host, const AnalyticEvent& event)
+    Unheard(Host& host, const AnalyticEvent& event)
         : host_(host), event_(event), eventsBefore_(host.process().consoleEvents()) {}
 
     void explain(bool hasRevenue) {
@@ -85,12 +85,12 @@ void track(Host& host, AnalyticPluggable& router, const AnalyticEvent& event,
            const std::optional<Revenue>& revenue) {
     host.reporter().tell("host", "track", "tracks " + describeEvent(event, revenue),
                          fieldsOf(event, revenue));
-    Silence silence(host, event);
+    Unheard unheard(host, event);
     if (revenue)
         router.track(event, revenue->amount, revenue->currency);
     else
         router.track(event);
-    silence.explain(revenue.has_value());
+    unheard.explain(revenue.has_value());
 }
 
 void runTrack(Host& host, Arguments given) {

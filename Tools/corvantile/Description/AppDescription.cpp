@@ -19,15 +19,13 @@ namespace corvantile::tool {
 
 namespace {
 
-using nlohmann::json;
-
 // The reader would let the last of two members of one name win, silently.
 class DuplicateKeys {
 public:
-    void operator()(json::parse_event_t event, const json& value) {
-        if (event == json::parse_event_t::object_start) keys_.emplace_back();
-        if (event == json::parse_event_t::object_end) keys_.pop_back();
-        if (event == json::parse_event_t::key && !keys_.back().insert(value).second)
+    void operator()(nlohmann::json::parse_event_t event, const nlohmann::json& value) {
+        if (event == nlohmann::json::parse_event_t::object_start) keys_.emplace_back();
+        if (event == nlohmann::json::parse_event_t::object_end) keys_.pop_back();
+        if (event == nlohmann::json::parse_event_t::key && !keys_.back().insert(value).second)
             throw Refusal("the key " + value.dump() + " is there twice");
     }
 
@@ -46,14 +44,14 @@ std::string_view reason(std::string_view message) {
     return prefixEnd == std::string_view::npos ? message : message.substr(prefixEnd + 2);
 }
 
-json parse(const std::string& text, const std::string& file) {
+nlohmann::json parse(const std::string& text, const std::string& file) {
     try {
-        return json::parse(text,
-                           [keys = DuplicateKeys()](int, json::parse_event_t event, json& value) mutable {
-                               keys(event, value);
-                               return true;
-                           });
-    } catch (const json::parse_error& error) {
+        return nlohmann::json::parse(text, [keys = DuplicateKeys()](int, nlohmann::json::parse_event_t event,
+                                                                    nlohmann::json& value) mutable {
+            keys(event, value);
+            return true;
+        });
+    } catch (const nlohmann::json::parse_error& error) {
         const auto last = error.byte == 0 ? 0 : error.byte - 1; // what was read last is what was not expected
         throw Refusal(file + ":" + lineAt(text, last) + ": " + std::string(reason(error.what())));
     } catch (const Refusal& refusal) {

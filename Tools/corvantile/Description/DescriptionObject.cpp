@@ -13,24 +13,22 @@ namespace corvantile::tool {
 
 namespace {
 
-using nlohmann::json;
-
-const json emptyObject = json::object();
-const json emptyList = json::array();
+const nlohmann::json emptyObject = nlohmann::json::object();
+const nlohmann::json emptyList = nlohmann::json::array();
 
 std::string placeOf(std::string_view key, std::size_t index) {
     return std::string(key) + "[" + std::to_string(index) + "]";
 }
 
-std::string shown(const json& found) {
+std::string shown(const nlohmann::json& found) {
     if (found.is_object()) return "an object";
     if (found.is_array()) return "a list";
-    return found.dump(-1, ' ', false, json::error_handler_t::replace);
+    return found.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 } // namespace
 
-DescriptionObject::DescriptionObject(const json& object, std::string file, std::string path)
+DescriptionObject::DescriptionObject(const nlohmann::json& object, std::string file, std::string path)
     : object_(object), file_(std::move(file)), path_(std::move(path)) {
     if (!object_.is_object()) refuseKind({}, "an object", object_);
 }
@@ -104,14 +102,14 @@ DescriptionObject DescriptionObject::object(std::string_view key) const {
     return {found == nullptr ? emptyObject : *found, file_, pathOf(key)};
 }
 
-const json& DescriptionObject::list(std::string_view key) const {
+const nlohmann::json& DescriptionObject::list(std::string_view key) const {
     const auto* const found = find(key);
     if (found == nullptr) return emptyList;
     if (!found->is_array()) refuseKind(key, "a list", *found);
     return *found;
 }
 
-const json* DescriptionObject::find(std::string_view key) const {
+const nlohmann::json* DescriptionObject::find(std::string_view key) const {
     const auto found = object_.find(std::string(key));
     return found == object_.end() ? nullptr : &*found;
 }
@@ -125,7 +123,8 @@ void DescriptionObject::refuse(std::string_view key, std::string_view why) const
     throw Refusal(file_ + ": " + (path.empty() ? "" : path + ": ") + std::string(why));
 }
 
-void DescriptionObject::refuseKind(std::string_view key, std::string_view expected, const json& found) const {
+void DescriptionObject::refuseKind(std::string_view key, std::string_view expected,
+                                   const nlohmann::json& found) const {
     refuse(key, "expected " + std::string(expected) + ", but found " + shown(found));
 }
 
