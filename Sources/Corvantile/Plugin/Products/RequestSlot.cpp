@@ -4,22 +4,27 @@
 
 namespace corvantile {
 
+// Whether a watch was ended, under the slot's lock.
+struct RequestSlot::Ending {
+    bool hasCome = false;
+};
+
 RequestSlot::~RequestSlot() = default;
 
 RequestSlot::Watch RequestSlot::beginWatch() {
     const std::lock_guard lock(mutex_);
-    watch_ = ++lastWatch_;
-    return lastWatch_;
+    latestWatch_ = std::make_shared<Ending>();
+    return latestWatch_;
 }
 
 void RequestSlot::endWatch() {
     const std::lock_guard lock(mutex_);
-    watch_.reset();
+    if (latestWatch_) latestWatch_->hasCome = true;
 }
 
-std::optional<RequestSlot::Turn> RequestSlot::beginRequest(std::optional<Watch> watch) {
+std::optional<RequestSlot::Turn> RequestSlot::beginRequest(const Watch& watch) {
     std::unique_lock lock(mutex_);
-    if (watch && watch != watch_) return std::nullopt;
+    if (watch && watch->hasCome) return std::nullopt;
     const auto former = takeForNextTurn();
     const auto turn = turn_;
     lock.unlock();

@@ -4,6 +4,7 @@
 #include "Reactive/Disposable.hpp"
 
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 
@@ -11,13 +12,14 @@ namespace corvantile {
 
 // Holds the handle of the one request that may be under way.
 //
-// A watch begins requests by itself, on a background queue, while main begins and ends watches. Whoever acts
-// for a watch names it and gets nowhere once that is no longer the current one. The request that has begun
+// A watch begins requests by itself, on a background queue, while main begins watches and ends the latest.
+// Whoever acts for a watch names it and gets nowhere once that has been ended. The request that has begun
 // last wins, though its handle may come before that of an earlier one. Threads: any. The slot's own end
 // disposes nothing.
 class CORVANTILE_API RequestSlot {
 public:
-    using Watch = std::uint64_t;
+    struct Ending;
+    using Watch = std::shared_ptr<Ending>;
     using Turn = std::uint64_t;
 
     RequestSlot() = default;
@@ -25,13 +27,14 @@ public:
     RequestSlot& operator=(const RequestSlot&) = delete;
     ~RequestSlot();
 
-    // A new watch, the current one from now on.
+    // A new watch. The one before goes on.
     [[nodiscard]] Watch beginWatch();
-    // No watch is the current one.
+    // Ends the latest watch alone.
     void endWatch();
 
-    // Disposes of the request before; nullopt, and nothing done, for a watch that is over.
-    [[nodiscard]] std::optional<Turn> beginRequest(std::optional<Watch> watch = std::nullopt);
+    // Disposes of the request before; nullopt, and nothing done, for a watch that was ended. Null: for
+    // nobody's.
+    [[nodiscard]] std::optional<Turn> beginRequest(const Watch& watch = nullptr);
     // Keeps the request that was begun with this turn, or disposes of it if it was cancelled meanwhile.
     void keep(Turn turn, rx::Disposable request);
     // Disposes of the request, whether it is kept by now or not, and keeps nothing.
@@ -42,8 +45,7 @@ private:
     rx::Disposable takeForNextTurn();
 
     std::mutex mutex_;
-    Watch lastWatch_ = 0;
-    std::optional<Watch> watch_;
+    Watch latestWatch_;
     Turn turn_ = 0;
     rx::Disposable request_; // of this turn
 };

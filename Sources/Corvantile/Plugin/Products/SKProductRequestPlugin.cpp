@@ -40,7 +40,7 @@ void SKProductRequestPlugin::cancel() {
 void SKProductRequestPlugin::loadSKProducts() {
     const auto watch = reloadDisposable_.beginWatch();
     const auto lists = debugged(productsSubject_.take(watchedLists), requestPlugin, 41, "loadSKProducts()");
-    // A watch that this one replaces is not ended, but has nothing to say any more.
+    // A watch that this one replaces goes on, beyond a resign as well: that ends the latest.
     loadDisposable_.exchange(lists.subscribe([weak = weak_from_this(), watch](const Products& products) {
         if (!products.empty()) return;
         if (const auto self = weak.lock()) self->request(watch);
@@ -48,10 +48,10 @@ void SKProductRequestPlugin::loadSKProducts() {
     reload();
 }
 
-void SKProductRequestPlugin::reload() { request(std::nullopt); }
+void SKProductRequestPlugin::reload() { request(nullptr); }
 
-// `watch`: on whose behalf, if not somebody's who is free to ask at any time.
-void SKProductRequestPlugin::request(std::optional<Watch> watch) {
+// `watch`: on whose behalf; null for somebody who is free to ask at any time.
+void SKProductRequestPlugin::request(const Watch& watch) {
     const auto turn = reloadDisposable_.beginRequest(watch);
     if (!turn) return;
     const auto answers = InappHelper::request(productIdentifiers_)

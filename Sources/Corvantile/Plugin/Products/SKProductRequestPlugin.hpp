@@ -16,9 +16,9 @@
 namespace corvantile {
 
 // Loads the store's products for a fixed set of identifiers at every activation, and publishes them. An empty
-// list is asked for again at once, up to three times an activation. Resigning cancels what
-// was asked for and stops the asking again; a host's own `reload` is answered even then. What was published
-// stays. Held by shared_ptr, as plug-ins are.
+// list is asked for again at once, up to three times an activation. Resigning cancels what was asked for and
+// ends the asking again; a host's own `reload` is answered even then. What was published stays. Held by
+// shared_ptr, as plug-ins are.
 class CORVANTILE_API SKProductRequestPlugin final
     : public SKProductRequestPluggable,
       public std::enable_shared_from_this<SKProductRequestPlugin> {
@@ -40,7 +40,7 @@ private:
     using Watch = RequestSlot::Watch;
 
     void loadSKProducts();
-    void request(std::optional<Watch> watch);
+    void request(const Watch& watch);
     void cancel();
     void publish(const Products& products);
     void publishFailure(const std::exception_ptr& error);
