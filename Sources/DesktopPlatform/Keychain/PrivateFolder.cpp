@@ -1,17 +1,15 @@
 #include "DesktopPlatform/Keychain/PrivateFolder.hpp"
 
 #include "DesktopPlatform/Foundation/AtomicFile.hpp"
+#include "DesktopPlatform/Foundation/FileLock.hpp"
 #include "Platform/Keychain/KeychainError.hpp"
 
 #include <cerrno>
-#include <chrono>
 #include <cstring>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace corvantile {
@@ -19,9 +17,6 @@ namespace corvantile {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::chrono::seconds longestWaitForLock{5};
-constexpr std::chrono::milliseconds askForLockAgain{2};
 
 [[noreturn]] void refuse(const std::string& why) { throw keychainError(KeychainStatus::notAvailable, why); }
 
@@ -100,12 +95,9 @@ std::optional<std::string> PrivateFolder::readPrivateFile(const std::string& nam
 
 Descriptor PrivateFolder::lock() const {
     Descriptor held(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const auto end = std::chrono::steady_clock::now() + longestWaitForLock;
-    while (::flock(held.value(), LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK && errno != EINTR) refuseWithCause("Cannot lock the folder");
-        if (std::chrono::steady_clock::now() > end) refuse("Another process holds the folder's lock.");
-        std::this_thread::sleep_for(askForLockAgain);
-    }
+    errno = lockFile(held);
+    if (errno == EWOULDBLOCK) refuse("Another process holds the folder's lock.");
+    if (errno != 0) refuseWithCause("Cannot lock the folder");
     return held;
 }
 

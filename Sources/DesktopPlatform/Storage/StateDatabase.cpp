@@ -1,17 +1,15 @@
 #include "DesktopPlatform/Storage/StateDatabase.hpp"
 
 #include "DesktopPlatform/Foundation/AtomicFile.hpp"
-#include "DesktopPlatform/Foundation/Descriptor.hpp"
+#include "DesktopPlatform/Foundation/FileLock.hpp"
 #include "DesktopPlatform/Storage/SetAside.hpp"
 
 #include <sqlite3.h>
 
-#include <chrono>
+#include <cerrno>
 #include <system_error>
-#include <thread>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 namespace corvantile {
@@ -19,9 +17,6 @@ namespace corvantile {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::chrono::seconds longestWait{5};
-constexpr std::chrono::milliseconds askAgain{2};
 
 [[noreturn]] void cannotOpen(const char* why) { throw SqliteError(SQLITE_CANTOPEN, why); }
 
@@ -44,11 +39,9 @@ bool isUnusable(const fs::path& file, const SqliteError& error) {
 Descriptor lockedFolder(const fs::path& folder) {
     Descriptor lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!lock) cannotOpen("the folder cannot be opened");
-    const auto end = std::chrono::steady_clock::now() + longestWait;
-    while (::flock(lock.value(), LOCK_EX | LOCK_NB) != 0) {
-        if (std::chrono::steady_clock::now() > end) cannotOpen("another process holds the folder's lock");
-        std::this_thread::sleep_for(askAgain);
-    }
+    if (const int error = lockFile(lock); error != 0)
+        cannotOpen(error == EWOULDBLOCK ? "another process holds the folder's lock"
+                                        : "the folder cannot be locked");
     return lock;
 }
 
