@@ -37,6 +37,7 @@ TEST(AppDescription, SaysWhereItIsWrongAndWhatWasExpected) {
     } cases[] = {
         {"", "1: syntax error"},
         {"{\n \"name\": \"A\"\n \"plugins\": []}", "3: syntax error"},
+        {R"({"bundleIdentifier": 1e999})", " number overflow parsing '1e999'"},
         {"[]", " expected an object, but found a list"},
         {"{}", " bundleIdentifier: is missing: expected a text"},
         {R"({"bundleIdentifier": "a/b"})", " bundleIdentifier: expected letters, digits"},

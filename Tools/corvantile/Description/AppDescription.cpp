@@ -38,10 +38,10 @@ std::string lineAt(std::string_view text, std::size_t byte) {
     return std::to_string(std::count(text.begin(), end, '\n') + 1);
 }
 
-// Without the reader's own prefix: its number, line and column.
-std::string_view reason(std::string_view message) {
-    const auto prefixEnd = message.find(": ");
-    return prefixEnd == std::string_view::npos ? message : message.substr(prefixEnd + 2);
+// What comes after the end of the reader's own prefix: its number, and for a syntax error line and column.
+std::string reason(std::string_view message, std::string_view prefixEnd) {
+    const auto end = message.find(prefixEnd);
+    return std::string(end == std::string_view::npos ? message : message.substr(end + prefixEnd.size()));
 }
 
 nlohmann::json parse(const std::string& text, const std::string& file) {
@@ -53,7 +53,9 @@ nlohmann::json parse(const std::string& text, const std::string& file) {
         });
     } catch (const nlohmann::json::parse_error& error) {
         const auto last = error.byte == 0 ? 0 : error.byte - 1; // what was read last is what was not expected
-        throw Refusal(file + ":" + lineAt(text, last) + ": " + std::string(reason(error.what())));
+        throw Refusal(file + ":" + lineAt(text, last) + ": " + reason(error.what(), ": "));
+    } catch (const nlohmann::json::exception& error) { // a number that nothing can hold
+        throw Refusal(file + ": " + reason(error.what(), "] "));
     } catch (const Refusal& refusal) {
         throw Refusal(file + ": " + refusal.what());
     }
