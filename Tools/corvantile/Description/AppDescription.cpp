@@ -160,12 +160,17 @@ bool AppDescription::hasPlugIn(const std::string& kind) const {
                        [&](const PlugInDescription& plugIn) { return plugIn.kind == kind; });
 }
 
+AppDescription parseAppDescription(const std::string& text, const std::filesystem::path& file,
+                                   const PlugInRegistry& registry) {
+    const auto document = parse(text, file.string());
+    auto app = Reader(registry, DescriptionObject(document, file.string(), {})).read();
+    app.folder = file.parent_path();
+    return app;
+}
+
 AppDescription readAppDescription(const std::filesystem::path& folder, const PlugInRegistry& registry) {
     const auto file = folder / "app.json";
-    const auto document = parse(readFileText(file, "an app description"), file.string());
-    auto app = Reader(registry, DescriptionObject(document, file.string(), {})).read();
-    app.folder = folder;
-    return app;
+    return parseAppDescription(readFileText(file, "an app description"), file, registry);
 }
 
 } // namespace corvantile::tool

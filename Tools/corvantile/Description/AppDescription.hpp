@@ -53,4 +53,8 @@ struct AppDescription {
 [[nodiscard]] AppDescription readAppDescription(const std::filesystem::path& folder,
                                                 const PlugInRegistry& registry);
 
+// The same for the text of `file`, which is only named in what is said of it.
+[[nodiscard]] AppDescription parseAppDescription(const std::string& text, const std::filesystem::path& file,
+                                                 const PlugInRegistry& registry);
+
 } // namespace corvantile::tool
