@@ -1,7 +1,7 @@
 #include "HostCore/Decoding.hpp"
 
+#include "HostCore/JSONError.hpp"
 #include "HostCore/JSONInteger.hpp"
-#include "Platform/Foundation/NSError.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -11,17 +11,13 @@ namespace {
 
 using JSON = nlohmann::json;
 
-[[noreturn]] void fail(std::string text) {
-    throw NSError("corvantile.json", 1, {{NSError::localizedDescriptionKey, std::move(text)}});
-}
-
 [[noreturn]] void failAt(std::string_view key, const char* expected) {
-    fail("The value of \"" + std::string(key) + "\" is not " + expected + ".");
+    throwJSONError("The value of \"" + std::string(key) + "\" is not " + expected + ".");
 }
 
 JSON parse(std::string_view text) {
     auto document = JSON::parse(text, nullptr, false);
-    if (document.is_discarded()) fail("The text is no JSON.");
+    if (document.is_discarded()) throwJSONError("The text is no JSON.");
     return document;
 }
 
@@ -72,16 +68,16 @@ std::int64_t KeyedDecodingContainer::tolerantInteger(std::string_view key, std::
 
 void JSONDecoder::decodeObject(std::string_view json, const Visit& visit) {
     const auto document = parse(json);
-    if (!document.is_object()) fail("The JSON is no object.");
+    if (!document.is_object()) throwJSONError("The JSON is no object.");
     const KeyedDecodingContainer::Object object{document};
     visit(KeyedDecodingContainer(object));
 }
 
 void JSONDecoder::decodeArray(std::string_view json, const Visit& visit) {
     const auto document = parse(json);
-    if (!document.is_array()) fail("The JSON is no array.");
+    if (!document.is_array()) throwJSONError("The JSON is no array.");
     for (const auto& element : document) {
-        if (!element.is_object()) fail("An element of the array is no object.");
+        if (!element.is_object()) throwJSONError("An element of the array is no object.");
         const KeyedDecodingContainer::Object object{element};
         visit(KeyedDecodingContainer(object));
     }

@@ -1,6 +1,6 @@
 #include "Corvantile/Extension/Encodable.hpp"
 
-#include "Platform/Foundation/NSError.hpp"
+#include "HostCore/JSONError.hpp"
 #include "Platform/Foundation/Unicode.hpp"
 
 #include <nlohmann/json.hpp>
@@ -9,21 +9,13 @@
 
 namespace corvantile {
 
-namespace {
-
-[[noreturn]] void refuse(const char* why) {
-    throw NSError("corvantile.json", 1, {{NSError::localizedDescriptionKey, why}});
-}
-
-} // namespace
-
 std::string encodeJSON(const std::string& text) {
-    if (!isUtf8(text)) refuse("The text to encode is not UTF-8.");
+    if (!isUtf8(text)) throwJSONError("The text to encode is not UTF-8.");
     return nlohmann::json(text).dump();
 }
 
 std::string detail::encodeReal(double value) {
-    if (!std::isfinite(value)) refuse("The number to encode is not finite.");
+    if (!std::isfinite(value)) throwJSONError("The number to encode is not finite.");
     return nlohmann::json(value).dump();
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "HostCore/JSONError.hpp"
 #include "HostCore/JSONInteger.hpp"
 #include "Platform/Foundation/Date.hpp"
-#include "Platform/Foundation/NSError.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -19,22 +19,18 @@ namespace corvantile::recordjson {
 
 using Object = nlohmann::ordered_json;
 
-[[noreturn]] inline void refuse(const char* why) {
-    throw NSError("corvantile.json", 1, {{NSError::localizedDescriptionKey, why}});
-}
-
 // What nlohmann throws becomes the framework's own error at this edge.
 [[nodiscard]] inline std::string write(const Object& object) {
     try {
         return object.dump();
     } catch (const nlohmann::json::exception& error) {
-        refuse(error.what());
+        throwJSONError(error.what());
     }
 }
 
 // JSON has no such numbers, and the library would write null for them.
 [[nodiscard]] inline double dateValue(Date date) {
-    if (!std::isfinite(date.secondsSinceReference)) refuse("The date to encode is not finite.");
+    if (!std::isfinite(date.secondsSinceReference)) throwJSONError("The date to encode is not finite.");
     return date.secondsSinceReference;
 }
 
