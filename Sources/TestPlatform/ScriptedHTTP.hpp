@@ -29,7 +29,7 @@ struct SentRequest {
 
 // A network that does what the test says: the longest prefix of a request's URL that has a script decides,
 // at the moment of sending; a later script for the same prefix takes the former's place. Where none fits,
-// nobody listens (`cannotConnectToHost`). Threads: any.
+// nobody listens (`cannotConnectToHost`). A script says what the end of all redirections is. Threads: any.
 class CORVANTILE_API ScriptedHTTP final : public HTTPClient {
 public:
     using Script = std::function<ScriptedReply(const HTTPRequest&)>;

@@ -110,10 +110,13 @@ TYPED_TEST(HTTPClientContract, CarriesARequestAndAnAnswerOfWhateverStatusByteFor
         EXPECT_THAT(received.headers, Contains(Pair("X-Sample", "a: b")));
     }
 
-    Outcome missing;
-    this->exchange({.url = this->server_.origin() + "/missing"}, missing);
-    EXPECT_EQ(missing.response.value().status, 404);
-    EXPECT_EQ(missing.response->body, missingBody);
+    for (const char* const path : {"/missing", "/moved"}) {
+        SCOPED_TRACE(path);
+        Outcome missing;
+        this->exchange({.method = "POST", .url = this->server_.origin() + path, .body = bytes}, missing);
+        EXPECT_EQ(missing.response.value().status, 404);
+        EXPECT_EQ(missing.response->body, missingBody);
+    }
 }
 
 TYPED_TEST(HTTPClientContract, TellsWhyThereIsNoAnswer) {
@@ -123,6 +126,7 @@ TYPED_TEST(HTTPClientContract, TellsWhyThereIsNoAnswer) {
         HTTPFailure failure;
     } cases[] = {
         {{.url = this->server_.closedOrigin()}, HTTPFailure::cannotConnectToHost},
+        {{.method = "POST", .url = origin + "/circle"}, HTTPFailure::tooManyRedirections},
         {{.url = origin + "/broken"}, HTTPFailure::networkConnectionLost},
         {{.url = origin + "/hang", .timeout = 150ms}, HTTPFailure::timedOut},
         {{.url = origin + "/echo", .timeout = 0ms}, HTTPFailure::timedOut},

@@ -19,8 +19,9 @@
 namespace corvantile {
 
 // A server within the platform's reach, by path: /echo gives the request's body back with status 201 and a
-// header `X-Reply`, /missing is a 404 with a body, /hang never answers, /broken breaks off in the middle of
-// the body. `ServerOf<Harness>` also offers an origin where nobody listens, and what /echo was sent.
+// header `X-Reply`, /missing is a 404 with a body, /moved redirects to /missing, /hang never answers, /broken
+// breaks off in the middle of the body, /circle redirects to itself. `ServerOf<Harness>` also offers an
+// origin where nobody listens, and what /echo was sent.
 inline constexpr const char* missingBody = "{\"error\":\"not here\"}";
 
 template <class Harness>
@@ -34,7 +35,9 @@ public:
             return ScriptedReply{.response =
                                      HTTPResponse{201, {{"X-Reply", "yes"}}, request.body.value_or("")}};
         });
-        http_.answer(origin() + "/missing", {404, {}, missingBody});
+        for (const char* const path : {"/missing", "/moved"})
+            http_.answer(origin() + path, {404, {}, missingBody});
+        http_.fail(origin() + "/circle", HTTPFailure::tooManyRedirections);
         http_.hang(origin() + "/hang");
         http_.fail(origin() + "/broken", HTTPFailure::networkConnectionLost);
     }
@@ -71,6 +74,8 @@ private:
         if (request.path == "/echo") return echo(request, response);
         if (request.path == "/broken") return breakOff(response);
         if (request.path == "/hang") hasEnded_.wait();
+        if (request.path == "/moved") return response.set_redirect("/missing");
+        if (request.path == "/circle") return response.set_redirect("/circle");
         response.status = 404;
         response.set_content(missingBody, "application/json");
     }

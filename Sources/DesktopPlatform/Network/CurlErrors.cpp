@@ -12,6 +12,7 @@ HTTPFailure failureOf(CURLcode code, long osError) {
     switch (code) {
     case CURLE_URL_MALFORMAT: return HTTPFailure::badURL;
     case CURLE_OPERATION_TIMEDOUT: return HTTPFailure::timedOut;
+    case CURLE_TOO_MANY_REDIRECTS: return HTTPFailure::tooManyRedirections;
     case CURLE_COULDNT_RESOLVE_HOST: return HTTPFailure::cannotFindHost;
     case CURLE_COULDNT_CONNECT:
         return osError == ENETUNREACH ? HTTPFailure::notConnectedToInternet

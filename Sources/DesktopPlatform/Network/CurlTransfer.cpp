@@ -18,6 +18,9 @@ namespace {
 // Of an answer, with its headers: whoever sends more means no good.
 constexpr std::size_t largestAnswer = 64UL * 1024 * 1024;
 
+// As many as the phone's system follows.
+constexpr long mostRedirections = 16;
+
 // Without it the library would begin by itself, which not every build of it does safely from several threads.
 CURL* makeHandle() {
     static const CURLcode begun = curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -82,15 +85,18 @@ void CurlTransfer::set(CURLoption option, Value value) {
 }
 
 // No proxy: one that the environment names would see what requests carry, and would be asked for loopback
-// addresses. No reading of the user's own files, no following, no waiting for the system's name look-up once
-// nobody wants the answer.
+// addresses. No reading of the user's own files, no waiting for the system's name look-up once nobody wants
+// the answer. A redirection leads to no other protocol than HTTP, and never out of a protected exchange.
 void CurlTransfer::restrict() {
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_SSL_VERIFYPEER, 1L);
     set(CURLOPT_SSL_VERIFYHOST, 2L);
     set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-    set(CURLOPT_FOLLOWLOCATION, 0L);
+    set(CURLOPT_FOLLOWLOCATION, 1L);
+    set(CURLOPT_MAXREDIRS, mostRedirections);
+    set(CURLOPT_REDIR_PROTOCOLS_STR,
+        isSameName(request_.url.substr(0, 6), "https:") ? "https" : "http,https");
     set(CURLOPT_FRESH_CONNECT, 1L);
     set(CURLOPT_FORBID_REUSE, 1L);
     set(CURLOPT_PROXY, "");
@@ -111,7 +117,8 @@ void CurlTransfer::describe() {
         set(CURLOPT_POSTFIELDS, request_.body ? request_.body->data() : "");
     }
     if (request_.method == "HEAD") return set(CURLOPT_NOBODY, 1L);
-    set(CURLOPT_CUSTOMREQUEST, request_.method.c_str());
+    // A method that is given by name is kept whatever the redirection: 303 would repeat a POST.
+    if (request_.method != "POST") set(CURLOPT_CUSTOMREQUEST, request_.method.c_str());
 }
 
 void CurlTransfer::describeHeaders() {

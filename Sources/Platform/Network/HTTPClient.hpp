@@ -44,13 +44,15 @@ enum class HTTPFailure : int {
     cannotFindHost = -1003,
     cannotConnectToHost = -1004,
     networkConnectionLost = -1005,
+    tooManyRedirections = -1007,
     notConnectedToInternet = -1009,
     badServerResponse = -1011,
     secureConnectionFailed = -1200,
 };
 
-// HTTP for everything that the framework and its platforms send. Redirections are not followed, nothing is
-// cached or retried, and servers prove who they are. Threads: any.
+// HTTP for everything that the framework and its platforms send. Redirections are followed, a POST going on
+// as a GET after 301, 302 and 303; nothing is cached or retried, and servers prove who they are. Threads:
+// any.
 class CORVANTILE_API HTTPClient {
 public:
     // Either the answer, whatever its status, or the error (an NSError).
