@@ -14,7 +14,7 @@ public:
         if (claimed_.exchange(true, std::memory_order_acq_rel)) return;
         const auto keep = std::move(keep_);
         auto& chain = chain_; // this handle may go meanwhile
-        chain.dispose();
+        if (chain.claimTeardown()) chain.leaveUpstream();
         chain.disposedByHandle();
     }
 
@@ -40,9 +40,13 @@ void Upstream::leave() noexcept {
     owned.dispose();
 }
 
-void Chain::dispose() noexcept {
+bool Chain::claimTeardown() noexcept {
     const auto before = state_.fetch_or(disposed, std::memory_order_acq_rel);
-    if ((before & disposed) == 0 && (before & installed) != 0) tearDown();
+    return (before & disposed) == 0 && (before & installed) != 0;
+}
+
+void Chain::dispose() noexcept {
+    if (claimTeardown()) tearDown();
 }
 
 void Chain::addHook(std::unique_ptr<StageHook> hook) noexcept {
@@ -52,21 +56,25 @@ void Chain::addHook(std::unique_ptr<StageHook> hook) noexcept {
 }
 
 Disposable Chain::install(Upstream upstream) {
-    const auto handle = std::make_shared<Handle>(std::move(upstream.keep), *this);
+    auto handle = std::make_shared<Handle>(std::move(upstream.keep), *this);
     upstream_ = std::move(upstream);
     handle_ = handle;
     const auto before = state_.fetch_or(installed, std::memory_order_acq_rel);
-    if ((before & disposed) == 0) return Disposable(handle);
+    if ((before & disposed) == 0) return Disposable(std::move(handle));
     tearDown();
     return Disposable();
 }
 
 // Letting the handle go may destroy this chain: nothing of it is touched after that, here or in the callers.
-// The hooks stay as long as the chain, for a stage may still refer to its own.
 void Chain::tearDown() noexcept {
+    leaveUpstream();
+    if (const auto handle = handle_.lock()) handle->letGo();
+}
+
+// The hooks stay as long as the chain, for a stage may still refer to its own.
+void Chain::leaveUpstream() noexcept {
     leave(hooks_.get());
     const auto upstream = std::exchange(upstream_, Upstream());
-    if (const auto handle = handle_.lock()) handle->letGo();
 }
 
 void Chain::leave(StageHook* hook) noexcept {

@@ -117,7 +117,10 @@ private:
     // The caller's handle was disposed, after the teardown.
     virtual void disposedByHandle() noexcept {}
 
+    // Who may tear the chain down: once, and never before it is installed.
+    [[nodiscard]] bool claimTeardown() noexcept;
     void tearDown() noexcept;
+    void leaveUpstream() noexcept;
     void leave(StageHook* hook) noexcept;
 
     static constexpr std::uint8_t installed = 1;
