@@ -47,7 +47,7 @@ void runReset(Host& host) {
     const auto database = host.service<DatabasePluggable>();
     const bool isKnown = latest(database->application()).has_value();
     const News news(database->application());
-    host.reporter().tell("host", "reset", "stamps the application record with the time of the loadedMoment");
+    host.reporter().tell("host", "reset", "stamps the application record with the time of the moment");
     database->resetApplication();
     if (isKnown) return awaitNews(host, news);
     host.reporter().tell("host", "silent", std::string("that waits for the first record: ") + loadedMoment);
@@ -105,7 +105,7 @@ std::vector<Command> storageCommands(Host& host) {
          [&host](Arguments given) { runSetting(host, given); },
          {"manageSubscriptionEnabled and reviewAppEnabled are true or false.",
           "iapPolicy is a text with a line for each term, or a JSON list: iapPolicy='[\"one\", \"two\"]'"}},
-        {"reset", "", "stamp the application record with the time of the loadedMoment (resetApplication)",
+        {"reset", "", "stamp the application record with the time of the moment (resetApplication)",
          [&host](Arguments) { runReset(host); }},
         {"reload", "", "read the application record again and publish it (reloadApplication)",
          [&host](Arguments) { runReload(host); }},
