@@ -3,8 +3,8 @@
 #include "LocalStore/Catalogue/CatalogueReader.hpp"
 #include "LocalStore/Engine/StoreStorage.hpp"
 #include "LocalStore/LocalStore.hpp"
-#include "Platform/Foundation/CalendarText.hpp"
 #include "Platform/Foundation/Clock.hpp"
+#include "Tests/LocalStore/Days.hpp"
 
 #include <chrono>
 #include <fstream>
@@ -34,17 +34,7 @@ inline Catalogue catalogueOfVersion(const std::string& version) {
 
 inline Catalogue sampleCatalogue() { return readCatalogue(fileText(CORVANTILE_SAMPLE_CATALOGUE), "sample"); }
 
-// `2024-01-31`, at ten o'clock.
-inline Date dayAtTen(const std::string& text) {
-    using namespace std::chrono;
-    const year_month_day day{year{std::stoi(text.substr(0, 4))},
-                             month{static_cast<unsigned>(std::stoi(text.substr(5, 2)))},
-                             std::chrono::day{static_cast<unsigned>(std::stoi(text.substr(8, 2)))}};
-    return Date::fromUnixSeconds(static_cast<double>(sys_days(day).time_since_epoch().count()) * 86400 +
-                                 36000);
-}
-
-inline std::string dayOf(Date date) { return timestamp(date, std::chrono::seconds(0)).substr(0, 10); }
+inline Date dayAtTen(const std::string& day) { return onDay(day, std::chrono::hours(10)); }
 
 class ManualClock final : public Clock {
 public:
