@@ -69,14 +69,10 @@ TEST(CatalogueReader, NamesFilePlaceAndWhatWasExpected) {
     } cases[] = {
         {"{\n\"products\": [\n}",
          "f, line 3: syntax error while parsing value - unexpected '}'; expected '[', '{', or a literal."},
-        {"", "f, line 1: syntax error while parsing value - unexpected end of input; expected '[', '{', or a "
-             "literal."},
         {R"({"big": 1e999})", "f: number overflow parsing '1e999'."},
-        {"[]", "f: expected an object, found a list."},
         {"{}", "f, version: expected an object, found nothing."},
         {R"({"version": {"major": 9}})", "f, version.major: expected a version from 1 to 5, found 9."},
         {R"({"version": {"major": 1}, "products": {}})", "f, products: expected a list, found an object."},
-        {inProducts(gem + R"(, {"productID": 7})"), "f, products[1].type: expected a text, found nothing."},
         {inProducts(gem + "," + gem),
          "f, products[1].productID: expected an identifier that no product before it has, found \"gem\"."},
         {inProducts(R"({"productID": "a", "type": "Consumable", "displayPrice": 1.99})"),

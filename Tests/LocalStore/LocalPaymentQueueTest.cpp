@@ -95,8 +95,9 @@ TEST(LocalPaymentQueue, AsksAboutAPromotedPurchaseOnceSomebodyIsThereToAnswer) {
     TestDevice device;
     auto platform = TestPlatform::launch(device, storeOptions(1));
     platform->localStore().promote(coins);
-    platform->runUntilIdle();
     platform = TestPlatform::relaunch(std::move(platform));
+    EXPECT_THAT(SKPaymentQueue::defaultQueue()->transactions(), IsEmpty());
+    platform->runUntilIdle();
     const Listener listener(*SKPaymentQueue::defaultQueue());
     platform->runUntilIdle();
     EXPECT_THAT(listener.heard, ElementsAre("asked", "open", "bought 2024-01-31"));
