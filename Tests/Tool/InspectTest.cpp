@@ -2,14 +2,13 @@
 
 #include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
-#include "Platform/Foundation/Console.hpp"
 #include "Tests/Tool/GoldenState.hpp"
 #include "Tests/Tool/SampleFolder.hpp"
+#include "Tools/corvantile/SilentConsole.hpp"
 
 #include <gmock/gmock.h>
 
 #include <functional>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -25,11 +24,6 @@ using testing::HasSubstr;
 constexpr const char* settingName = "appconfig_Setting_2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB";
 constexpr const char* keyAccount = "realm_encryption_key";
 constexpr const char* service = "com.example.golden";
-
-class NoConsole final : public Console {
-public:
-    void print(std::string_view) override {}
-};
 
 using Show = ExitCode (*)(const InspectOptions&, std::ostream&);
 
@@ -50,7 +44,7 @@ protected:
         defaults().setValue(std::move(value), name);
     }
     SQLiteUserDefaults defaults() {
-        return SQLiteUserDefaults({state / "user-defaults.sqlite", std::make_shared<NoConsole>(), {}});
+        return SQLiteUserDefaults({state / "user-defaults.sqlite", std::make_shared<SilentConsole>(), {}});
     }
     Files files() {
         Files files;
@@ -112,7 +106,10 @@ TEST_F(Inspect, ChangesNothingAndSeesWhatARunningAppHasJustSet) {
 }
 
 TEST_F(Inspect, SaysWhatIsWrong) {
-    const auto vault = [&] { return std::make_unique<Vault>(VaultOptions{.folder = state / "keychain"}); };
+    const auto vault = [&] { return Vault({.folder = state / "keychain"}); };
+    const auto setKey = [&](KeychainValue key) {
+        vault().update({{"key", std::move(key)}}, keyAccount, service);
+    };
     const struct {
         std::function<void()> damage;
         const char* finding;
@@ -120,17 +117,11 @@ TEST_F(Inspect, SaysWhatIsWrong) {
         {[&] { fs::permissions(state, fs::perms::all); }, "other users get in; chmod go-w"},
         {[&] { fs::permissions(state / "keychain/master.key", fs::perms::all); },
          "Others can open master.key"},
-        {[&] { fs::remove(state / "keychain/master.key"); }, "There is no master key."},
-        {[&] { vault()->remove(keyAccount, service); },
+        {[&] { vault().remove(keyAccount, service); },
          "wrong  appconfig_uuidKey: the keychain holds no storage key"},
-        {[&] {
-             vault()->update({{"key", std::string(88, 'k')}}, keyAccount, service);
-         },
+        {[&] { setKey(std::string(88, 'k')); },
          "wrong  appconfig_uuidKey: it was sealed under another storage key, or is damaged"},
-        {[&] {
-             vault()->update({{"key", 1}}, keyAccount, service);
-         },
-         "wrong  appconfig_uuidKey: the storage key in the keychain cannot be read"},
+        {[&] { setKey(1); }, "wrong  appconfig_uuidKey: the storage key in the keychain cannot be read"},
         {[&] { store(defaults().stringForKey("appconfig_uuidKey"), settingName); },
          "it decrypts, but is not the record that its name says"},
         {[&] { fs::resize_file(state / "user-defaults.sqlite", 5000); }, "wrong  user defaults: "},

@@ -92,16 +92,12 @@ TEST_F(StorageCommands, ExplainWhatTheyCannotDo) {
     EXPECT_THAT(happenings().back().text, StartsWith("that waits for the first record"));
     awaitRecords();
     expectRefusals({
-        {"setting", "setting wants KEY=VALUE…"},
         {"setting {}", "expected KEY=VALUE, such as reviewAppEnabled=false"},
         {"setting reviewApp=true", "did you mean reviewAppEnabled?"},
         {"setting reviewAppEnabled=yes", "expected true or false, but found \"yes\""},
         {"setting iapPolicy='[1]'", "expected a JSON list of texts, but found [1]"},
         {"setting iapPolicy=5", "expected a text, in quotes if need be"},
     });
-    begin(R"({"bundleIdentifier": "a", "plugins": []})");
-    play({"launch"});
-    EXPECT_THAT(refusal("firstdate"), HasSubstr("offers FirstDatePluggable; one would be FirstDatePlugin"));
 }
 
 } // namespace

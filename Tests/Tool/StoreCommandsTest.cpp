@@ -1,6 +1,5 @@
 #include "Tests/Tool/EngineFixture.hpp"
 #include "Tests/Tool/SampleCatalogue.hpp"
-#include "Tools/corvantile/Refusal.hpp"
 
 namespace corvantile::tool {
 namespace {
@@ -33,32 +32,22 @@ protected:
         play({"launch", "activate"});
         takeTold("sink");
     }
-
-    // What reached the sink since last asked: names of events, and prices of subscriptions.
-    Texts takeGot() {
-        Texts got;
-        for (const auto& text : takeTold("sink")) {
-            const auto words = splitWords(text);
-            const bool isEvent = words[2].text != "a";
-            got.push_back(isEvent
-                              ? words[2].text
-                              : text.substr(text.find("price="), text.find(" region") - text.find("price=")));
-        }
-        return got;
-    }
 };
 
 TEST_F(StoreCommands, ReportASubscriptionOnceAndItsConversion) {
     play({"buy pro"});
     awaitText("backend got total_subscription");
-    EXPECT_THAT(takeGot(), ElementsAre("trial_subscribe_pro", StartsWith("price=0"), "total_subscription"));
+    EXPECT_THAT(takeTold("sink"),
+                ElementsAre(StartsWith("backend got trial_subscribe_pro "), HasSubstr(" price=0 "),
+                            StartsWith("backend got total_subscription ")));
 
     play({"relaunch", "activate"});
-    EXPECT_THAT(takeGot(), IsEmpty());
+    EXPECT_THAT(takeTold("sink"), IsEmpty());
 
     play({"advance 8d"});
     awaitText("backend got a subscription");
-    EXPECT_THAT(takeGot(), ElementsAre("trial_conversion_pro", StartsWith("price=4.99")));
+    EXPECT_THAT(takeTold("sink"),
+                ElementsAre(StartsWith("backend got trial_conversion_pro "), HasSubstr(" price=4.99 ")));
     play({"store"});
     EXPECT_THAT(takeTold("store"), Contains(StartsWith("subscription: app.pro renews at ")));
 }
@@ -122,9 +111,6 @@ TEST_F(StoreCommands, RefuseWhatTheStoreCannotDo) {
         {"advance 3x", "expected a duration, such as 31d"},
         {"receipts /nowhere", "/nowhere: expected a receipt"},
     });
-    EXPECT_THROW(begin(R"({"bundleIdentifier": "a.b", "plugins": [{"kind": "AnalyticPlugin"},
-                           {"kind": "FirstDatePlugin"}, {"kind": "IAPReceiptTrackingPlugin"}]})"),
-                 Refusal);
 }
 
 } // namespace
