@@ -24,6 +24,10 @@ int fdatasync(int descriptor) { return flush(SYS_fdatasync, descriptor); }
 
 namespace corvantile {
 
-int flushCount() { return count.load(); }
+int flushesOf(const std::function<void()>& work) {
+    const int before = count;
+    work();
+    return count - before;
+}
 
 } // namespace corvantile

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
+
 namespace corvantile {
 
-// How often this program has asked the kernel to flush a file, by fsync or fdatasync, on any thread.
-int flushCount();
+// How often this program asks the kernel to flush a file meanwhile, by fsync or fdatasync, on any thread.
+int flushesOf(const std::function<void()>& work);
 
 } // namespace corvantile

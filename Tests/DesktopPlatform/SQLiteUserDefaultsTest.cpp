@@ -1,6 +1,5 @@
 #include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
 
-#include "DesktopPlatform/Storage/DefaultsFile.hpp"
 #include "Tests/DesktopPlatform/FlushCount.hpp"
 #include "Tests/DesktopPlatform/StoreFiles.hpp"
 #include "Tests/DesktopPlatform/TemporaryFolder.hpp"
@@ -8,9 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -23,16 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-void overwrite(const fs::path& file, std::size_t offset, const std::string& bytes) {
-    std::fstream stream(file, std::ios::binary | std::ios::in | std::ios::out);
-    stream.seekp(static_cast<std::streamoff>(offset))
-        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
 
 class SQLiteUserDefaultsTest : public testing::Test {
 protected:
@@ -44,82 +34,11 @@ protected:
             }});
     }
 
-    // Enough for several pages, all of them in the file itself and none in its log.
-    void fill() {
-        const auto defaults = open();
-        for (int i = 0; i < valueCount; ++i) defaults->setValue(std::string(500, 'v'), std::to_string(i));
-        emptyStateLog(file_, DefaultsFile::format);
-        removeLog(file_);
-    }
-
-    static constexpr int valueCount = 40;
-
     const TemporaryFolder folder_;
     const fs::path file_ = folder_.path() / "state" / "user-defaults.sqlite";
     const std::shared_ptr<ListeningConsole> console_ = std::make_shared<ListeningConsole>();
     std::vector<std::function<void()>> waiting_;
 };
-
-TEST_F(SQLiteUserDefaultsTest, MakesNothingUntilItIsAskedAndThenFilesOfTheUserAlone) {
-    const auto defaults = open();
-    defaults->beginTurn();
-    EXPECT_FALSE(fs::exists(file_.parent_path()));
-
-    defaults->setBool(true, "key");
-
-    EXPECT_EQ(fs::status(file_.parent_path()).permissions(), fs::perms::owner_all);
-    for (const auto* const suffix : {"", "-wal", "-shm"})
-        EXPECT_EQ(fs::status(beside(file_, suffix)).permissions(),
-                  fs::perms::owner_read | fs::perms::owner_write)
-            << suffix;
-}
-
-TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideThatCannotBeUsedAndBeginsAnew) {
-    const std::function<void()> damages[] = {
-        [&] { fs::resize_file(file_, 0); },
-        [&] { writeFile(file_, "Dear diary,"); },
-        [&] { overwrite(file_, 2 * 4096, std::string(4096, 'x')); },
-        [&] {
-            fs::remove(file_);
-            SqliteDatabase(file_, SqliteDatabase::Missing::isMade)
-                .execute("CREATE TABLE defaults (key, value)");
-        },
-        [&] { fs::remove(file_), fs::create_directory(file_); },
-        [&] { fs::remove(file_), fs::create_symlink("nowhere", file_); },
-    };
-    int number = 0;
-    for (const auto& damage : damages) {
-        SCOPED_TRACE(++number);
-        fs::remove_all(file_.parent_path());
-        console_->lines.clear();
-        fill();
-        damage();
-        const auto former = bytesOf(file_);
-
-        const auto defaults = open();
-        EXPECT_THAT(defaults->dictionaryRepresentation(), IsEmpty());
-        defaults->setValue("new", "key");
-
-        EXPECT_EQ(open()->stringForKey("key"), "new");
-        EXPECT_THAT(console_->lines, ElementsAre(AllOf(HasSubstr("began anew"),
-                                                       HasSubstr("user-defaults.sqlite.set-aside-1"))));
-        EXPECT_TRUE(fs::exists(fs::symlink_status(beside(file_, ".set-aside-1"))));
-        EXPECT_EQ(bytesOf(beside(file_, ".set-aside-1")), former);
-    }
-}
-
-TEST_F(SQLiteUserDefaultsTest, LeavesALaterVersionsFileAlone) {
-    fill();
-    SqliteDatabase(file_, SqliteDatabase::Missing::fails).execute("PRAGMA user_version = 2");
-    emptyStateLog(file_, DefaultsFile::format);
-    const auto former = bytesOf(file_);
-
-    open()->setValue("value", "key");
-
-    EXPECT_EQ(bytesOf(file_), former);
-    EXPECT_EQ(open()->valueForKey("key"), std::nullopt);
-    EXPECT_THAT(console_->lines, ElementsAre(HasSubstr("later version"), HasSubstr("later version")));
-}
 
 TEST_F(SQLiteUserDefaultsTest, TakesNoLogForItsOwnThatAFormerFileLeft) {
     open()->setValue("former", "key");
@@ -154,13 +73,14 @@ TEST_F(SQLiteUserDefaultsTest, KeepsInMemoryWhatAFullDiskRefusesAndWritesItLater
 }
 
 TEST_F(SQLiteUserDefaultsTest, SavesWhatItKnowsOfAFileThatIsDamagedUnderItsHands) {
-    fill();
+    for (int i = 0; i < 40; ++i) open()->setValue(std::string(500, 'v'), std::to_string(i));
+    alter(file_, "PRAGMA wal_checkpoint(TRUNCATE)");
     const auto ours = open();
     const auto theirs = open();
     const auto known = ours->dictionaryRepresentation();
-    ASSERT_EQ(theirs->dictionaryRepresentation().size(), static_cast<std::size_t>(valueCount));
+    ASSERT_EQ(theirs->dictionaryRepresentation(), known);
 
-    overwrite(file_, 4096, std::string(fs::file_size(file_) - 4096, 'x'));
+    writeFile(file_, bytesOf(file_).replace(4096, std::string::npos, 6 * 4096, 'x'));
     theirs->setValue("written", "by another process");
     ours->beginTurn();
 
@@ -171,11 +91,6 @@ TEST_F(SQLiteUserDefaultsTest, SavesWhatItKnowsOfAFileThatIsDamagedUnderItsHands
 }
 
 TEST_F(SQLiteUserDefaultsTest, WaitsForTheDiskOnlyToSynchronizeAndInTheBackgroundWhereItEmptiesItsLog) {
-    const auto flushesOf = [](const std::function<void()>& work) {
-        const auto before = flushCount();
-        work();
-        return flushCount() - before;
-    };
     const auto defaults = open();
     int sets = 0;
     const auto set = [&] { defaults->setValue(std::to_string(++sets), "key"); };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DesktopPlatform/Storage/Sqlite.hpp"
 #include "Platform/Foundation/Console.hpp"
 
 #include <csignal>
@@ -35,6 +36,10 @@ inline void writeFile(const std::filesystem::path& file, std::string_view bytes)
 
 inline std::filesystem::path beside(std::filesystem::path file, std::string_view suffix) {
     return file += suffix;
+}
+
+inline void alter(const std::filesystem::path& file, const char* statements) {
+    SqliteDatabase(file, SqliteDatabase::Missing::fails).execute(statements);
 }
 
 inline void removeLog(const std::filesystem::path& file) {

@@ -5,6 +5,7 @@
 #include "Tests/DesktopPlatform/FlushCount.hpp"
 #include "Tests/DesktopPlatform/StoreFiles.hpp"
 #include "Tests/DesktopPlatform/TemporaryFolder.hpp"
+#include "Tests/Platform/AtOnce.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,16 +13,11 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
-#include <latch>
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
-
-#include <sqlite3.h>
-#include <sys/stat.h>
 
 namespace corvantile {
 namespace {
@@ -50,14 +46,7 @@ protected:
             vault.save(entry, "account", service);
             vault.save({{"key", "text"}}, "other", service);
         }
-        alter("PRAGMA wal_checkpoint(TRUNCATE)");
-    }
-
-    void alter(const char* statements) const {
-        sqlite3* database = nullptr;
-        ASSERT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
-        EXPECT_EQ(sqlite3_exec(database, statements, nullptr, nullptr, nullptr), SQLITE_OK) << statements;
-        sqlite3_close(database);
+        alter(file, "PRAGMA wal_checkpoint(TRUNCATE)");
     }
 
     // What the change is refused with.
@@ -95,30 +84,11 @@ TEST_F(VaultTest, ReadsWhatTheFirstVersionWrote) {
     EXPECT_EQ(vault.load("\0"s, ""), KeychainDictionary{});
 }
 
-TEST_F(VaultTest, MakesNothingBeforeTheFirstSaveAndThenFilesOfItsUserAlone) {
-    auto vault = open();
-    EXPECT_EQ(vault.load("account", service), std::nullopt);
-    EXPECT_FALSE(vault.remove("account", service));
-    EXPECT_THAT(vault.inspect().entries, IsEmpty());
-    EXPECT_FALSE(fs::exists(folder.parent_path()));
-    EXPECT_THAT(console->lines, IsEmpty());
-
-    const auto before = ::umask(0);
-    vault.save(entry, "account", service);
-    ::umask(before);
-
-    const auto modeOf = [](const fs::path& path) { return fs::status(path).permissions(); };
-    EXPECT_EQ(modeOf(folder), fs::perms::owner_all);
-    for (const auto& path : {key, file}) EXPECT_EQ(modeOf(path), privateFile) << path;
-}
-
 TEST_F(VaultTest, FlushesOnceForEachSaveAlsoOnceALongLogWasEmptiedInTheBackground) {
     std::vector<std::function<void()>> works;
     Vault vault({.folder = folder, .inBackground = [&](auto work) { works.push_back(std::move(work)); }});
     const auto flushesOfSaving = [&](const KeychainDictionary& dictionary, const std::string& account) {
-        const int before = flushCount();
-        vault.save(dictionary, account, service);
-        return flushCount() - before;
+        return flushesOf([&] { vault.save(dictionary, account, service); });
     };
     const auto large = KeychainDictionary{{"data", KeychainData(600'000)}};
     EXPECT_GT(flushesOfSaving(large, "0"), 1); // of folder, key and file
@@ -135,25 +105,23 @@ TEST_F(VaultTest, FlushesOnceForEachSaveAlsoOnceALongLogWasEmptiedInTheBackgroun
     while (--number >= 0) EXPECT_EQ(vault.load(std::to_string(number), service), large);
 }
 
-// Each has a vault of its own, as processes have.
+// Each has a vault of its own, as processes have. Looking for an entry makes none.
 TEST_F(VaultTest, LetsExactlyOneOfSeveralAddAnAccountEvenWhereTheyMakeTheVault) {
     constexpr int accountCount = 10;
+    EXPECT_EQ(open().load("0", service), std::nullopt);
+    EXPECT_FALSE(open().remove("0", service));
+    EXPECT_FALSE(fs::exists(folder.parent_path()));
     std::atomic<int> added{0};
-    std::latch start(4);
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 4; ++number)
-        threads.emplace_back([&] {
-            auto vault = open();
-            start.arrive_and_wait();
-            for (int account = 0; account < accountCount; ++account) {
-                const auto error = refusal([&] {
-                    vault.save(entry, std::to_string(account), service);
-                    ++added;
-                });
-                EXPECT_TRUE(error.code() == 0 || isKeychainError(error, KeychainStatus::duplicateItem));
-            }
-        });
-    for (auto& thread : threads) thread.join();
+    atOnce(4, [&](int) {
+        auto vault = open();
+        for (int account = 0; account < accountCount; ++account) {
+            const auto error = refusal([&] {
+                vault.save(entry, std::to_string(account), service);
+                ++added;
+            });
+            EXPECT_TRUE(error.code() == 0 || isKeychainError(error, KeychainStatus::duplicateItem));
+        }
+    });
 
     EXPECT_EQ(added, accountCount);
     for (int account = 0; account < accountCount; ++account)
@@ -163,9 +131,9 @@ TEST_F(VaultTest, LetsExactlyOneOfSeveralAddAnAccountEvenWhereTheyMakeTheVault) 
 TEST_F(VaultTest, SaysWhyAnEntryDoesNotRead) {
     prepare();
     // A box opens only where it was saved.
-    alter("UPDATE entries SET box = (SELECT box FROM entries WHERE account = x'6F74686572')"
-          " WHERE account = x'6163636F756E74';"
-          "UPDATE entries SET key = x'00', box = zeroblob(60) WHERE account = x'6F74686572'");
+    alter(file, "UPDATE entries SET box = (SELECT box FROM entries WHERE account = x'6F74686572')"
+                " WHERE account = x'6163636F756E74';"
+                "UPDATE entries SET key = x'00', box = zeroblob(60) WHERE account = x'6F74686572'");
     Vault vault({.folder = folder, .console = console, .reportsUnreadableEntries = true});
     const std::pair<const char*, const char*> cases[] = {
         {"account", "it is damaged."}, {"other", "it was sealed under another master key."}};
@@ -226,43 +194,11 @@ TEST_F(VaultTest, RefusesAKeyThatOthersCanReach) {
     }
 }
 
-TEST_F(VaultTest, SetsAFileAsideThatDoesNotOpenWhenItMustWrite) {
-    prepare();
-    const auto whole = bytesOf(file);
-    const std::function<void()> damages[] = {
-        [&] { writeFile(file, "These are no tables. " + std::string(5000, '.')); },
-        [&] { writeFile(file, whole.substr(0, 5000)); },
-        [&] { fs::remove(file), writeFile(beside(file, "-wal"), "log"); },
-        [&] { fs::remove(file), alter("CREATE TABLE mine (a); PRAGMA user_version = 9"); },
-        [&] { alter("ALTER TABLE entries RENAME TO mine"); },
-    };
-    int number = 0;
-    for (const auto& damage : damages) {
-        SCOPED_TRACE(++number);
-        removeLog(file);
-        writeFile(file, whole);
-        damage();
-        const auto damaged = bytesOf(file);
-        console->lines.clear();
-        auto vault = open();
-
-        EXPECT_EQ(vault.load("account", service), std::nullopt);
-        EXPECT_EQ(bytesOf(file), damaged);
-        vault.save(entry, "new", service);
-
-        EXPECT_EQ(open().load("new", service), entry);
-        EXPECT_THAT(console->lines,
-                    Contains(HasSubstr("is damaged. It is kept as vault.sqlite.set-aside-1")));
-        EXPECT_EQ(bytesOf(folder / "vault.sqlite.set-aside-1"), damaged);
-        for (const auto& path : vault.inspect().setAside) fs::remove(path);
-    }
-}
-
 TEST_F(VaultTest, CarriesOverWhatADamagedFileStillHolds) {
     prepare();
     for (std::uint8_t number = 0; number < 50; ++number)
         open().save({{"data", KeychainData(400, number)}}, "account " + std::to_string(number), service);
-    alter("PRAGMA wal_checkpoint(TRUNCATE)");
+    alter(file, "PRAGMA wal_checkpoint(TRUNCATE)");
     auto bytes = bytesOf(file);
     bytes.replace(bytes.size() / 4096 / 2 * 4096, 4096, 4096, '\0');
     writeFile(file, bytes);
@@ -277,20 +213,6 @@ TEST_F(VaultTest, CarriesOverWhatADamagedFileStillHolds) {
     EXPECT_THAT(vault.inspect().faults, IsEmpty());
     EXPECT_EQ(bytesOf(folder / "vault.sqlite.set-aside-1"), bytes);
     EXPECT_THAT(console->lines, Contains(HasSubstr(std::to_string(left.size()) + " entries")));
-}
-
-TEST_F(VaultTest, LeavesALaterVersionsFileAlone) {
-    prepare();
-    alter("PRAGMA user_version = 2; PRAGMA wal_checkpoint(TRUNCATE)");
-    const auto before = bytesOf(file);
-    auto vault = open();
-
-    EXPECT_EQ(vault.load("account", service), std::nullopt);
-    EXPECT_TRUE(
-        isKeychainError(refusal([&] { vault.save(entry, "new", service); }), KeychainStatus::notAvailable));
-    EXPECT_EQ(bytesOf(file), before);
-    EXPECT_THAT(vault.inspect().setAside, IsEmpty());
-    EXPECT_THAT(console->lines, ElementsAre(HasSubstr("later version")));
 }
 
 } // namespace
