@@ -1,13 +1,17 @@
 #pragma once
 
+#include "DesktopPlatform/Network/RoutingStatus.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string_view>
+#include <string>
 #include <vector>
 
+#include <linux/if_link.h>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
+#include <sys/socket.h>
 
 namespace corvantile {
 
@@ -30,8 +34,8 @@ inline NetlinkBuffer attribute(unsigned type, const void* value, std::size_t siz
 inline NetlinkBuffer number(unsigned type, std::uint32_t value) {
     return attribute(type, &value, sizeof value);
 }
-inline NetlinkBuffer text(unsigned type, std::string_view value) {
-    return attribute(type, value.data(), value.size());
+inline NetlinkBuffer text(unsigned type, const std::string& value) {
+    return attribute(type, value.c_str(), value.size() + 1);
 }
 inline NetlinkBuffer nested(unsigned type, const NetlinkBuffer& inside) {
     return attribute(type, inside.data(), inside.size());
@@ -57,6 +61,34 @@ NetlinkBuffer message(nlmsghdr header, const Body& body, const std::vector<Netli
 inline NetlinkBuffer operator+(NetlinkBuffer left, const NetlinkBuffer& right) {
     left.insert(left.end(), right.begin(), right.end());
     return left;
+}
+
+inline NetlinkBuffer linkMessage(nlmsghdr header, const NetworkLink& link) {
+    const auto hardwareType = static_cast<unsigned short>(link.hardwareType);
+    return message(header, ifinfomsg{AF_UNSPEC, 0, hardwareType, link.index, link.flags, 0},
+                   {number(IFLA_MTU, 1500), text(IFLA_IFNAME, link.name),
+                    nested(IFLA_LINKINFO | NLA_F_NESTED, text(IFLA_INFO_KIND, link.kind))});
+}
+
+inline NetlinkBuffer routeMessage(nlmsghdr header, const NetworkRoute& route) {
+    rtmsg body{};
+    body.rtm_family = static_cast<unsigned char>(route.family);
+    body.rtm_dst_len = static_cast<unsigned char>(route.prefixLength);
+    body.rtm_type = static_cast<unsigned char>(route.type);
+    NetlinkBuffer hops;
+    for (const auto& [link, flags] : route.hops) {
+        const auto gateway = number(RTA_GATEWAY, 1);
+        const rtnexthop hop{static_cast<unsigned short>(sizeof hop + gateway.size()),
+                            static_cast<unsigned char>(flags), 0, link};
+        append(hops, &hop, sizeof hop);
+        append(hops, gateway.data(), gateway.size());
+    }
+    hops = nested(RTA_MULTIPATH, hops);
+    if (route.hops.size() == 1) { // told without a list
+        body.rtm_flags = route.hops[0].flags;
+        hops = number(RTA_OIF, static_cast<std::uint32_t>(route.hops[0].link));
+    }
+    return message(header, body, {number(RTA_TABLE, route.table), hops, number(RTA_PRIORITY, route.metric)});
 }
 
 } // namespace corvantile
