@@ -1,3 +1,4 @@
+#include "Platform/Foundation/DispatchQueue.hpp"
 #include "TestPlatform/RecordingConsole.hpp"
 #include "TestPlatform/TestDevice.hpp"
 #include "TestPlatform/TestPlatform.hpp"
@@ -30,10 +31,12 @@ protected:
         TestPlatform::launch(device_, {.reportsUnreadableEntries = true});
 };
 
-TEST_F(Faults, AKilledProcessChangesNothingAnyMore) {
+TEST_F(Faults, AKilledProcessSaysAndChangesNothingAnyMore) {
     defaults().setValue("value", "key");
     keychain().save(entry, "before", service);
     const auto ports = platform_->ports();
+    const auto sayGone = [&ports](void*) { ports.console->print("gone"); };
+    ports.queues->main()->async([end = std::shared_ptr<void>(nullptr, sayGone)] {});
     platform_->kill();
 
     ports.userDefaults->setValue("too late", "key");
@@ -41,6 +44,7 @@ TEST_F(Faults, AKilledProcessChangesNothingAnyMore) {
     ports.keychain->update({}, "before", service);
     EXPECT_FALSE(ports.keychain->remove("before", service));
 
+    EXPECT_EQ(platform_->console().text(), "");
     EXPECT_EQ(device_.defaults().values(), (Dictionary{{"key", "value"}}));
     EXPECT_THAT(device_.keychain().entries(), ElementsAre(DeviceKeychain::Entry{service, "before", entry}));
 }

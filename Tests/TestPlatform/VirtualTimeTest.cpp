@@ -80,6 +80,24 @@ TEST_F(VirtualTime, KeepsTimersApartFromTheWallClock) {
     EXPECT_EQ(clock.localOffset(clock.now()), -5h);
 }
 
+TEST_F(VirtualTime, PassesForBothProcessesOfADeviceWhenTheirTurnComes) {
+    const auto extension = TestPlatform::launch(device_);
+    main_->asyncAfter(1s, note("app"));
+    DispatchQueue::main()->asyncAfter(1s, note("extension"));
+
+    platform_->advance(1s);
+    EXPECT_EQ(journal_, Journal{"app@1"});
+    EXPECT_EQ(&Platform::current(), extension.get());
+    extension->runUntilIdle(); // its second has passed as well
+    EXPECT_EQ(journal_, (Journal{"app@1", "extension@1"}));
+
+    platform_->makeCurrent();
+    EXPECT_EQ(&Platform::current(), platform_.get());
+    extension->makeCurrent();
+    platform_.reset();
+    EXPECT_EQ(&Platform::current(), extension.get());
+}
+
 using VirtualTimeDeathTest = VirtualTime;
 
 TEST_F(VirtualTimeDeathTest, NamesWhatATestDoesWrong) {
