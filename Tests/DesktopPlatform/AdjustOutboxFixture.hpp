@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DesktopPlatform/Adjust/FormText.hpp"
 #include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
 #include "DesktopPlatform/Adjust/OutboxEntry.hpp"
 #include "Platform/Platform.hpp"
@@ -69,12 +70,9 @@ protected:
     [[nodiscard]] std::vector<std::string> posted(std::size_t from = 0) const {
         std::vector<std::string> found;
         for (const auto& [request, isCancelled] : platform->http().sent())
-            found.push_back(request.url.substr(std::string(server).size()) + " " + tokenIn(*request.body));
+            found.push_back(request.url.substr(std::string(server).size()) + " " +
+                            formField(*request.body, "event_token"));
         return {found.begin() + static_cast<std::ptrdiff_t>(from), found.end()};
-    }
-    static std::string tokenIn(const std::string& form) {
-        const auto begin = form.find("event_token=");
-        return begin == std::string::npos ? "" : form.substr(begin + 12, form.find('&', begin) - begin - 12);
     }
     [[nodiscard]] std::vector<std::string> lines() const { return platform->console().lines(); }
 

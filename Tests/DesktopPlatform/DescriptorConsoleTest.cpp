@@ -1,13 +1,13 @@
 #include "DesktopPlatform/DesktopPlatform.hpp"
 #include "DesktopPlatform/Foundation/Descriptor.hpp"
 #include "Platform/Foundation/Console.hpp"
+#include "Tests/Platform/AtOnce.hpp"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include <fcntl.h>
 #include <pthread.h>
@@ -46,12 +46,9 @@ TEST(DescriptorConsole, KeepsLinesOfSeveralThreadsWholeOnAFullPipe) {
     std::string all;
 
     std::thread reader([&] { all = pipe.readAll(); });
-    std::vector<std::thread> writers;
-    for (const char letter : {'a', 'b', 'c'})
-        writers.emplace_back([&console, letter] {
-            for (int i = 0; i < 20; ++i) console.print(std::string(6000, letter));
-        });
-    for (auto& writer : writers) writer.join();
+    atOnce(3, [&console](int number) {
+        for (int i = 0; i < 20; ++i) console.print(std::string(6000, static_cast<char>('a' + number)));
+    });
     pipe.in = Descriptor();
     reader.join();
 

@@ -42,10 +42,6 @@ inline void alter(const std::filesystem::path& file, const char* statements) {
     SqliteDatabase(file, SqliteDatabase::Missing::fails).execute(statements);
 }
 
-inline void removeLog(const std::filesystem::path& file) {
-    for (const auto* const suffix : {"-wal", "-shm"}) std::filesystem::remove(beside(file, suffix));
-}
-
 // A disk on which no file can grow beyond a size.
 class SmallDisk {
 public:

@@ -3,12 +3,8 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Reactive/Factories.hpp"
 #include "Reactive/PublishSubject.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "Tests/Corvantile/ProcessTest.hpp"
 #include "Tests/Platform/AtOnce.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <memory>
 #include <stdexcept>
@@ -22,7 +18,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Activity : public testing::Test {
+class Activity : public ProcessTest {
 protected:
     Activity() {
         indicator_.asObservable().subscribe([this](bool isActive) { seen_.push_back(isActive); });
@@ -35,8 +31,6 @@ protected:
         return std::exchange(seen_, {});
     }
 
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     ActivityIndicator indicator_;
     rx::PublishSubject<int> source_;
     std::vector<bool> seen_;

@@ -2,13 +2,10 @@
 
 #include "Platform/Application/UIApplication.hpp"
 #include "Platform/Store/SKPaymentQueue.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/Corvantile/ProcessTest.hpp"
 
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -73,15 +70,13 @@ private:
     const bool answer_;
 };
 
-class PluggableDelegate : public testing::Test {
+class PluggableDelegate : public ProcessTest {
 protected:
     UIApplication& application() { return *UIApplication::shared(); }
     std::shared_ptr<NotingPlugin> plugin(const std::string& name, bool answer = true) {
         return std::make_shared<NotingPlugin>(journal_, name, answer);
     }
 
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     Journal journal_;
     SKPaymentQueue& queue_ = *SKPaymentQueue::defaultQueue();
 };

@@ -1,9 +1,6 @@
 #include "Platform/Foundation/Clock.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
-
-#include <gtest/gtest.h>
+#include "Tests/Corvantile/ProcessTest.hpp"
 
 #include <chrono>
 #include <functional>
@@ -17,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class VirtualTime : public testing::Test {
+class VirtualTime : public ProcessTest {
 protected:
     // An item that notes its name and the seconds since the device's start.
     WorkItem note(std::string name) {
@@ -29,9 +26,7 @@ protected:
 
     using Journal = std::vector<std::string>;
 
-    TestDevice device_;
     Journal journal_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     std::shared_ptr<DispatchQueue> main_ = DispatchQueue::main();
     std::shared_ptr<DispatchQueue> serial_ =
         platform_->ports().queues->makeSerial("serial", QualityOfService::background);
