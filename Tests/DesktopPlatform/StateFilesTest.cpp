@@ -43,7 +43,7 @@ const std::vector<Damage> damagesOfVaults = {
     [](const fs::path& file) { fs::remove(file), writeFile(beside(file, "-wal"), "log"); },
     [](const fs::path& file) { alter(file, "ALTER TABLE entries RENAME TO mine"); }};
 const std::vector<Damage> damagesOfOthers = {
-    [](const fs::path& file) { fs::resize_file(file, 0); },
+    [](const fs::path& file) { fs::resize_file(file, 0), writeFile(beside(file, "-wal"), "log"); },
     [](const fs::path& file) { writeFile(file, bytesOf(file).replace(2 * 4096, 4096, 4096, 'x')); },
     [](const fs::path& file) { fs::remove(file), fs::create_directory(file); },
     [](const fs::path& file) { fs::remove(file), fs::create_symlink("nowhere", file); }};
@@ -98,13 +98,14 @@ TYPED_TEST(StateFiles, AreSetAsideWhenTheyCannotBeUsedAndBegunAnew) {
         fs::remove_all(this->folder);
         fs::copy(prepared, this->folder, fs::copy_options::recursive);
         damage(this->file);
-        const auto damaged = bytesOf(this->file);
+        const auto damaged = bytesOf(this->file), log = bytesOf(beside(this->file, "-wal"));
         this->console->lines.clear();
 
         this->open().save("new", "text");
 
         EXPECT_EQ(TypeParam::in(this->file), (Texts{{"new", "text"}}));
         EXPECT_EQ(bytesOf(beside(this->file, ".set-aside-1")), damaged);
+        EXPECT_EQ(bytesOf(beside(this->file, ".set-aside-1-wal")), log);
         EXPECT_THAT(filesSetAside(this->file), Not(IsEmpty()));
         EXPECT_THAT(this->console->lines,
                     ElementsAre(HasSubstr(std::string(TypeParam::fileName) + ".set-aside-1")));
