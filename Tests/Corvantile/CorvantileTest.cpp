@@ -2,6 +2,7 @@
 
 #include "Corvantile/DebugPlugin.hpp"
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
+#include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
 #include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
 #include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
 #include "Corvantile/RequireService.hpp"
@@ -89,6 +90,10 @@ TEST_F(StaticCorvantileDeathTest, ARequiredServiceThatIsMissingEndsTheProcess) {
     Locksmith::saveData({{"firstDate", Date{}}}, "firstDate"); // even so
     EXPECT_DEATH(FirstDatePlugin().didBecomeActive(*UIApplication::shared()),
                  "^Corvantile/FirstDatePlugin" + report + "AnalyticPluggable\\.\n$");
+    IAPReceiptTrackingPlugin tracking;
+    const auto trackingReport = "^Corvantile/IAPReceiptTrackingPlugin" + report + "AnalyticPluggable\\.\n$";
+    EXPECT_DEATH(tracking.didBecomeActive(*UIApplication::shared()), trackingReport);
+    EXPECT_DEATH(tracking.trackValidatedPurchase("pro", std::nullopt), trackingReport);
 }
 
 } // namespace

@@ -1,18 +1,12 @@
 #pragma once
 
-#include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
 #include "Corvantile/Plugin/Database/FirstDatePluggable.hpp"
 #include "CorvantileIAP/IAPReceiptPluggable.hpp"
 #include "Reactive/ReplaySubject.hpp"
-#include "Tests/Corvantile/EventLine.hpp"
+#include "Tests/Corvantile/RecordingAnalytics.hpp"
 
 #include <cstdint>
-#include <functional>
-#include <initializer_list>
 #include <memory>
-#include <mutex>
-#include <optional>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -59,43 +53,6 @@ public:
     [[nodiscard]] rx::Observable<Date> firstDate() override { return dates.asObservable(); }
 
     rx::ReplaySubject<Date> dates = rx::ReplaySubject<Date>::create(1);
-};
-
-// Remembers what reaches it as lines: name and parameters, ` + 4.99 EUR` with revenue;
-// `subscription 7: 4.99 EUR DE on day 3`. Threads: any.
-class RecordingRouter final : public AnalyticPluggable {
-public:
-    void track(const AnalyticEvent& event) override { note(eventLine(event)); }
-    void track(const AnalyticEvent& event, const NSDecimalNumber& revenue,
-               const std::string& currency) override {
-        note(eventLine(event) + " + " + revenue.description() + " " + currency);
-    }
-    void registerComponents(std::initializer_list<std::shared_ptr<AnalyticComponent>>) override {}
-    void flush() override {}
-    void trackIAPSubs(const NSDecimalNumber& price, const std::string& currency, const std::string& transId,
-                      const std::optional<Date>& date, const std::optional<std::string>& region) override {
-        const auto dayNumber = static_cast<int>(date->secondsSinceReference / oneDay);
-        note("subscription " + transId + ": " + price.description() + " " + currency + " " +
-             region.value_or("-") + " on day " + std::to_string(dayNumber));
-    }
-
-    // Those since the last call.
-    std::vector<std::string> take() {
-        const std::lock_guard lock(mutex_);
-        return std::exchange(lines_, {});
-    }
-
-    std::function<void(const std::string& line)> onLine; // called first, outside the lock
-
-private:
-    void note(std::string line) {
-        if (onLine) onLine(line);
-        const std::lock_guard lock(mutex_);
-        lines_.push_back(std::move(line));
-    }
-
-    std::mutex mutex_;
-    std::vector<std::string> lines_;
 };
 
 } // namespace corvantile

@@ -10,14 +10,10 @@
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
 #include "Platform/Application/UIApplication.hpp"
 #include "Platform/Store/SKPayment.hpp"
-#include "Tests/Corvantile/EventLine.hpp"
+#include "Tests/Corvantile/RecordingAnalytics.hpp"
 
-#include <initializer_list>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 // The app of the story: all that has to do with purchases, and a back end of its own beside the SDK.
@@ -37,40 +33,8 @@ constexpr const char* storyCatalogue = R"({"version": {"major": 4, "minor": 0},
             {"productID": "cloud", "type": "RecurringSubscription", "displayPrice": "29.99",
              "recurringSubscriptionPeriod": "P1Y", "subscriptionGroupID": "2"}]}]})";
 
-using Lines = std::vector<std::string>;
-
-// What the back end got, line by line. Threads: any.
-class BackEnd final : public AnalyticComponent {
-public:
-    [[nodiscard]] const std::vector<std::string>& ignoredEventNames() const override { return ignored_; }
-    void ignore(std::initializer_list<std::string_view>) override {}
-    void track(const AnalyticEvent& event) override { note(eventLine(event)); }
-    void track(const AnalyticEvent& event, const NSDecimalNumber& with,
-               const std::string& currency) override {
-        note(eventLine(event) + " + " + with.description() + " " + currency);
-    }
-    void trackIAPSubs(const NSDecimalNumber& price, const std::string& currency, const std::string& transId,
-                      const std::optional<Date>& date, const std::optional<std::string>& region) override {
-        note("subscription " + transId + " " + price.description() + " " + currency + " " +
-             region.value_or("-") + " " + describe(date.value_or(Date{})).substr(0, 10));
-    }
-    void note(std::string line) {
-        const std::lock_guard lock(mutex_);
-        lines_.push_back(std::move(line));
-    }
-    [[nodiscard]] Lines lines() const {
-        const std::lock_guard lock(mutex_);
-        return lines_;
-    }
-
-private:
-    std::vector<std::string> ignored_;
-    mutable std::mutex mutex_;
-    Lines lines_;
-};
-
 // Makes the app on the current platform and launches it.
-inline void launchStoryApp(const std::shared_ptr<BackEnd>& backEnd) {
+inline void launchStoryApp(const std::shared_ptr<RecordingSink>& backEnd) {
     const auto router = std::make_shared<AnalyticPlugin>();
     const auto firstDate = std::make_shared<FirstDatePlugin>();
     const auto adjust = std::make_shared<AdjustPlugin>("storystory12", true);

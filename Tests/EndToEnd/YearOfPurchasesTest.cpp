@@ -37,7 +37,7 @@ protected:
     }
 
     Story process;
-    const std::shared_ptr<BackEnd> backEnd = std::make_shared<BackEnd>();
+    const std::shared_ptr<RecordingSink> backEnd = std::make_shared<RecordingSink>();
 };
 
 TYPED_TEST_SUITE(YearOfPurchases, Stories);
