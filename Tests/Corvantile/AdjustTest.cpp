@@ -143,12 +143,21 @@ TEST_F(SendingToAdjust, ReplacesTheIgnoredNames) {
     EXPECT_THAT(component_.ignoredEventNames(), ElementsAre("c"));
 }
 
-TEST_F(SendingToAdjust, SendsASubscriptionWithTheReceipt) {
+TEST_F(SendingToAdjust, SendsASubscriptionIfThereIsAReceipt) {
+    const auto track = [&] {
+        component_.trackIAPSubs(decimal("4.90"), "USD", "1000", TestDevice::startDate, "US");
+    };
+    track();
+    device_.setAppStoreReceipt("");
+    track();
+    EXPECT_THAT(lines(), IsEmpty());
+
     const std::string receipt("\0\xFF", 2);
     device_.setAppStoreReceipt(receipt);
-    component_.trackIAPSubs(decimal("4.90"), "USD", "1000", TestDevice::startDate, "US");
+    track();
     component_.trackIAPSubs(decimal("0"), "", "", std::nullopt, std::nullopt);
-
+    adjust_.setRefusesSubscriptions(true);
+    track();
     const auto sent = adjust_.callsOf<ADJSubscription>();
     ASSERT_EQ(sent.size(), 2u);
     EXPECT_EQ(sent[0].receipt(), receipt);
@@ -156,21 +165,8 @@ TEST_F(SendingToAdjust, SendsASubscriptionWithTheReceipt) {
     EXPECT_EQ(sent[0].salesRegion(), "US");
     EXPECT_FALSE(sent[1].transactionDate() || sent[1].salesRegion());
     EXPECT_THAT(lines(), ElementsAre("Adjust IAP track---  4.9 USD 1000 2024-01-02 03:04:05 +0000 US",
-                                     "Adjust IAP track---  0    "));
-}
-
-TEST_F(SendingToAdjust, SendsNoSubscriptionWithoutReceiptOrWhenRefused) {
-    const auto track = [&] { component_.trackIAPSubs(decimal("4.99"), "USD", "1000", std::nullopt, "US"); };
-    track();
-    device_.setAppStoreReceipt("");
-    track();
-    EXPECT_THAT(lines(), IsEmpty());
-
-    device_.setAppStoreReceipt("receipt");
-    adjust_.setRefusesSubscriptions(true);
-    track();
-    EXPECT_THAT(lines(), ElementsAre("Adjust IAP track---      US"));
-    EXPECT_THAT(adjust_.calls(), IsEmpty());
+                                     "Adjust IAP track---  0    ",
+                                     "Adjust IAP track---     2024-01-02 03:04:05 +0000 US"));
 }
 
 } // namespace

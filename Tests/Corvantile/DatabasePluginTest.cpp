@@ -19,6 +19,7 @@ namespace corvantile {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -45,14 +46,14 @@ private:
 // A host with the two storage plug-ins; each launch is a process of its own on the same device.
 class Storage : public ProcessTest {
 protected:
-    template <class Store = UserDefaultsDatabase, class... Arguments>
-    void launch(Arguments&... arguments) {
+    void launch(std::shared_ptr<DatabaseManipulating> store = nullptr) {
         preference_.reset();
         database_.reset();
         platform_ = TestPlatform::relaunch(std::move(platform_));
         atStart_();
         trace_.clear();
-        preference_ = std::make_shared<UserPreference>(std::make_shared<Store>(arguments...));
+        if (!store) store = std::make_shared<UserDefaultsDatabase>();
+        preference_ = std::make_shared<UserPreference>(std::move(store));
         database_ = std::make_shared<DatabasePlugin>();
         database_->application().subscribe(
             [this](const Application& record) { hear("application " + describe(record.updatedTime)); });
@@ -65,9 +66,11 @@ protected:
         UIApplication::shared()->setDelegate(delegate);
         EXPECT_TRUE(delegate->didFinishLaunchingWithOptions(*UIApplication::shared(), {}));
     }
-    void launchAndLoad() {
+    // What the host hears of its records.
+    std::vector<std::string> launchAndLoad() {
         launch();
         platform_->advance(1s);
+        return news();
     }
     void hear(const std::string& what) {
         EXPECT_TRUE(DispatchQueue::main()->isCurrent()) << what;
@@ -105,24 +108,29 @@ TEST_F(Storage, LoadsDefaultsExactlyASecondAfterLaunchAndThenResetsOnceAsAskedBe
 
 TEST_F(Storage, StandsADefaultInForARecordThatCannotBeRead) {
     launchAndLoad();
-    news();
     device_.defaults().set("appconfig_Application_" + *device_.vendorIdentifier(), "damaged");
 
     database_->reloadApplication();
     database_->resetApplication(); // neither emitted nor written
     EXPECT_THAT(news(), IsEmpty());
 
-    launchAndLoad();
-    EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+    EXPECT_THAT(launchAndLoad(), ElementsAre(never_, "setting review", "loaded"));
 }
 
 TEST_F(Storage, TellsAChangeButNoDefaultThatTheStoreThenRefuses) {
-    launch<RefusingStore>(trace_);
+    launch(std::make_shared<RefusingStore>(trace_));
     platform_->advance(1s);
     EXPECT_THAT(news(), ElementsAre("refused uuidKey", "refused Application", "setting review", "loaded"));
     database_->update({{}, true, false});
     EXPECT_THAT(news(), ElementsAre("setting quiet", "refused Setting"));
     EXPECT_THAT(lines(), IsEmpty());
+}
+
+TEST_F(Storage, PrintsWhatABlockThrows) {
+    launchAndLoad();
+    preference_->asyncOpen([](DatabaseManipulating&, const std::string&) { throw NSError("d", 3); });
+    platform_->runUntilIdle();
+    EXPECT_THAT(lines(), ElementsAre(HasSubstr("(d error 3.)")));
 }
 
 TEST_F(Storage, ReadsRecordsAsAbsentWhileTheKeychainIsLockedAtLaunch) {
@@ -133,19 +141,17 @@ TEST_F(Storage, ReadsRecordsAsAbsentWhileTheKeychainIsLockedAtLaunch) {
         news();
         device_.keychain().setLocked(true);
         if (opensBeforeTheSave) device_.keychain().lockForNextLoad();
-        launchAndLoad();
-        EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded")) << "sealed with a throwaway key";
+        EXPECT_THAT(launchAndLoad(), ElementsAre(never_, "setting review", "loaded"))
+            << "sealed with a throwaway key";
         device_.keychain().setLocked(false);
 
-        launchAndLoad();
-        EXPECT_THAT(news(), ElementsAre(never_, "setting review", "loaded"));
+        EXPECT_THAT(launchAndLoad(), ElementsAre(never_, "setting review", "loaded"));
         EXPECT_EQ(device_.keychain().entries(), entries);
     }
 }
 
 TEST_F(Storage, DoesNothingWithoutAUser) {
     launchAndLoad();
-    news();
     preference_->invalidate();
 
     database_->update({{}, true, false});
@@ -159,38 +165,25 @@ TEST_F(Storage, DoesNothingWithoutAUser) {
     EXPECT_THAT(news(), ElementsAre("somebody"));
 }
 
-TEST_F(Storage, PrintsWhatABlockThrows) {
-    launchAndLoad();
-    preference_->asyncOpen([](DatabaseManipulating&, const std::string&) { throw NSError("d", 3); });
-    platform_->runUntilIdle();
-    EXPECT_THAT(lines(), ElementsAre(HasSubstr("(d error 3.)")));
-}
-
-TEST_F(Storage, HonoursAnIdentifierThatTheHostPutUnderThePlainKey) {
+TEST_F(Storage, TakesTheHostsIdentifierElseTheDevicesElseMakesOne) {
     device_.defaults().set("uuidKey", "host's own");
     launchAndLoad();
     EXPECT_THAT(storedKeys(),
                 ElementsAre("appconfig_Application_host's own", "appconfig_Setting_host's own", "uuidKey"));
     device_.defaults().set("uuidKey", "");
     launchAndLoad();
-    EXPECT_THAT(storedKeys(), testing::Contains("appconfig_Setting_" + *device_.vendorIdentifier()));
-}
+    EXPECT_THAT(storedKeys(), Contains("appconfig_Setting_" + *device_.vendorIdentifier()));
 
-TEST_F(Storage, MakesAnIdentifierWhereTheDeviceHasNone) {
+    device_.defaults().removeAll();
     device_.setVendorIdentifier(std::nullopt);
     launchAndLoad();
-    EXPECT_THAT(storedKeys().front(),
-                testing::MatchesRegex("appconfig_Application_[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-"
-                                      "[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+    EXPECT_THAT(storedKeys(),
+                Contains(testing::MatchesRegex("appconfig_Setting_[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-"
+                                               "[89AB][0-9A-F]{3}-[0-9A-F]{12}")));
 }
 
-TEST_F(Storage, KeepsItsKeyInTheKeychainAndDeletesAllRecordsOnDemand) {
+TEST_F(Storage, DeletesAllRecordsOnDemand) {
     launchAndLoad();
-    const auto entries = device_.keychain().entries();
-    ASSERT_EQ(entries.size(), 1u);
-    EXPECT_EQ(entries[0].account, "realm_encryption_key");
-    EXPECT_EQ(entries[0].dictionary.at("key").as<std::string>()->size(), 88u); // 64 bytes in base64
-
     preference_->deleteAll();
     platform_->runUntilIdle();
     EXPECT_THAT(storedKeys(), IsEmpty());
@@ -207,11 +200,12 @@ TEST_F(Storage, MakesAKeyForTheProcessWhereTheEntryHoldsNone) {
     }
 }
 
-TEST_F(Storage, MakesItsKeyOfZerosWhereRandomBytesFail) {
+TEST_F(Storage, KeepsItsKeyInTheKeychainEvenOneOfZerosWhereRandomBytesFail) {
     atStart_ = [this] { platform_->random().setFails(true); };
     launchAndLoad();
-    EXPECT_EQ(device_.keychain().entries().at(0).dictionary,
-              (KeychainDictionary{{"key", std::string(86, 'A') + "=="}}));
+    const KeychainDictionary key{{"key", std::string(86, 'A') + "=="}}; // 64 bytes
+    EXPECT_THAT(device_.keychain().entries(),
+                ElementsAre(DeviceKeychain::Entry{"com.example.app", "realm_encryption_key", key}));
 }
 
 TEST_F(Storage, LabelsItsPipelinesWhileDebugging) {
@@ -219,36 +213,10 @@ TEST_F(Storage, LabelsItsPipelinesWhileDebugging) {
     launchAndLoad();
     database_->resetApplication();
     platform_->runUntilIdle();
-    const auto line = [](const std::string& function, const std::string& event) {
-        return testing::ContainsRegex(": DatabasePlugin:[0-9]+ \\(" + function + "\\) -> " + event + "$");
-    };
-    const auto launch = "application\\(_:didFinishLaunchingWithOptions:\\)";
-    const auto reset = "resetApplication\\(\\)";
-    EXPECT_THAT(lines(), ElementsAre(line(launch, "subscribed"), line(launch, "Event next\\(true\\)"),
-                                     line(launch, "Event completed"), line(launch, "isDisposed"),
-                                     line(reset, "subscribed"), line(reset, "Event next\\(Application.*"),
-                                     line(reset, "isDisposed")));
-}
-
-TEST(SettingRecord, HasEightLinesOfPolicyByDefault) {
-    EXPECT_THAT(
-        Setting().iapPolicy,
-        ElementsAre(
-            "Payment is charged to your store account when you confirm the purchase.",
-            "The subscription renews automatically unless it is cancelled at least 24 hours before the end "
-            "of the current period.",
-            "Your account is charged for renewal within 24 hours before the end of the current period, at "
-            "the "
-            "price of the plan you chose.",
-            "You can manage your subscription and turn off automatic renewal at any time in the settings of "
-            "your store account.",
-            "Cancelling takes effect at the end of the current period; the subscription stays active until "
-            "then.",
-            "If a free trial is offered, the subscription begins, and the first payment is charged, when the "
-            "trial ends.",
-            "Any unused part of a free trial is forfeited when you buy a subscription.",
-            "Prices may differ by country and are shown in the currency of your store account before you "
-            "confirm."));
+    EXPECT_THAT(lines(), testing::IsSupersetOf(
+                             {HasSubstr("(application(_:didFinishLaunchingWithOptions:)) -> Event completed"),
+                              HasSubstr("(resetApplication()) -> isDisposed")}));
+    EXPECT_EQ(lines().size(), 7u) << "a reset ends at the first record, before it is told";
 }
 
 TEST(ApplicationState, MirrorsTheRecordAndTellsOfChanges) {

@@ -66,9 +66,8 @@ TEST_F(FirstDate, IsMidnightOfTheDayInUTCWhateverTheZone) {
 }
 
 TEST_F(FirstDate, IsPublishedAsItIsStoredUnlessTheEntryIsNotOurs) {
-    const std::string stored = "2024-01-02 12:00:00 +0000";
     const std::pair<KeychainDictionary, std::string> cases[] = {
-        {{{"firstDate", noon}, {"another", Date{0}}}, stored},
+        {{{"firstDate", noon}, {"another", Date{0}}}, "2024-01-02 12:00:00 +0000"},
         {{{"other", Date{0}}}, midnight_},
         {{{"firstDate", "text"}}, midnight_},
         {{{"firstDate", noon}, {"more", 1}}, midnight_},

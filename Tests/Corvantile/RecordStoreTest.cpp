@@ -1,6 +1,6 @@
 #include "Corvantile/Extension/AESText.hpp"
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
-#include "Corvantile/Plugin/Database/ApplicationState.hpp"
+#include "Corvantile/Plugin/Database/Application.hpp"
 #include "Corvantile/Plugin/Database/Setting.hpp"
 #include "Platform/Foundation/NSError.hpp"
 #include "Platform/Foundation/NSUserDefaults.hpp"
@@ -58,24 +58,20 @@ TEST_F(RecordStore, ThrowsForWhatItCannotEncodeAndLeavesTheStoredValueAlone) {
     EXPECT_THROW(store_.setObject(Unencodable(), "k", &cryptor_), NSError);
     const Date never{std::numeric_limits<double>::infinity()};
     EXPECT_THROW(store_.setObject(Application{never}, "k", &cryptor_), NSError);
-    try {
-        store_.setObject(std::optional<Setting>(), "k", &cryptor_);
-        ADD_FAILURE() << "was stored";
-    } catch (const NSError& error) {
-        EXPECT_EQ(describe(error),
-                  "Error Domain=sdad Code=1 \"error type\" UserInfo={NSLocalizedDescription=error type}");
-    }
+    const auto described = [](const NSError& error) { return describe(error); };
+    EXPECT_THAT([&] { store_.setObject(std::optional<Setting>(), "k", &cryptor_); },
+                testing::Throws<NSError>(testing::ResultOf(
+                    described,
+                    "Error Domain=sdad Code=1 \"error type\" UserInfo={NSLocalizedDescription=error type}")));
     EXPECT_THAT(stored(), UnorderedElementsAre(Pair("appconfig_k", NSUserDefaults::Value("old"))));
 }
 
 TEST_F(RecordStore, TakesWhateverJSONHolds) {
-    const ApplicationState mirror(Application{Date{12.5}});
     const auto text = [&](const auto& value) {
         store_.setObject(value, "k", &cryptor_);
         const auto stored = store_.getData("k", &cryptor_);
         return stored.value_or("nothing");
     };
-    EXPECT_EQ(text(mirror), R"({"primaryID":0,"updatedTime":12.5})");
     EXPECT_EQ(text(std::vector<std::string>{"a\"", ""}), R"(["a\"",""])");
     EXPECT_EQ(text(std::vector<std::vector<int>>{{1, -2}, {}}), "[[1,-2],[]]");
     EXPECT_EQ(text(true), "true");
@@ -99,7 +95,8 @@ TEST_F(RecordStore, DeletesByTheTextAsItStands) {
     }
 }
 
-TEST(Setting, RefusesWhatIsNoSetting) {
+TEST(Setting, HasEightTermsByDefaultAndRefusesWhatIsNoSetting) {
+    EXPECT_EQ(Setting().iapPolicy.size(), 8u);
     for (const char* const bad :
          {"[]", R"({"iapPolicy":[1],"manageSubscriptionEnabled":true,"reviewAppEnabled":true})",
           R"({"iapPolicy":["a"],"manageSubscriptionEnabled":1,"reviewAppEnabled":true})",

@@ -166,15 +166,13 @@ TEST(RequestSlot, GoesByWhatBeganLastAndNotByWhoseHandleComesFirst) {
     RequestSlot slot;
     const auto handle = [] { return rx::Disposable::create([] {}); };
     const auto slow = handle(), quick = handle(), cancelled = handle();
-    const auto watch = slot.beginWatch();
-    const auto over = slot.beginWatch();
+    const auto watch = slot.beginWatch(), over = slot.beginWatch();
     slot.endWatch();
     const auto slowTurn = slot.beginRequest(), quickTurn = slot.beginRequest(watch);
     EXPECT_EQ(slot.beginRequest(over), std::nullopt);
     slot.keep(*quickTurn, quick);
     slot.keep(*slowTurn, slow);
-    EXPECT_TRUE(slow.isDisposed());
-    EXPECT_FALSE(quick.isDisposed());
+    EXPECT_TRUE(slow.isDisposed() && !quick.isDisposed());
 
     const auto lateTurn = slot.beginRequest();
     slot.cancelRequest();

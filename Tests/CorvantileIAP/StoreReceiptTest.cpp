@@ -16,10 +16,13 @@
 namespace corvantile {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Property;
 using testing::StartsWith;
+using testing::Throws;
 
 constexpr Date invalid = DecodingDefaults::invalidDate;
 constexpr Date bought = Date::fromUnixSeconds(1604851257);
@@ -160,17 +163,12 @@ TEST(StoreReceipt, ThatTellsNoPurchasesIsAnErrorThatSaysWhy) {
         {"[]", unreadableReceipt, "no JSON object."},
         {R"({"products": []})", unreadableReceipt, "no receipt of the store"},
     };
-    for (const auto& [json, code, text] : cases) {
-        SCOPED_TRACE(json);
-        try {
-            static_cast<void>(readStoreReceipt(json));
-            ADD_FAILURE() << "was read";
-        } catch (const NSError& error) {
-            EXPECT_EQ(error.domain(), receiptErrorDomain);
-            EXPECT_EQ(error.code(), code);
-            EXPECT_THAT(error.localizedDescription(), HasSubstr(text));
-        }
-    }
+    for (const auto& each : cases)
+        EXPECT_THAT([&] { static_cast<void>(readStoreReceipt(each.json)); },
+                    Throws<NSError>(AllOf(Property(&NSError::domain, receiptErrorDomain),
+                                          Property(&NSError::code, each.code),
+                                          Property(&NSError::localizedDescription, HasSubstr(each.text)))))
+            << each.json;
     EXPECT_THAT(texts(readStoreReceipt(R"({"status": 21006})").problems),
                 ElementsAre("status: The receipt is valid, but the subscription has expired."));
 }
