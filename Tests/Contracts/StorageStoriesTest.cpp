@@ -16,15 +16,22 @@
 
 #include <chrono>
 #include <memory>
-#include <vector>
+#include <optional>
 
 namespace corvantile {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
+
+// What the stream replays.
+template <class T>
+std::optional<T> latest(const rx::Observable<T>& stream) {
+    std::optional<T> element;
+    stream.subscribe([&](const T& replayed) { element = replayed; }).dispose();
+    return element;
+}
 
 // What happens to an app's records in the course of its life, whatever the platform.
 template <class Harness>
@@ -34,38 +41,24 @@ protected:
 
     // Launches the app in the process of the moment, and runs it until its records are loaded.
     void launchApp() {
-        applications.clear();
-        settings.clear();
-        firstDates.clear();
-        auto database = std::make_shared<DatabasePlugin>();
-        auto firstDate = std::make_shared<FirstDatePlugin>();
-        bool isLoaded = false;
-        database->application().subscribe([this](const Application& it) { applications.push_back(it); });
-        database->setting().subscribe([this](const Setting& it) { settings.push_back(it); });
-        firstDate->firstDate().subscribe([this](Date it) { firstDates.push_back(it); });
-        const auto subscription = database->isLoaded().subscribe([&](bool it) { isLoaded = it; });
-
         const auto app = UIApplication::shared();
         app->setDelegate(std::make_shared<PluggableApplicationDelegate>(PluggableApplicationDelegate::Plugins{
             std::make_shared<AnalyticPlugin>(),
-            std::make_shared<UserPreference>(std::make_shared<UserDefaultsDatabase>()), database,
-            firstDate}));
+            std::make_shared<UserPreference>(std::make_shared<UserDefaultsDatabase>()),
+            std::make_shared<DatabasePlugin>(), std::make_shared<FirstDatePlugin>()}));
         app->delegate()->didFinishLaunchingWithOptions(*app, {});
         app->delegate()->didBecomeActive(*app);
-        EXPECT_TRUE(this->runUntil([&] { return isLoaded; }));
-        subscription.dispose();
+        EXPECT_TRUE(this->runUntil([&] { return latest(database()->isLoaded()).has_value(); }));
     }
 
     [[nodiscard]] std::shared_ptr<DatabasePluggable> database() {
         return Corvantile::queryAppDelegate<DatabasePluggable>();
     }
+    [[nodiscard]] auto application() { return latest(database()->application()); }
+    [[nodiscard]] auto setting() { return latest(database()->setting()); }
     [[nodiscard]] NSUserDefaults::Dictionary stored() {
         return this->ports().userDefaults->dictionaryRepresentation();
     }
-
-    std::vector<Application> applications;
-    std::vector<Setting> settings;
-    std::vector<Date> firstDates;
 };
 
 TYPED_TEST_SUITE(StorageStory, Harnesses);
@@ -74,8 +67,9 @@ TYPED_TEST(StorageStory, KeepsRecordsEncryptedUntilAReinstallAndTheFirstDateBeyo
     const Date longAgo{5 * 86400};
     Locksmith::saveData({{"firstDate", longAgo}}, "firstDate");
     this->launchApp();
-    EXPECT_THAT(this->applications, ElementsAre(Application{Date::fromUnixSeconds(0)}));
-    EXPECT_THAT(this->settings, ElementsAre(Setting{defaultIapPolicy(), true, true}));
+    const Application never{Date::fromUnixSeconds(0)};
+    EXPECT_EQ(this->application(), never);
+    EXPECT_EQ(this->setting(), (Setting{defaultIapPolicy(), true, true}));
     EXPECT_THAT(this->stored(), SizeIs(3)); // and the user identifier
     for (const auto& [name, value] : this->stored())
         EXPECT_THAT(std::get<std::string>(value), Not(HasSubstr("\""))) << name;
@@ -83,23 +77,23 @@ TYPED_TEST(StorageStory, KeepsRecordsEncryptedUntilAReinstallAndTheFirstDateBeyo
     const Setting updated{{"one", "ü"}, false, true};
     this->database()->update(updated);
     this->database()->resetApplication();
-    ASSERT_TRUE(this->runUntil([&] { return this->applications.size() > 1; }));
-    const auto stamped = this->applications.at(1);
-    EXPECT_LT(this->ports().clock->now() - stamped.updatedTime, std::chrono::seconds(10));
+    ASSERT_TRUE(this->runUntil([&] { return this->application() != never; }));
+    const auto stamped = this->application();
+    EXPECT_LT(this->ports().clock->now() - stamped->updatedTime, std::chrono::seconds(10));
     const auto storedBefore = this->stored();
     this->relaunch();
     this->launchApp();
-    EXPECT_THAT(this->applications, ElementsAre(stamped));
-    EXPECT_THAT(this->settings, ElementsAre(updated));
+    EXPECT_EQ(this->application(), stamped);
+    EXPECT_EQ(this->setting(), updated);
     EXPECT_EQ(this->stored(), storedBefore);
 
     const auto device = UIDevice::current()->identifierForVendor();
     this->harness().reinstall();
     this->launchApp();
     EXPECT_NE(UIDevice::current()->identifierForVendor(), device);
-    EXPECT_THAT(this->applications, ElementsAre(Application()));
-    EXPECT_THAT(this->settings, ElementsAre(Setting()));
-    EXPECT_THAT(this->firstDates, ElementsAre(longAgo));
+    EXPECT_EQ(this->application(), Application());
+    EXPECT_EQ(this->setting(), Setting());
+    EXPECT_EQ(latest(Corvantile::queryAppDelegate<FirstDatePluggable>()->firstDate()), longAgo);
 }
 
 } // namespace

@@ -6,26 +6,20 @@
 #include "TestPlatform/ScriptedStore.hpp"
 #include "Tests/Contracts/Harness.hpp"
 
-#include <functional>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace corvantile {
 
 // The scripted store as the payment queue's contract sees it. A store's harness launches a process of whose
 // store "gold" and "silver" are products, and offers what is here.
-class ScriptedStoreHarness {
+class ScriptedStoreHarness : public TestHarness {
 public:
-    ScriptedStoreHarness() {
+    ScriptedStoreHarness() : TestHarness(TestOptions()) {
         device_.store().setProducts({product("gold"), product("silver")});
         device_.store().setRestorable({"silver"});
     }
-
-    [[nodiscard]] Platform& platform() { return *platform_; }
-    [[nodiscard]] bool runUntil(const std::function<bool()>& done) { return platform_->runUntil(done); }
-    void relaunch() { platform_ = TestPlatform::relaunch(std::move(platform_)); }
 
     // Purchases of these products appear, one after the other.
     void purchase(const std::vector<std::string>& products) {
@@ -46,9 +40,6 @@ private:
     static std::shared_ptr<SKProduct> product(const std::string& identifier) {
         return std::make_shared<SKProduct>(identifier, NSDecimalNumber(), PriceLocale{"USD", "US"});
     }
-
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
 };
 
 // The local store of a platform.

@@ -13,6 +13,11 @@ namespace corvantile {
 // TestPlatform as the contracts see it: waiting means that virtual time passes.
 class TestHarness {
 public:
+    explicit TestHarness(
+        const TestOptions& options = {.bundleIdentifier = contractBundle,
+                                      .localStore = TestStoreOptions{.catalogue = contractCatalogue}})
+        : platform_(TestPlatform::launch(device_, options)) {}
+
     [[nodiscard]] Platform& platform() { return *platform_; }
     [[nodiscard]] bool runUntil(const std::function<bool()>& done) { return platform_->runUntil(done); }
     void relaunch() { platform_ = TestPlatform::relaunch(std::move(platform_)); }
@@ -21,11 +26,9 @@ public:
     [[nodiscard]] LocalStore& store() { return platform_->localStore(); }
     void setKeychainLocked(bool locked) { device_.keychain().setLocked(locked); }
 
-private:
+protected:
     TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ =
-        TestPlatform::launch(device_, {.bundleIdentifier = contractBundle,
-                                       .localStore = TestStoreOptions{.catalogue = contractCatalogue}});
+    std::unique_ptr<TestPlatform> platform_;
 };
 
 } // namespace corvantile

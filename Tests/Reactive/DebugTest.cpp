@@ -19,13 +19,13 @@ struct Described {
 class Debug : public PlatformTest {
 protected:
     // What was printed and noted since the last call, in order. Time stands still: the stamp is one text.
-    std::string lines() {
+    std::string trace() {
         note();
         return take();
     }
     void note(const std::string& text = "") {
         static const std::string stamp = "2024-01-02 03:04:05.000: ";
-        for (const auto& line : platform_->console().lines())
+        for (const auto& line : lines())
             recorder_.note(line.starts_with(stamp) ? line.substr(stamp.size()) : line);
         platform_->console().clear();
         if (!text.empty()) recorder_.note(text);
@@ -49,11 +49,11 @@ TEST_F(Debug, PrintsOneLineEachAndIsDisposedBeforeItsSourceIsLeft) {
     PublishSubject<int> subject;
     subscribe(subject.doOn({.onDispose = [this] { note("left"); }}).debug("upper").debug("lower"));
     subject.onNext(1);
-    EXPECT_EQ(lines(), "lower -> subscribed, upper -> subscribed, upper -> Event next(1), "
+    EXPECT_EQ(trace(), "lower -> subscribed, upper -> subscribed, upper -> Event next(1), "
                        "lower -> Event next(1), handler");
     subject.onError(failure("no"));
     const auto event = " -> Event error(" + describe(failure("no")) + "), ";
-    EXPECT_EQ(lines(),
+    EXPECT_EQ(trace(),
               "upper" + event + "lower" + event + "failed, lower -> isDisposed, upper -> isDisposed, left");
 }
 
@@ -65,7 +65,7 @@ TEST_F(Debug, StampsLocalTimeWithTheMillisecondsCutAndNamesTheCaller) {
     const auto line = std::to_string(__LINE__ - 1);
     stream.subscribe();
 
-    EXPECT_EQ(platform_->console().lines().front(),
+    EXPECT_EQ(lines().front(),
               "2024-01-01 23:34:05.007: DebugTest.cpp:" + line + " (TestBody) -> subscribed");
 }
 
@@ -98,7 +98,7 @@ TEST_F(Debug, TrimsLongEventsByCharactersAndOnlyOnRequest) {
         for (const auto& [letters, trims, expected] : cases) {
             const auto stream = just(repeated(letters, letter));
             subscribe(stream.debug("id", trims).take(1));
-            EXPECT_EQ(lines(), "id -> subscribed, id -> Event next(" + expected +
+            EXPECT_EQ(trace(), "id -> subscribed, id -> Event next(" + expected +
                                    "), handler, finished, id -> Event completed, id -> isDisposed");
         }
     }

@@ -1,12 +1,8 @@
 #pragma once
 
 #include "Reactive/SerialDispatchQueueScheduler.hpp"
-#include "TestPlatform/RecordingConsole.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "Tests/Corvantile/ProcessTest.hpp"
 #include "Tests/Reactive/Recorder.hpp"
-
-#include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
@@ -14,7 +10,7 @@
 namespace corvantile::rx {
 
 // A fresh process for each test, and a trace.
-class PlatformTest : public testing::Test {
+class PlatformTest : public ProcessTest {
 protected:
     [[nodiscard]] static std::shared_ptr<Scheduler> makeScheduler() {
         return std::make_shared<SerialDispatchQueueScheduler>(QualityOfService::standard);
@@ -26,8 +22,6 @@ protected:
         return take();
     }
 
-    TestDevice device_;
-    std::unique_ptr<TestPlatform> platform_ = TestPlatform::launch(device_);
     Recorder recorder_;
 };
 

@@ -17,7 +17,7 @@ TEST_F(Subscription, DeliversNothingAfterItsTerminalNorFromInsideIt) {
     std::optional<AnyObserver<int>> producer;
     const auto stream = create<int>([&](const auto& observer) {
         producer = observer;
-        return Disposable();
+        return Disposable::create(recorder_.noting("left"));
     });
     for (const bool fails : {false, true}) {
         const auto end = [&] { fails ? producer->onError(failure("boom")) : producer->onCompleted(); };
@@ -26,24 +26,11 @@ TEST_F(Subscription, DeliversNothingAfterItsTerminalNorFromInsideIt) {
             producer->onNext(2);
             end();
         };
-        stream.subscribe(emitAndEnd, emitAndEnd, emitAndEnd);
+        stream.subscribe(emitAndEnd, emitAndEnd, emitAndEnd, recorder_.noting("disposed"));
         end();
         emitAndEnd();
-        EXPECT_EQ(take(), "emits, emits");
+        EXPECT_EQ(take(), "emits, disposed, left, emits");
     }
-}
-
-TEST_F(Subscription, RunsOnDisposedBeforeTheTeardownAtATerminalAndAfterItAtADispose) {
-    PublishSubject<int> subject;
-    const auto stream = subject.doOn({.onDispose = recorder_.noting("left")});
-    recorder_.subscribe(stream).dispose();
-    EXPECT_EQ(take(), "left, disposed");
-
-    const auto handle = recorder_.subscribe(stream);
-    subject.onCompleted();
-    EXPECT_TRUE(handle.isDisposed());
-    handle.dispose();
-    EXPECT_EQ(take(), "completed, disposed, left");
 }
 
 TEST_F(Subscription, MayLoseItsOnlyHandleWhileThatIsDisposed) {
@@ -76,7 +63,7 @@ TEST_F(UnhandledErrors, GoToTheHookOfTheProcessAndEndTheSubscription) {
 #ifndef NDEBUG
     printed = {"Unhandled error happened: " + describe(failure("boom"))};
 #endif
-    EXPECT_EQ(platform_->console().lines(), printed);
+    EXPECT_EQ(lines(), printed);
 }
 
 } // namespace corvantile::rx
