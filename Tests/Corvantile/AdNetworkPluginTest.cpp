@@ -5,7 +5,7 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "TestPlatform/ScriptedAds.hpp"
 #include "TestPlatform/ScriptedHTTP.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <chrono>
 

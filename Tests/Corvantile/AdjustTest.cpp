@@ -2,7 +2,7 @@
 #include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
 #include "Platform/Application/UIApplication.hpp"
 #include "TestPlatform/RecordingAdjust.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {

@@ -4,7 +4,7 @@
 #include "Corvantile/Plugin/Analytic/DefaultEvent.hpp"
 #include "Platform/Foundation/NSError.hpp"
 #include "TestPlatform/ScriptedReachability.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <cstdint>
 

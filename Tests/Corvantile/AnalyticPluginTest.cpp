@@ -2,8 +2,8 @@
 
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
 #include "Tests/Corvantile/RecordingAnalytics.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <thread>
 

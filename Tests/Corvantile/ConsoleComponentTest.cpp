@@ -1,7 +1,7 @@
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 
 #include "Platform/Foundation/Console.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <cmath>
 #include <limits>
@@ -36,7 +36,10 @@ protected:
 TEST_F(Printing, FramesAnEventInOneQuotedLine) {
     const AnalyticEvent event("store");
     const auto plain = printed(event);
-    EXPECT_THAT(plain, ElementsAre(framed("{\n  \"eventName\" : \"store\"\n}")));
+    EXPECT_THAT(
+        plain, ElementsAre(R"("\n<-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+--+->\n[OSTREL LABS] TRACKED EVENT\n\n)"
+                           R"({\n  \"eventName\" : \"store\"\n})"
+                           R"(\n<-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+--+->\n")"));
 
     component_.trackIAPSubs(NSDecimalNumber(), "USD", "1", std::nullopt, std::nullopt);
     component_.track(event, NSDecimalNumber(5), "USD");

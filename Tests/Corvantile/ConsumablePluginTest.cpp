@@ -2,7 +2,7 @@
 
 #include "Corvantile/Plugin/Products/ConsumableItem.hpp"
 #include "TestPlatform/ScriptedStore.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {
@@ -39,7 +39,10 @@ TEST_F(Consumables, ArePublishedForEveryBatchAndEveryPurchaseIsFinished) {
 }
 
 TEST_F(Consumables, AreIdentifiedByTheBundleAndTheirKey) {
-    EXPECT_EQ(ConsumableItem("gems", "A bag of gems").identifier(), "com.example.app.gems");
+    const ConsumableItem gems("gems", "A bag of gems");
+    EXPECT_EQ(gems.identifier(), "com.example.app.gems");
+    const auto nameless = TestPlatform::launch(device_, {.bundleIdentifier = ""});
+    EXPECT_EQ(gems.identifier(), ".gems");
 }
 
 } // namespace

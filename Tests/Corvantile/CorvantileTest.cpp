@@ -2,7 +2,6 @@
 
 #include "Corvantile/DebugPlugin.hpp"
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
-#include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
 #include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
 #include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
 #include "Corvantile/RequireService.hpp"
@@ -10,7 +9,7 @@
 #include "HostCore/HostCore.hpp"
 #include "Platform/Application/UIApplication.hpp"
 #include "Platform/Keychain/Locksmith.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {
@@ -90,10 +89,6 @@ TEST_F(StaticCorvantileDeathTest, ARequiredServiceThatIsMissingEndsTheProcess) {
     Locksmith::saveData({{"firstDate", Date{}}}, "firstDate"); // even so
     EXPECT_DEATH(FirstDatePlugin().didBecomeActive(*UIApplication::shared()),
                  "^Corvantile/FirstDatePlugin" + report + "AnalyticPluggable\\.\n$");
-    IAPReceiptTrackingPlugin tracking;
-    const auto trackingReport = "^Corvantile/IAPReceiptTrackingPlugin" + report + "AnalyticPluggable\\.\n$";
-    EXPECT_DEATH(tracking.didBecomeActive(*UIApplication::shared()), trackingReport);
-    EXPECT_DEATH(tracking.trackValidatedPurchase("pro", std::nullopt), trackingReport);
 }
 
 } // namespace

@@ -9,7 +9,7 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/NSError.hpp"
 #include "TestPlatform/ScriptedRandom.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <chrono>
 #include <functional>

@@ -5,7 +5,7 @@
 #include "HostCore/PluggableApplicationDelegate.hpp"
 #include "Platform/Application/UIApplication.hpp"
 #include "Platform/Keychain/KeychainError.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <chrono>
 

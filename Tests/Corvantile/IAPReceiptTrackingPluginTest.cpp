@@ -5,8 +5,8 @@
 #include "Platform/Application/UIApplication.hpp"
 #include "Platform/Foundation/NSUserDefaults.hpp"
 #include "TestPlatform/ForEachSeed.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
 #include "Tests/Corvantile/PurchaseFakes.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {
@@ -152,6 +152,20 @@ TEST_F(IAPReceiptTracking, ReplacesPassesWithoutEndingThemAndEndsTheLastOnResign
     host_.purchases->categories.onError(std::make_exception_ptr(NSError("test", 1)));
     EXPECT_THAT(host_.idle(), IsEmpty());
     EXPECT_THAT(host_.platform->console().lines(), IsEmpty()); // nor is the failure told
+}
+
+using IAPReceiptTrackingDeathTest = IAPReceiptTracking;
+
+TEST_F(IAPReceiptTrackingDeathTest, EndsTheProcessOverTheFirstServiceThatIsMissing) {
+    const std::pair<PluggableApplicationDelegate::Plugins, const char*> cases[] = {
+        {{}, "AnalyticPluggable"},
+        {{host_.router}, "FirstDatePluggable"},
+        {{host_.router, host_.firstDate}, "IAPReceiptPluggable"}};
+    for (const auto& [plugins, missing] : cases) {
+        Corvantile::setAppDelegate(std::make_shared<PluggableApplicationDelegate>(plugins));
+        EXPECT_DEATH(host_.activate(),
+                     HasSubstr("Fatal error: This service require " + std::string(missing) + ".\n"));
+    }
 }
 
 TEST(IAPReceiptTrackingPasses, SendEachTransactionOnceInWhateverOrderTheirQueuesRun) {

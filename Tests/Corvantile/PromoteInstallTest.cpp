@@ -33,6 +33,10 @@ std::string failure(const std::string& json) {
 TEST(PromoteInstalls, SurviveEncoding) {
     const PromoteInstall promotion(true, -9007199254740993, "1", "caf\u00e9", "\"t\"", "b\n", "no", "yes");
     EXPECT_EQ(decodeJSON<PromoteInstall>(encodeJSON(promotion)), promotion);
+    EXPECT_EQ(
+        encodeJSON(PromoteInstall()),
+        R"({"isEnabled":false,"threshold":1,"appID":"","appName":"","messageTitle":"","messageBody":"",)"
+        R"("noButtonTitle":"","yesButtonTitle":""})");
 }
 
 TEST(PromoteInstalls, TakeSwitchAndThresholdInManyForms) {

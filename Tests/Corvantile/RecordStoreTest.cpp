@@ -4,7 +4,7 @@
 #include "Corvantile/Plugin/Database/Setting.hpp"
 #include "Platform/Foundation/NSError.hpp"
 #include "Platform/Foundation/NSUserDefaults.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <limits>
 #include <string>

@@ -4,7 +4,7 @@
 #include "Platform/Foundation/NSError.hpp"
 #include "Platform/Store/SKProduct.hpp"
 #include "TestPlatform/ScriptedStore.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {

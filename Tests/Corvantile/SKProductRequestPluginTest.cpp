@@ -5,7 +5,7 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "TestPlatform/ForEachSeed.hpp"
 #include "TestPlatform/ScriptedStore.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <functional>
 
@@ -172,7 +172,8 @@ TEST(RequestSlot, GoesByWhatBeganLastAndNotByWhoseHandleComesFirst) {
     EXPECT_EQ(slot.beginRequest(over), std::nullopt);
     slot.keep(*quickTurn, quick);
     slot.keep(*slowTurn, slow);
-    EXPECT_TRUE(slow.isDisposed() && !quick.isDisposed());
+    EXPECT_TRUE(slow.isDisposed());
+    EXPECT_FALSE(quick.isDisposed());
 
     const auto lateTurn = slot.beginRequest();
     slot.cancelRequest();

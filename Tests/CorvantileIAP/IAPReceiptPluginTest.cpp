@@ -3,7 +3,7 @@
 #include "CorvantileIAP/InappHelper.hpp"
 #include "Platform/Application/UIApplication.hpp"
 #include "TestPlatform/ScriptedStore.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {

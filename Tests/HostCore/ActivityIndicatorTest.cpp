@@ -3,8 +3,8 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Reactive/Factories.hpp"
 #include "Reactive/PublishSubject.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
 #include "Tests/Platform/AtOnce.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <memory>
 #include <stdexcept>

@@ -2,7 +2,7 @@
 
 #include "Platform/Application/UIApplication.hpp"
 #include "Platform/Store/SKPaymentQueue.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <functional>
 #include <memory>

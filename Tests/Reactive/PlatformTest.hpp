@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Reactive/SerialDispatchQueueScheduler.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
 #include "Tests/Reactive/Recorder.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <memory>
 #include <string>

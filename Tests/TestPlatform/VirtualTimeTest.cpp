@@ -1,6 +1,6 @@
 #include "Platform/Foundation/Clock.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
-#include "Tests/Corvantile/ProcessTest.hpp"
+#include "Tests/TestPlatform/ProcessTest.hpp"
 
 #include <chrono>
 #include <functional>
