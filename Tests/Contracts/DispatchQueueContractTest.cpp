@@ -157,8 +157,9 @@ TYPED_TEST(DispatchQueueContract, DestroysUnrunWhatWaitsWhenTheProcessEnds) {
     const auto serial = this->makeQueue();
     std::atomic<int> ended{0};
     std::atomic<int> ran{0};
+    const auto nothing = [] {};
     // Something to run that owns something, which has an end.
-    const auto item = [&](std::function<void()> atEnd = [] {}) {
+    const auto item = [&](std::function<void()> atEnd) {
         const auto end = [&ended, act = std::move(atEnd)](void*) {
             act();
             ++ended;
@@ -167,18 +168,18 @@ TYPED_TEST(DispatchQueueContract, DestroysUnrunWhatWaitsWhenTheProcessEnds) {
     };
     // Each end posts once more, to both: gone at once.
     const auto post = [&] {
-        main->async(item());
-        serial->asyncAfter(-1s, item());
+        main->async(item(nothing));
+        serial->asyncAfter(-1s, item(nothing));
     };
 
     main->async(item(post));
-    main->asyncAfter(1h, item());
+    main->asyncAfter(1h, item(nothing));
     serial->asyncAfter(1h, item(post));
     this->endProcess();
     EXPECT_EQ(ended, 7);
-    main->async(item());
-    serial->async(item());
-    serial->asyncAfter(1s, item());
+    main->async(item(nothing));
+    serial->async(item(nothing));
+    serial->asyncAfter(1s, item(nothing));
     EXPECT_EQ(ended, 10);
     EXPECT_EQ(ran, 0);
 }
