@@ -20,12 +20,12 @@ public:
     // Takes `batch` calls of `work` for one turn.
     template <class Work>
     void take(Work work, int batch = 1) {
-        const int before = flushCount();
-        const auto start = std::chrono::steady_clock::now();
-        for (int i = 0; i < batch; ++i) work();
-        const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
-        times_.push_back(passed.count() / batch);
-        flushes_ += flushCount() - before;
+        flushes_ += flushesOf([&] {
+            const auto start = std::chrono::steady_clock::now();
+            for (int i = 0; i < batch; ++i) work();
+            const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
+            times_.push_back(passed.count() / batch);
+        });
         calls_ += batch;
     }
 
