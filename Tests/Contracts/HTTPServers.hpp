@@ -19,9 +19,9 @@
 namespace corvantile {
 
 // A server within the platform's reach, by path: /echo gives the request's body back with status 201 and a
-// header `X-Reply`, /missing is a 404 with a body, /moved redirects to /missing, /hang never answers, /broken
-// breaks off in the middle of the body, /circle redirects to itself. `ServerOf<Harness>` also offers an
-// origin where nobody listens, and what /echo was sent.
+// header `X-Reply`, /missing is a 404 with a body, /moved redirects to what is the same to a GET, /hang never
+// answers, /broken breaks off in the middle of the body, /circle redirects to itself. `ServerOf<Harness>`
+// also offers an origin where nobody listens, and what /echo was sent.
 inline constexpr const char* missingBody = "{\"error\":\"not here\"}";
 
 template <class Harness>
@@ -74,9 +74,10 @@ private:
         if (request.path == "/echo") return echo(request, response);
         if (request.path == "/broken") return breakOff(response);
         if (request.path == "/hang") hasEnded_.wait();
-        if (request.path == "/moved") return response.set_redirect("/missing");
+        if (request.path == "/moved") return response.set_redirect("/found");
         if (request.path == "/circle") return response.set_redirect("/circle");
-        response.status = 404;
+        const bool isAllowed = request.path != "/found" || request.method == "GET";
+        response.status = isAllowed ? 404 : 405;
         response.set_content(missingBody, "application/json");
     }
 

@@ -18,7 +18,7 @@ namespace {
 // Of an answer, with its headers: whoever sends more means no good.
 constexpr std::size_t largestAnswer = 64UL * 1024 * 1024;
 
-// As many as the phone's system follows.
+// More than these lead in a circle.
 constexpr long mostRedirections = 16;
 
 // Without it the library would begin by itself, which not every build of it does safely from several threads.
