@@ -1,141 +1,17 @@
-#include "Tools/corvantile/Inspect/Inspect.hpp"
+#include "Tools/corvantile/CommandLine.hpp"
 #include "Tools/corvantile/Interruption.hpp"
-#include "Tools/corvantile/Play.hpp"
-#include "Tools/corvantile/Prove/Prove.hpp"
-#include "Tools/corvantile/Prove/ScenarioPlay.hpp"
-#include "Tools/corvantile/Receipts/Receipts.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 
 #include <CLI/CLI.hpp>
 
-#include <functional>
 #include <iostream>
-#include <string>
 
 namespace tool = corvantile::tool;
 
-namespace {
-
-// What the call asks for; each subcommand sets it.
-struct Call {
-    tool::PlayOptions play;
-    tool::InspectOptions inspect;
-    tool::ProveOptions prove;
-    tool::ScenarioOptions scenario;
-    tool::ReceiptOptions receipts;
-    std::function<tool::ExitCode()> run = [] { return tool::playTour(); };
-};
-
-void addPlay(CLI::App& app, Call& call) {
-    auto& options = call.play;
-    auto* const play =
-        app.add_subcommand("play", "Play commands from a script, a pipe or a prompt; `help` lists them");
-    play->add_option("--app", options.app,
-                     "Folder with the app's description, app.json (default: the sample app)")
-        ->type_name("FOLDER");
-    play->add_option("--state", options.state,
-                     "Folder for what outlives the app (default: the user's state folder)")
-        ->type_name("FOLDER");
-    play->add_option("--script", options.script, "Commands, one a line; the first failure ends the play")
-        ->type_name("FILE");
-    play->add_flag("--debug", options.switches.debug, "Switch debug on, whatever the description says");
-    play->add_flag("--dry-run", options.switches.dryRun,
-                   "Let events reach the first console sink only; includes --debug");
-    play->add_flag("--server", options.hasServer,
-                   "Play the attribution services on this machine, instead of any other endpoint");
-    play->add_flag("--json", options.json, "Show each happening as one JSON object a line");
-    play->footer(
-        "Exit codes: 0 all went well, 1 a command failed, 2 the call or the app description is at fault.");
-    play->callback([&call] { call.run = [&call] { return tool::play(call.play); }; });
-}
-
-using Show = tool::ExitCode (*)(const tool::InspectOptions&, std::ostream&);
-
-CLI::App* addInspection(CLI::App& app, Call& call, const char* name, const char* help, Show show) {
-    auto* const command = app.add_subcommand(name, help);
-    command->add_option("--state", call.inspect.state, "The app's state folder; it stays as it is")
-        ->type_name("FOLDER")
-        ->required();
-    command->add_flag("--json", call.inspect.json, "Show one JSON object a line");
-    command->footer(
-        "Exit codes: 0 all is well, 1 something is wrong or cannot be read, 2 the call is at fault.");
-    command->callback([&call, show] { call.run = [&call, show] { return show(call.inspect, std::cout); }; });
-    return command;
-}
-
-void addReceipts(CLI::App& app, Call& call) {
-    auto& options = call.receipts;
-    auto* const command = app.add_subcommand(
-        "receipts", "Explain what purchase analytics makes of receipts, the store's JSON; nothing is sent");
-    command->add_option("receipts", options.receipts, "Receipts, handed in one after the other")
-        ->type_name("FILE")
-        ->required();
-    command->add_option("--catalogue", options.catalogue, "StoreKit configuration file with the products")
-        ->type_name("FILE")
-        ->required();
-    command->add_option("--first-date", options.firstDate, "Nothing bought before it counts")
-        ->type_name("DATE");
-    command->add_option("--state", options.state, "An app's state folder, for what was reported before")
-        ->type_name("FOLDER");
-    command->add_option("--now", options.now, "When it is (default: now)")->type_name("DATE");
-    command->add_flag("--json", options.json, "Show one JSON object a line");
-    command->callback(
-        [&call] { call.run = [&call] { return tool::explainReceipts(call.receipts, std::cout); }; });
-}
-
-void addCatalogue(CLI::App& app, Call& call) {
-    auto& options = call.receipts;
-    auto* const command = app.add_subcommand("catalogue", "Show what a StoreKit configuration file sells");
-    command->add_option("file", options.catalogue, "StoreKit configuration file")
-        ->type_name("FILE.storekit")
-        ->required();
-    command->add_flag("--json", options.json, "Show one JSON object a line");
-    command->callback([&call] {
-        call.run = [&call] {
-            return tool::showCatalogue(call.receipts.catalogue, call.receipts.json, std::cout);
-        };
-    });
-}
-
-void addProve(CLI::App& app, Call& call) {
-    auto* const prove =
-        app.add_subcommand("prove", "Kill an app at each moment of its purchases, and show what that loses");
-    prove->add_flag("--short", call.prove.isShort, "At every third moment only");
-    prove->add_flag("--json", call.prove.json, "Show one JSON object a line");
-    prove->footer("Exit codes: 0 the promises of purchase analytics hold, 1 one is broken.");
-    prove->callback([&call] { call.run = [&call] { return tool::prove(call.prove, std::cout); }; });
-
-    // What `prove` calls the tool with; nothing for people.
-    auto* const process = app.add_subcommand("prove-process")->group("");
-    process->add_option("--folder", call.scenario.folder)->required();
-    process->add_option("--catalogue", call.scenario.catalogue)->required();
-    process->add_option("--kill", call.scenario.kill);
-    process->add_option("--moments", call.scenario.moments);
-    process->callback([&call] { call.run = [&call] { return tool::playScenario(call.scenario); }; });
-}
-
-} // namespace
-
 int main(int argc, char** argv) {
-    CLI::App app(
-        "Plays the phone around an app that is built on Corvantile. Without a command it plays the tour "
-        "of the sample app.",
-        "corvantile");
-    app.set_version_flag("--version", "corvantile " CORVANTILE_VERSION);
-    app.require_subcommand(0, 1);
-
-    Call call;
-    addPlay(app, call);
-    addInspection(app, call, "records", "Show what the app has stored, records decrypted", tool::showRecords);
-    addInspection(app, call, "keychain", "Show what the app's keychain holds", tool::showKeychain)
-        ->add_flag("--reveal", call.inspect.reveal, "Show the values too, which are secrets");
-    addInspection(app, call, "outbox", "Show what waits to be delivered, and what was delivered lately",
-                  tool::showOutbox);
-    addInspection(app, call, "doctor", "Say what is in order in the app's state folder, and what is not",
-                  tool::showHealth);
-    addProve(app, call);
-    addReceipts(app, call);
-    addCatalogue(app, call);
+    CLI::App app;
+    tool::Call call;
+    tool::buildCommandLine(app, call);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -1,0 +1,120 @@
+#include "Tools/corvantile/CommandLine.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+
+namespace corvantile::tool {
+
+namespace {
+
+void addPlay(CLI::App& app, Call& call) {
+    auto& options = call.play;
+    auto* const command =
+        app.add_subcommand("play", "Play commands from a script, a pipe or a prompt; `help` lists them");
+    command
+        ->add_option("--app", options.app,
+                     "Folder with the app's description, app.json (default: the sample app)")
+        ->type_name("FOLDER");
+    command
+        ->add_option("--state", options.state,
+                     "Folder for what outlives the app (default: the user's state folder)")
+        ->type_name("FOLDER");
+    command->add_option("--script", options.script, "Commands, one a line; the first failure ends the play")
+        ->type_name("FILE");
+    command->add_flag("--debug", options.switches.debug, "Switch debug on, whatever the description says");
+    command->add_flag("--dry-run", options.switches.dryRun,
+                      "Let events reach the first console sink only; includes --debug");
+    command->add_flag("--server", options.hasServer,
+                      "Play the attribution services on this machine, instead of any other endpoint");
+    command->add_flag("--json", options.json, "Show each happening as one JSON object a line");
+    command->footer(
+        "Exit codes: 0 all went well, 1 a command failed, 2 the call or the app description is at fault.");
+    command->callback([&call] { call.run = [&call] { return play(call.play); }; });
+}
+
+using Show = ExitCode (*)(const InspectOptions&, std::ostream&);
+
+CLI::App* addInspection(CLI::App& app, Call& call, const char* name, const char* help, Show show) {
+    auto* const command = app.add_subcommand(name, help);
+    command->add_option("--state", call.inspect.state, "The app's state folder; it stays as it is")
+        ->type_name("FOLDER")
+        ->required();
+    command->add_flag("--json", call.inspect.json, "Show one JSON object a line");
+    command->footer(
+        "Exit codes: 0 all is well, 1 something is wrong or cannot be read, 2 the call is at fault.");
+    command->callback([&call, show] { call.run = [&call, show] { return show(call.inspect, std::cout); }; });
+    return command;
+}
+
+void addReceipts(CLI::App& app, Call& call) {
+    auto& options = call.receipts;
+    auto* const command = app.add_subcommand(
+        "receipts", "Explain what purchase analytics makes of receipts, the store's JSON; nothing is sent");
+    command->add_option("receipts", options.receipts, "Receipts, handed in one after the other")
+        ->type_name("FILE")
+        ->required();
+    command->add_option("--catalogue", options.catalogue, "StoreKit configuration file with the products")
+        ->type_name("FILE")
+        ->required();
+    command->add_option("--first-date", options.firstDate, "Nothing bought before it counts")
+        ->type_name("DATE");
+    command->add_option("--state", options.state, "An app's state folder, for what was reported before")
+        ->type_name("FOLDER");
+    command->add_option("--now", options.now, "When it is (default: now)")->type_name("DATE");
+    command->add_flag("--json", options.json, "Show one JSON object a line");
+    command->callback([&call] { call.run = [&call] { return explainReceipts(call.receipts, std::cout); }; });
+}
+
+void addCatalogue(CLI::App& app, Call& call) {
+    auto& options = call.receipts;
+    auto* const command = app.add_subcommand("catalogue", "Show what a StoreKit configuration file sells");
+    command->add_option("file", options.catalogue, "StoreKit configuration file")
+        ->type_name("FILE.storekit")
+        ->required();
+    command->add_flag("--json", options.json, "Show one JSON object a line");
+    command->callback([&call] {
+        call.run = [&call] { return showCatalogue(call.receipts.catalogue, call.receipts.json, std::cout); };
+    });
+}
+
+void addProve(CLI::App& app, Call& call) {
+    auto* const command =
+        app.add_subcommand("prove", "Kill an app at each moment of its purchases, and show what that loses");
+    command->add_flag("--short", call.prove.isShort, "At every third moment only");
+    command->add_flag("--json", call.prove.json, "Show one JSON object a line");
+    command->footer("Exit codes: 0 the promises of purchase analytics hold, 1 one is broken.");
+    command->callback([&call] { call.run = [&call] { return prove(call.prove, std::cout); }; });
+
+    // What `prove` calls the tool with; nothing for people.
+    auto* const process = app.add_subcommand("prove-process")->group("");
+    process->add_option("--folder", call.scenario.folder)->required();
+    process->add_option("--catalogue", call.scenario.catalogue)->required();
+    process->add_option("--kill", call.scenario.kill);
+    process->add_option("--moments", call.scenario.moments);
+    process->callback([&call] { call.run = [&call] { return playScenario(call.scenario); }; });
+}
+
+} // namespace
+
+void buildCommandLine(CLI::App& app, Call& call) {
+    app.name("corvantile");
+    app.description(
+        "Plays the phone around an app that is built on Corvantile. Without a command it plays the "
+        "tour of the sample app.");
+    app.set_version_flag("--version", "corvantile " CORVANTILE_VERSION);
+    app.require_subcommand(0, 1);
+    addPlay(app, call);
+    addInspection(app, call, "records", "Show what the app has stored, records decrypted", showRecords);
+    addInspection(app, call, "keychain", "Show what the app's keychain holds", showKeychain)
+        ->add_flag("--reveal", call.inspect.reveal, "Show the values too, which are secrets");
+    addInspection(app, call, "outbox", "Show what waits to be delivered, and what was delivered lately",
+                  showOutbox);
+    addInspection(app, call, "doctor", "Say what is in order in the app's state folder, and what is not",
+                  showHealth);
+    addProve(app, call);
+    addReceipts(app, call);
+    addCatalogue(app, call);
+}
+
+} // namespace corvantile::tool

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Tools/corvantile/ExitCode.hpp"
+#include "Tools/corvantile/Inspect/Inspect.hpp"
+#include "Tools/corvantile/Play.hpp"
+#include "Tools/corvantile/Prove/Prove.hpp"
+#include "Tools/corvantile/Prove/ScenarioPlay.hpp"
+#include "Tools/corvantile/Receipts/Receipts.hpp"
+
+#include <functional>
+
+namespace CLI {
+class App;
+} // namespace CLI
+
+namespace corvantile::tool {
+
+// What the arguments ask for. Parsing fills it in; `run` then does it.
+struct Call {
+    PlayOptions play;
+    InspectOptions inspect;
+    ProveOptions prove;
+    ScenarioOptions scenario;
+    ReceiptOptions receipts;
+    std::function<ExitCode()> run = [] { return playTour(); };
+};
+
+// Adds every subcommand and option to `app`, a fresh CLI::App. The callbacks refer to `call`, which has to
+// outlive the parsing.
+void buildCommandLine(CLI::App& app, Call& call);
+
+} // namespace corvantile::tool
