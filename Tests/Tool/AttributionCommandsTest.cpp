@@ -1,4 +1,5 @@
 #include "Tests/Tool/EngineFixture.hpp"
+#include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Inspect/Inspect.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 
@@ -7,6 +8,7 @@
 namespace corvantile::tool {
 namespace {
 
+using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -46,9 +48,10 @@ protected:
         return happenings().back().text;
     }
 
-    std::string inspected(ExitCode (*show)(const InspectOptions&, std::ostream&), bool json = false) {
+    std::string inspected(ExitCode (*show)(const InspectOptions&, CommandOutput&), bool json = false) {
         std::ostringstream out;
-        EXPECT_EQ(show({.state = folder().state(), .json = json}, out), ExitCode::success);
+        CommandOutput output({out, out}, json);
+        EXPECT_EQ(show({.state = folder().state()}, output), ExitCode::success);
         return out.str();
     }
 };
@@ -76,7 +79,8 @@ TEST_F(AttributionCommands, DeliverWhatWasTrackedOffline) {
 
     play({"terminate"});
     EXPECT_THAT(inspected(showOutbox), HasSubstr("\n  event s1 4.99000 USD: sent at try 1, answer 200 {\""));
-    EXPECT_THAT(inspected(showOutbox, true), HasSubstr(R"("revenue":"4.99000","state":"sent","status":200)"));
+    EXPECT_THAT(inspected(showOutbox, true),
+                AllOf(HasSubstr(R"("httpStatus":200)"), HasSubstr(R"("revenue":"4.99000","state":"sent")")));
     EXPECT_THAT(inspected(showHealth), HasSubstr("outbox: 3 packages, of which 0 wait"));
 }
 

@@ -1,41 +1,24 @@
+#include "Tests/Tool/GoldenState.hpp"
+#include "Tests/Tool/SampleCatalogue.hpp"
 #include "Tests/Tool/SampleFolder.hpp"
+#include "Tests/Tool/ToolRun.hpp"
 
 #include <gmock/gmock.h>
 
-#include <array>
-#include <cstdio>
+#include <csignal>
+#include <fstream>
 #include <regex>
 #include <string>
 #include <utility>
 
-#include <sys/wait.h>
-
 namespace corvantile::tool {
 namespace {
 
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
-
-struct Outcome {
-    int exitCode = -1;
-    std::string output; // standard error too
-};
-
-// Runs the tool that was built beside this test.
-Outcome run(const std::string& arguments, const std::string& input = "") {
-    const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    const auto tool = folder / "../../Tools/corvantile/corvantile";
-    const auto line = "printf '" + input + "' | '" + tool.string() + "' " + arguments + " 2>&1";
-    std::FILE* const stream = ::popen(line.c_str(), "r");
-    Outcome outcome;
-    std::array<char, 4096> bytes;
-    while (const auto count = std::fread(bytes.data(), 1, bytes.size(), stream))
-        outcome.output.append(bytes.data(), count);
-    const int status = ::pclose(stream);
-    if (WIFEXITED(status)) outcome.exitCode = WEXITSTATUS(status);
-    return outcome;
-}
 
 // Without what differs from moment to moment and from machine to machine.
 std::string normalised(std::string output) {
@@ -66,11 +49,23 @@ protected:
         return play() + "--script '" + folder_.write("a.play", text).string() + "' ";
     }
 
+    // `--state` with a folder in which no file can be used.
+    [[nodiscard]] std::string damagedState() const {
+        std::filesystem::create_directories(folder_.state() / "keychain");
+        for (const auto* const file : {"user-defaults.sqlite", "outbox.sqlite", "keychain/vault.sqlite"})
+            folder_.write(std::string("state/") + file, "no database, but long enough to be looked at");
+        return "--state '" + folder_.state().string() + "' ";
+    }
+    [[nodiscard]] std::string written(const std::string& name, const std::string& text) const {
+        return "'" + folder_.write(name, text).string() + "' ";
+    }
+
+    const ToolRun run;
     SampleFolder folder_;
 };
 
 TEST_F(CommandLineTest, PlaysAScript) {
-    const auto [exitCode, output] = run(playScript(R"(# the road of one event
+    const auto [exitCode, output, errors] = run(playScript(R"(# the road of one event
 launch
 track open n=1 # and on to the sink
 say it's "all  done"
@@ -90,41 +85,108 @@ TIME  script   it's all  done
 )");
 }
 
-TEST_F(CommandLineTest, EndsAScriptAtItsFirstFault) {
-    const auto [exitCode, output] = run(playScript("\nlaunhc\nsay never\n"));
+TEST_F(CommandLineTest, EndsAScriptAtItsFirstErrorAndGoesOnInAPipe) {
+    const auto script = run(playScript("\nlaunhc\nsay never\n"));
+    EXPECT_EQ(script.exitCode, 1);
+    EXPECT_THAT(script.errors, EndsWith("a.play:2: there is no command \"launhc\": did you mean launch?\n"));
+    EXPECT_THAT(script.output, Not(HasSubstr("never")));
 
-    EXPECT_EQ(exitCode, 1);
-    EXPECT_THAT(output, HasSubstr("a.play:2: there is no command \"launhc\": did you mean launch?"));
-    EXPECT_THAT(output, testing::Not(HasSubstr("never")));
-}
-
-TEST_F(CommandLineTest, GoesOnInAPipeAndRemembersTheFault) {
-    const auto [exitCode, output] = run(play() + "--json", R"(launhc\nsay still here)");
-
-    EXPECT_EQ(exitCode, 1);
-    EXPECT_THAT(output, HasSubstr("standard input:1: there is no command"));
-    EXPECT_THAT(output, EndsWith(R"("who":"input","kind":"say","text":"still here"})"
-                                 "\n"));
+    const auto pipe = run(play() + "--json", R"(launhc\nsay still here)");
+    EXPECT_EQ(pipe.exitCode, 1);
+    EXPECT_THAT(pipe.errors, StartsWith("corvantile: standard input:1: there is no command"));
+    EXPECT_THAT(pipe.output, EndsWith(R"("who":"input","text":"still here"})"
+                                      "\n"));
     EXPECT_EQ(run(play(), R"(quit\nnonsense)").exitCode, 0);
 }
 
-TEST_F(CommandLineTest, TellsAFaultOfTheCallByItsExitCode) {
-    folder_.write("app.json", "{");
-    EXPECT_EQ(run(play()).exitCode, 2);
-    for (const auto* const arguments :
-         {"paly", "play --scrip x", "play --script /nowhere/x.play", "play --app /nowhere", "records",
-          "keychain --state /nowhere", "doctor --state /dev/null", "catalogue /nowhere", "receipts a.json",
-          "receipts /nowhere --catalogue /nowhere"})
-        EXPECT_EQ(run(arguments).exitCode, 2) << arguments;
-    EXPECT_EQ(run("--help").exitCode, 0);
-    EXPECT_THAT(run("--version").output, StartsWith("corvantile "));
+TEST_F(CommandLineTest, SaysWhyItFailsOnStandardError) {
+    const auto receipt = written("status.json", R"({"status": 21003})");
+    const auto catalogue = written("Catalogue.storekit", sampleCatalogue);
+    const auto good = written("good.json", R"({"status": 0})");
+    const auto noReceipts = folder_.app().string() + "/app.json: the app reports no purchase";
+    const struct {
+        std::string arguments;
+        int exitCode;
+        std::string error;
+    } cases[] = {
+        {"records " + damagedState(), 1, "corvantile: user defaults: "},
+        {"keychain --json " + damagedState(), 1, "corvantile: "},
+        {"outbox " + damagedState(), 1, "corvantile: outbox: "},
+        {"doctor --json " + damagedState(), 1, "corvantile: outbox: "},
+        {"receipts " + receipt + "--catalogue " + catalogue, 1, "status.json: The receipt is not authentic."},
+        {"receipts --json " + good + "--catalogue " + receipt, 1, "corvantile: "},
+        {"catalogue --json " + receipt, 1, "corvantile: "},
+        {"receipts " + good, 2, "receipts wants the products: --app FOLDER of an app, or --catalogue FILE"},
+        {"receipts " + good + "--app '" + folder_.app().string() + "'", 2, noReceipts},
+        {"receipts /nowhere --catalogue " + catalogue, 2, "/nowhere: expected a receipt"},
+        {"catalogue /nowhere", 2, "/nowhere: expected a StoreKit configuration file"},
+        {"paly", 2, "corvantile: "},
+        {"play --scrip x", 2, "corvantile: "},
+        {"play --script /nowhere/x.play", 2, "/nowhere/x.play: expected a script"},
+        {"play --app /nowhere", 2, "/nowhere/app.json: expected an app description"},
+        {"records", 2, "com.example.sampleapp: expected an app's state folder, but there is nothing"},
+        {"keychain --state /nowhere", 2, "/nowhere: expected an app's state folder"},
+        {"doctor --state /dev/null", 2, "/dev/null: expected an app's state folder, but this is no folder"},
+    };
+    for (const auto& [arguments, exitCode, error] : cases) {
+        SCOPED_TRACE(arguments);
+        const auto outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, exitCode);
+        EXPECT_THAT(outcome.errors, AllOf(StartsWith("corvantile: "), HasSubstr(error)));
+        EXPECT_TRUE(exitCode != 2 || outcome.output.empty()) << outcome.output;
+    }
 }
 
-TEST_F(CommandLineTest, PlaysTheTourWithoutAFault) {
-    const auto [exitCode, output] = run("");
+TEST_F(CommandLineTest, ShowsAnErrorOnceWhereBothStreamsAreOne) {
+    const auto both = run(playScript("launhc"), "", "2>&1").output;
 
-    EXPECT_EQ(exitCode, 0);
-    EXPECT_THAT(output, testing::Not(HasSubstr("host     error: ")));
+    EXPECT_THAT(both, HasSubstr("host     error: "));
+    EXPECT_THAT(both, Not(HasSubstr("corvantile: ")));
+}
+
+TEST_F(CommandLineTest, FailsWhenStandardOutputCannotBeWritten) {
+    folder_.write("app.json", R"({"bundleIdentifier": "com.example.golden", "plugins": [
+        {"kind": "UserPreference"}, {"kind": "DatabasePlugin"}]})");
+    copyGoldenState(folder_.state());
+    const auto state = " --state '" + folder_.state().string() + "'";
+    const auto receipt = written("good.json", R"({"status": 0})");
+    const auto catalogue = written("Catalogue.storekit", sampleCatalogue);
+    for (const std::string& arguments :
+         {std::string("--help"), std::string("--version"), std::string("records --help"), std::string(),
+          playScript("say so"), playScript("say so") + "--json", "records" + state, "keychain" + state,
+          "outbox --json" + state, "doctor" + state, "receipts " + receipt + "--catalogue " + catalogue,
+          "catalogue " + catalogue, std::string("prove --short")}) {
+        const auto outcome = run(arguments, "", "> /dev/full");
+        EXPECT_EQ(outcome.exitCode, 3) << arguments;
+        EXPECT_EQ(outcome.errors, "corvantile: standard output cannot be written: No space left on device\n")
+            << arguments;
+    }
+    // A file of the state would get the number of a closed standard output, and what is printed.
+    EXPECT_EQ(run(play(), "launch", ">&-").exitCode, 3);
+    EXPECT_EQ(run("doctor" + state).exitCode, 0);
+}
+
+TEST_F(CommandLineTest, EndsSoonAndSilentlyWhenAPipeIsClosed) {
+    std::string script = "launch\n";
+    for (int line = 0; line < 5000; ++line) script += "say something that soon fills a pipe\n";
+    const auto ended = folder_.app() / "ended.txt";
+    const auto outcome = run.shell("{ " + ToolRun::tool() + " " + playScript(script + "wait 5m\n") +
+                                   "--server; echo $? > '" + ended.string() + "'; } | head -1");
+
+    EXPECT_EQ(outcome.errors, "");
+    std::ifstream stream(ended);
+    int exitCode = 0;
+    stream >> exitCode;
+    EXPECT_EQ(exitCode, 128 + SIGPIPE);
+}
+
+TEST_F(CommandLineTest, LooksAtTheStateThatAPlayLeaves) {
+    folder_.write("app.json", R"({"bundleIdentifier": "com.example.kept", "plugins": [
+        {"kind": "UserPreference"}, {"kind": "DatabasePlugin"}]})");
+    const auto option = " --app '" + folder_.app().string() + "'";
+    EXPECT_EQ(run("play" + option, R"(launch\nwait 1100ms)").exitCode, 0);
+    EXPECT_THAT(run("records" + option).output, HasSubstr("appconfig_Setting_"));
+    EXPECT_THAT(run("keychain" + option).output, HasSubstr("com.example.kept  realm_encryption_key"));
 }
 
 } // namespace

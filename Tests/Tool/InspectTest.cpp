@@ -4,6 +4,7 @@
 #include "DesktopPlatform/Keychain/Vault.hpp"
 #include "Tests/Tool/GoldenState.hpp"
 #include "Tests/Tool/SampleFolder.hpp"
+#include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/SilentConsole.hpp"
 
 #include <gmock/gmock.h>
@@ -25,7 +26,7 @@ constexpr const char* settingName = "appconfig_Setting_2F7B6BDA-AEED-4BA3-9DFE-0
 constexpr const char* keyAccount = "realm_encryption_key";
 constexpr const char* service = "com.example.golden";
 
-using Show = ExitCode (*)(const InspectOptions&, std::ostream&);
+using Show = ExitCode (*)(const InspectOptions&, CommandOutput&);
 
 // What every file is: its permissions, when it was written, its bytes.
 using Files = std::map<std::string, std::string>;
@@ -36,8 +37,10 @@ protected:
 
     std::string shown(Show show, ExitCode expected = ExitCode::success, bool json = false,
                       bool reveal = false) {
-        std::ostringstream out;
-        EXPECT_EQ(show({.state = state, .json = json, .reveal = reveal}, out), expected) << out.str();
+        std::ostringstream out, errors;
+        CommandOutput output({out, errors}, json);
+        EXPECT_EQ(show({.state = state, .reveal = reveal}, output), expected) << out.str();
+        EXPECT_EQ(errors.str().empty(), expected == ExitCode::success) << errors.str();
         return out.str();
     }
     void store(std::optional<NSUserDefaults::Value> value, std::string_view name) {
@@ -65,21 +68,24 @@ protected:
 TEST_F(Inspect, ShowsEveryRecordDecryptedWhereItCanBe) {
     store("AAAA", "appconfig_Application_other");
     store(true, "flag");
-    EXPECT_EQ(shown(showRecords, ExitCode::failed, true),
-              R"({"name":"appconfig_Application_2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB","bytes":64,)"
-              R"("record":{"updatedTime":817087042.6386497}})"
-              "\n"
-              R"({"name":"appconfig_Application_other","bytes":4,)"
-              R"("fault":"it is damaged, or was never sealed"})"
-              "\n"
-              R"({"name":"appconfig_Setting_2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB","bytes":130,)"
-              R"("record":{"iapPolicy":["one","two"],)"
-              R"("manageSubscriptionEnabled":true,"reviewAppEnabled":false}})"
-              "\n"
-              R"({"name":"appconfig_uuidKey","bytes":64,"record":"2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB"})"
-              "\n"
-              R"({"name":"flag","bytes":1,"value":true})"
-              "\n");
+    EXPECT_EQ(
+        shown(showRecords, ExitCode::failed, true),
+        R"({"kind":"format","format":"corvantile","version":1})"
+        "\n"
+        R"({"kind":"record","name":"appconfig_Application_2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB","bytes":64,)"
+        R"("record":{"updatedTime":817087042.6386497}})"
+        "\n"
+        R"({"kind":"record","name":"appconfig_Application_other","bytes":4,)"
+        R"("error":"it is damaged, or was never sealed"})"
+        "\n"
+        R"({"kind":"record","name":"appconfig_Setting_2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB","bytes":130,)"
+        R"("record":{"iapPolicy":["one","two"],)"
+        R"("manageSubscriptionEnabled":true,"reviewAppEnabled":false}})"
+        "\n"
+        R"({"kind":"record","name":"appconfig_uuidKey","bytes":64,"record":"2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB"})"
+        "\n"
+        R"({"kind":"record","name":"flag","bytes":1,"value":true})"
+        "\n");
     EXPECT_THAT(shown(showRecords, ExitCode::failed),
                 HasSubstr("appconfig_uuidKey  64 bytes\n  \"2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB\"\n"));
 }
@@ -89,7 +95,8 @@ TEST_F(Inspect, ShowsSecretsOfTheKeychainOnlyWhenAsked) {
                                    "com.example.golden  realm_encryption_key\n  key: text\n");
     EXPECT_THAT(
         shown(showKeychain, ExitCode::success, true, true),
-        HasSubstr(R"("account":"firstDate","values":{"firstDate":{"kind":"date","value":"2026-11-23 00)"));
+        HasSubstr(
+            R"("account":"firstDate","values":{"firstDate":{"type":"date","value":"2026-11-23T00:00:00Z)"));
     EXPECT_THAT(shown(showKeychain, ExitCode::success, false, true), HasSubstr("key: text \"LYd2Kvu"));
 }
 

@@ -2,6 +2,7 @@
 #include "DesktopPlatform/Keychain/Vault.hpp"
 #include "Tests/Tool/SampleCatalogue.hpp"
 #include "Tests/Tool/SampleFolder.hpp"
+#include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 
 #include <gmock/gmock.h>
@@ -40,13 +41,16 @@ protected:
     }
 
     std::string explained(ExitCode expected = ExitCode::success) {
-        std::ostringstream out;
-        EXPECT_EQ(explainReceipts(options_, out), expected);
+        std::ostringstream out, errors;
+        CommandOutput output({out, errors}, json_);
+        EXPECT_EQ(explainReceipts(options_, output), expected);
+        EXPECT_EQ(errors.str().empty(), expected == ExitCode::success) << errors.str();
         return out.str();
     }
 
     const SampleFolder folder_;
     ReceiptOptions options_;
+    bool json_ = false;
 };
 
 TEST_F(Receipts, AreExplainedTransactionByTransaction) {
@@ -85,7 +89,7 @@ TEST_F(Receipts, CountFromTheFirstDateAndOnceOnlyAsTheStateFolderKnows) {
     EXPECT_THAT(text, HasSubstr("\n  app.pro     2 of 8  0 USD\n  app.themes  0 of 2  0 USD\n"));
 
     options_.firstDate = "2023-12-30";
-    options_.json = true;
+    json_ = true;
     EXPECT_THAT(explained(), HasSubstr(R"("rule":"first purchase, a trial")"));
 }
 
@@ -103,12 +107,51 @@ TEST_F(Receipts, TellWhatIsWrongWithAFile) {
     EXPECT_THROW(explained(), Refusal);
 }
 
+TEST_F(Receipts, AreReportedAsTheAppDescribesIt) {
+    folder_.write("app.json",
+                  R"({"bundleIdentifier": "com.example.app", "store": {"catalogue": "Catalogue.storekit"},
+        "plugins": [{"kind": "AnalyticPlugin"}, {"kind": "UserPreference"}, {"kind": "FirstDatePlugin"},
+                    {"kind": "IAPReceiptPlugin", "configuration": {"products": [
+                        {"identifier": "app.pro", "category": "pro"}, {"identifier": "app.gone"}]}},
+                    {"kind": "IAPReceiptTrackingPlugin"}],
+        "sinks": [{"kind": "ConsoleComponent", "name": "console", "ignore": ["renew_pro"]},
+                  {"kind": "AdjustAnalyticComponent", "name": "adjust", "register": "command",
+                   "configuration": {"eventTokenFile": "events"}}]})");
+    folder_.write("events.json", R"([{"token": "abc123", "name": "renew_pro"}])");
+    options_.app = folder_.app();
+    options_.catalogue.clear();
+    const auto text = explained();
+
+    EXPECT_THAT(text, HasSubstr("trial_conversion_pro 4.99 USD; subscription 4.99 USD\n"));
+    EXPECT_THAT(text, HasSubstr("silent: no category: the IAPReceiptPlugin does not list the product\n"));
+    EXPECT_THAT(text, HasSubstr("silent: no category: the catalogue has no such product\n"));
+    EXPECT_THAT(text, testing::EndsWith(R"(
+The sinks that get them
+  subscription reports  console             adjust (once a command registers it)
+  renew_pro             console ignores it  adjust with token abc123 (once a command registers it)
+  total_subscription    console             adjust has no token for it (once a command registers it)
+  trial_conversion_pro  console             adjust has no token for it (once a command registers it)
+  trial_subscribe_pro   console             adjust has no token for it (once a command registers it)
+)"));
+
+    json_ = true;
+    EXPECT_THAT(explained(),
+                HasSubstr(R"({"currency":"USD","event":"renew_pro","price":"4.99","sinks":[)"
+                          R"({"accepts":false,"register":"launch","sink":"console"},)"
+                          R"({"accepts":true,"hasToken":true,"register":"command","sink":"adjust",)"
+                          R"("token":"abc123"}],"type":"event"})"));
+}
+
 TEST_F(Receipts, ComeFromACatalogueThatIsShownAsATable) {
-    std::ostringstream out;
-    for (const bool json : {false, true})
-        EXPECT_EQ(showCatalogue(options_.catalogue, json, out), ExitCode::success);
+    std::ostringstream out, errors;
+    for (const bool json : {false, true}) {
+        CommandOutput output({out, errors}, json);
+        EXPECT_EQ(showCatalogue(options_.catalogue, output), ExitCode::success);
+    }
     EXPECT_THAT(out.str(), HasSubstr("app.pro     RecurringSubscription  4.99 USD  P1M  free for P1W\n"));
-    EXPECT_THAT(out.str(), HasSubstr(R"("kind":"Consumable","price":"0.99","product":"app.coins")"));
+    EXPECT_THAT(
+        out.str(),
+        HasSubstr(R"("price":"0.99","product":"app.coins","region":"US","title":"","type":"Consumable")"));
 }
 
 } // namespace

@@ -83,11 +83,11 @@ void AppProcess::followNetwork() {
     const auto tell = [this](NetworkReachabilityStatus status) {
         if (status == NetworkReachabilityStatus::unknown) return; // the framework passes it over as well
         isNetworkTold_ = true;
-        reporter_.tell("network", "network", describe(status), {{"status", describe(status)}});
+        reporter_.tell("network", "network", describe(status), {{"network", describe(status)}});
     };
     const bool isWatching = networkWatch_->startListening(platform_.ports().queues->main(), tell);
     if (!isWatching || !platform_.runMainLoopUntil([this] { return isNetworkTold_; }, patience))
-        reporter_.tell("network", "network", "unknown: this machine does not tell", {{"status", "unknown"}});
+        reporter_.tell("network", "network", "unknown: this machine does not tell", {{"network", "unknown"}});
 }
 
 void AppProcess::makeSinks(const AppDescription& app) {
@@ -122,7 +122,7 @@ void AppProcess::registerSink(Sink& sink) {
                            ? " for the " + std::to_string(times) + ". time: it hears everything as often"
                            : std::string();
     reporter_.tell("host", "register", "registers sink " + sink.name + " (" + sink.kind + ")" + often,
-                   {{"sink", sink.name}, {"kind", sink.kind}, {"registrations", times}});
+                   {{"sink", sink.name}, {"type", sink.kind}, {"registrations", times}});
 }
 
 bool AppProcess::hasRegisteredSink() const {

@@ -48,7 +48,8 @@ bool Engine::play(std::string_view line, const Origin& origin) {
         return true;
     } catch (const Refusal& refusal) {
         const auto place = origin.place.empty() ? "" : origin.place + ": ";
-        reporter_.tell("host", "error", place + refusal.what(), {{"place", origin.place}});
+        reporter_.tell("host", "error", place + refusal.what(),
+                       {{"error", refusal.what()}, {"place", origin.place}});
         return false;
     }
 }

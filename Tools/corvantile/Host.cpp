@@ -46,7 +46,7 @@ void Host::launch(const LaunchSwitches& asked) {
     const bool answer = process_->delegate().didFinishLaunchingWithOptions(process_->application(), {});
     lifeCycle_ = LifeCycle::inactive;
     reporter_.tell("host", "launch", std::string("didFinishLaunching → ") + (answer ? "true" : "false"),
-                   {{"answer", answer}});
+                   {{"result", answer}});
 }
 
 void Host::checkSwitches(const LaunchSwitches& switches) const {

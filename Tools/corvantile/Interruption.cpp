@@ -1,5 +1,7 @@
 #include "Tools/corvantile/Interruption.hpp"
 
+#include "Tools/corvantile/StandardOutput.hpp"
+
 #include <csignal>
 
 namespace corvantile::tool {
@@ -22,5 +24,7 @@ void heedInterruption() {
 }
 
 bool isInterrupted() { return interrupted != 0; }
+
+bool mustStop() { return isInterrupted() || hasStandardOutputFailed(); }
 
 } // namespace corvantile::tool

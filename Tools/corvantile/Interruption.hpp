@@ -8,4 +8,7 @@ void heedInterruption();
 
 [[nodiscard]] bool isInterrupted();
 
+// What goes on has to end soon and in good order: it was interrupted, or what it prints reaches nobody.
+[[nodiscard]] bool mustStop();
+
 } // namespace corvantile::tool

@@ -49,7 +49,7 @@ std::string describe(const OutboxEntry& package) {
 
 EventValue::Map fieldsOf(const OutboxEntry& package) {
     EventValue::Map fields{{"identifier", package.identifier},
-                           {"kind", std::string(describe(package.kind))},
+                           {"type", std::string(describe(package.kind))},
                            {"created", package.created},
                            {"tries", package.tries},
                            {"state", std::string(describe(package.state))}};
@@ -61,7 +61,7 @@ EventValue::Map fieldsOf(const OutboxEntry& package) {
     add("currency", package.currency);
     add("transaction", package.transactionId);
     if (!package.lastAnswer) return fields;
-    if (package.lastAnswer->status) fields.emplace("status", *package.lastAnswer->status);
+    if (package.lastAnswer->status) fields.emplace("httpStatus", *package.lastAnswer->status);
     add("answer", package.lastAnswer->text);
     return fields;
 }

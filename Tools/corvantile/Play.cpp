@@ -3,10 +3,12 @@
 #include "Tools/corvantile/Engine.hpp"
 #include "Tools/corvantile/Faces/JSONLinesFace.hpp"
 #include "Tools/corvantile/Faces/TerminalFace.hpp"
+#include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/Interruption.hpp"
 #include "Tools/corvantile/LineReader.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/SampleApp.hpp"
+#include "Tools/corvantile/StandardOutput.hpp"
 #include "Tools/corvantile/TemporaryFolder.hpp"
 
 #include <cerrno>
@@ -37,7 +39,7 @@ public:
           engine_(std::move(app),
                   {.stateFolder = options.state,
                    .switches = options.switches,
-                   .isInterrupted = isInterrupted,
+                   .isInterrupted = mustStop,
                    .hasServer = options.hasServer},
                   [this](const Happening& happening) { show(happening); }) {}
 
@@ -63,12 +65,14 @@ public:
         return outcome();
     }
 
-    [[nodiscard]] bool isOver() const { return engine_.isOver() || isInterrupted(); }
+    [[nodiscard]] bool isOver() const { return engine_.isOver() || mustStop(); }
 
 private:
     // Who types a command has it on the screen already.
     void show(const Happening& happening) {
         if (happening.kind != "command" || happening.who != Origin().who) face_->show(happening);
+        if (happening.kind == "error" && !areStandardStreamsOne())
+            std::cerr << "corvantile: " << visibleText(happening.text) << '\n';
     }
 
     std::optional<std::string> await(LineReader& reader) {
@@ -101,15 +105,10 @@ std::ifstream openScript(const std::filesystem::path& file) {
                   std::generic_category().message(script.is_open() ? EISDIR : errno));
 }
 
-AppDescription readApp(const PlayOptions& options) {
-    const auto folder = options.app.empty() ? sampleAppFolder() : options.app;
-    return readAppDescription(folder, frameworkRegistry());
-}
-
 } // namespace
 
 ExitCode play(const PlayOptions& options) {
-    auto app = readApp(options);
+    auto app = readApp(options.app);
     if (options.script.empty()) return Session(std::move(app), options).playInput();
     auto script = openScript(options.script);
     return Session(std::move(app), options).playScript(script, options.script);
@@ -118,7 +117,7 @@ ExitCode play(const PlayOptions& options) {
 ExitCode playTour() {
     const TemporaryFolder state;
     const PlayOptions options{.state = state.path()};
-    auto app = readApp(options);
+    auto app = readApp(options.app);
     const auto file = app.folder / "tour.play";
     auto script = openScript(file);
     Session session(std::move(app), options);

@@ -14,7 +14,11 @@ std::filesystem::path sampleAppFolder() {
             if (std::filesystem::exists(folder / place / "app.json", ignored)) return folder / place;
         if (folder == folder.parent_path()) break;
     }
-    throw Refusal("the sample app is not beside the tool; name an app: corvantile play --app FOLDER");
+    throw Refusal("the sample app is not beside the tool; name an app: --app FOLDER");
+}
+
+AppDescription readApp(const std::filesystem::path& folder) {
+    return readAppDescription(folder.empty() ? sampleAppFolder() : folder, frameworkRegistry());
 }
 
 } // namespace corvantile::tool

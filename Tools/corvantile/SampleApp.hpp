@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tools/corvantile/Description/AppDescription.hpp"
+
 #include <filesystem>
 
 namespace corvantile::tool {
@@ -7,5 +9,8 @@ namespace corvantile::tool {
 // The folder of the sample app that belongs to this executable, whether it stands in a build tree or where it
 // was installed. A Refusal when it is nowhere to be found.
 [[nodiscard]] std::filesystem::path sampleAppFolder();
+
+// The description in `folder`, or the sample app's if that is empty.
+[[nodiscard]] AppDescription readApp(const std::filesystem::path& folder);
 
 } // namespace corvantile::tool

@@ -75,13 +75,6 @@ std::optional<Date> parseDate(string_view text) {
     return moment + chrono::seconds(3600 * hour + 60 * minute + second);
 }
 
-std::string isoText(Date date) {
-    auto text = describe(date); // 2024-01-02 03:04:05 +0000
-    text.replace(text.size() - 6, 6, "Z");
-    text[text.size() - 10] = 'T';
-    return text;
-}
-
 // Text that a command may write without quotes, behind a `=`.
 bool isBare(string_view text) {
     const auto isBlank = [](char character) { return static_cast<unsigned char>(character) <= ' '; };
@@ -167,6 +160,13 @@ std::chrono::milliseconds parseDuration(string_view text) {
         return std::chrono::milliseconds(static_cast<std::int64_t>(milliseconds));
     }
     throw misread("a duration, such as 500ms, 1.5s or 2m", text);
+}
+
+std::string isoText(Date date) {
+    auto text = describe(date); // 2024-01-02 03:04:05 +0000
+    text.replace(text.size() - 6, 6, "Z");
+    text[text.size() - 10] = 'T';
+    return text;
 }
 
 std::string describeValue(const EventValue& value) {

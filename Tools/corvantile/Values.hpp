@@ -30,6 +30,9 @@ namespace corvantile::tool {
 // `500ms`, `1.5s`, `2m`; a day at most.
 [[nodiscard]] std::chrono::milliseconds parseDuration(std::string_view text);
 
+// `2024-01-02T03:04:05Z`: UTC, whole seconds, rounded down.
+[[nodiscard]] std::string isoText(Date date);
+
 // The value, and the parameters, as a command would write them.
 [[nodiscard]] std::string describeValue(const EventValue& value);
 [[nodiscard]] std::string describeParameters(const EventParameters& parameters);

@@ -1,27 +1,40 @@
 #include "Tools/corvantile/CommandLine.hpp"
 #include "Tools/corvantile/Interruption.hpp"
 #include "Tools/corvantile/Refusal.hpp"
+#include "Tools/corvantile/StandardOutput.hpp"
 
 #include <CLI/CLI.hpp>
 
+#include <exception>
 #include <iostream>
 
 namespace tool = corvantile::tool;
 
-int main(int argc, char** argv) {
+namespace {
+
+tool::ExitCode run(int argc, char** argv) {
     CLI::App app;
     tool::Call call;
     tool::buildCommandLine(app, call);
     try {
         app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : static_cast<int>(tool::ExitCode::usage);
-    }
-    tool::heedInterruption();
-    try {
-        return static_cast<int>(call.run());
+        tool::heedInterruption();
+        return call.run();
+    } catch (const CLI::ParseError& error) { // --help and --version, too
+        return app.exit(error) == 0 ? tool::ExitCode::success : tool::ExitCode::usage;
     } catch (const tool::Refusal& refusal) {
         std::cerr << "corvantile: " << refusal.what() << '\n';
-        return static_cast<int>(tool::ExitCode::usage);
+        return tool::ExitCode::usage;
+    } catch (const std::exception& error) { // of the machine: no memory, no folder for temporary files
+        std::cerr << "corvantile: " << error.what() << '\n';
+        return tool::ExitCode::failed;
     }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    tool::StandardOutput output;
+    const auto code = run(argc, argv);
+    return static_cast<int>(output.close(code));
 }

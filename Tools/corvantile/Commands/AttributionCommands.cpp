@@ -126,13 +126,13 @@ void runAttribution(Host& host) {
     const auto learnt = latest(info);
     if (!learnt) return host.reporter().tell("host", "attribution", "nothing is published yet");
     auto [text, value] = publicationOf(*learnt);
-    host.reporter().tell("host", "attribution", "this launch has learnt " + text, {{"info", value}});
+    host.reporter().tell("host", "attribution", "this launch has learnt " + text, {{"value", value}});
 }
 
 void runIdentifier(Host& host) {
     const auto identifier = host.service<AdNetworkPluggable>()->idfa();
     host.reporter().tell("host", "idfa", "the advertising identifier is " + identifier,
-                         {{"idfa", identifier}});
+                         {{"identifier", identifier}});
 }
 
 void runPromoteInstall(Host& host) {
@@ -143,7 +143,8 @@ void runPromoteInstall(Host& host) {
         const auto json = NSBundle::main()->resource(name, "json");
         if (!json) throw Refusal("the app's folder has no " + name + ".json");
         const auto promotion = decodeJSON<PromoteInstall>(*json);
-        host.reporter().tell("host", "promote-install", describe(promotion), fieldsOf(promotion));
+        host.reporter().tell("host", "promote-install", describe(promotion),
+                             {{"record", fieldsOf(promotion)}});
     } catch (const NSError& error) {
         throw Refusal(name + ".json: " + error.localizedDescription());
     }

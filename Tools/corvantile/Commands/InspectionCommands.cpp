@@ -27,17 +27,17 @@ void runLookup(Host& host, Arguments given) {
     const auto found = known->find();
     host.reporter().tell("host", "lookup",
                          name + " → " + (found ? process.describePlugIn(*found) : "no plug-in offers it"),
-                         {{"service", name}, {"found", found != nullptr}});
+                         {{"protocol", name}, {"found", found != nullptr}});
 }
 
 void runNetwork(Host& host) {
     static_cast<void>(host.process());
     const auto status = describe(NetworkReachability::shared()->networkStatus());
-    host.reporter().tell("network", "network", status, {{"status", status}});
+    host.reporter().tell("network", "network", status, {{"network", status}});
 }
 
 void tellStatus(Host& host, const std::string& key, const std::string& value) {
-    host.reporter().tell("host", "status", key + ": " + value, {{key, value}});
+    host.reporter().tell("host", "status", key + ": " + value, {{"name", key}, {"value", value}});
 }
 
 std::string describeSink(const Sink& sink) {

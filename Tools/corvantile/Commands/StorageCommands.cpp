@@ -37,7 +37,7 @@ void runSetting(Host& host, Arguments given) {
     const auto parameters = parseParameters(given);
     const auto changed = changedSetting(*setting, *parameters);
     host.reporter().tell("host", "setting", "updates the setting: " + describeParameters(*parameters),
-                         *parameters);
+                         {{"setting", *parameters}});
     const News news(database->setting());
     database->update(changed);
     awaitNews(host, news);
@@ -74,10 +74,10 @@ void tellDeleted(Host& host, const std::string& beginning, const NSUserDefaults:
     Names names;
     for (const auto& [name, value] : before)
         if (!defaults->valueForKey(name)) names.push_back(name);
-    host.reporter().tell("host", "delete",
-                         names.empty() ? "no stored name begins with " + beginning
-                                       : "deletes " + listed(names),
-                         {{"beginning", beginning}, {"names", EventValue::List(names.begin(), names.end())}});
+    host.reporter().tell(
+        "host", "delete",
+        names.empty() ? "no stored name begins with " + beginning : "deletes " + listed(names),
+        {{"beginning", beginning}, {"deleted", EventValue::List(names.begin(), names.end())}});
 }
 
 void runDelete(Host& host, Arguments given) {

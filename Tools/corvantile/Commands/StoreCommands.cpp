@@ -121,7 +121,8 @@ void runRefund(Host& host, Arguments given) {
     const bool isTransaction = text.find_first_not_of("0123456789") == std::string::npos;
     const auto identifier = isTransaction ? text : productNamed(store.catalogue(), text);
     askStore([&] { store.refund(identifier); });
-    host.reporter().tell("store", "refund", identifier + " is refunded", {{"identifier", identifier}});
+    host.reporter().tell("store", "refund", identifier + " is refunded",
+                         {{isTransaction ? "transaction" : "product", identifier}});
 }
 
 void runAdvance(Host& host, Arguments given) {
@@ -131,7 +132,7 @@ void runAdvance(Host& host, Arguments given) {
         store.advance(duration);
         return store.now();
     });
-    host.reporter().tell("store", "advance", "the store's clock shows " + describe(now), {{"now", now}});
+    host.reporter().tell("store", "advance", "the store's clock shows " + describe(now), {{"date", now}});
 }
 
 } // namespace

@@ -57,7 +57,7 @@ void runTransactions(Host& host) {
 }
 
 void tell(Host& host, const std::string& key, const std::string& text) {
-    host.reporter().tell("store", "status", key + ": " + text, {{key, text}});
+    host.reporter().tell("store", "status", key + ": " + text, {{"name", key}, {"value", text}});
 }
 
 void tellDecisions(Host& host, const StoreSettings& settings) {

@@ -2,6 +2,7 @@
 
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
 #include "Tools/corvantile/Description/DescriptionObject.hpp"
+#include "Tools/corvantile/Description/PurchaseKinds.hpp"
 #include "Tools/corvantile/Description/Services.hpp"
 #include "Tools/corvantile/FileText.hpp"
 #include "Tools/corvantile/NearestName.hpp"
@@ -106,7 +107,10 @@ private:
     void readPlugIn(const DescriptionObject& object) {
         object.allow({"kind", "configuration"});
         const auto& kind = findKind(registry_.plugIns, "plug-in", object);
-        app_.plugIns.push_back({kind.name, kind.read(object.object("configuration")), kind.follow});
+        const auto configuration = object.object("configuration");
+        app_.plugIns.push_back({kind.name, kind.read(configuration), kind.follow});
+        if (kind.name == "IAPReceiptPlugin" && !app_.receiptProducts)
+            app_.receiptProducts = readReceiptProducts(configuration);
         for (const auto& offered : kind.offers) offered_.insert(offered.name);
         for (const auto& needed : kind.needs) needs_.push_back({object, kind.name, needed});
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CorvantileIAP/IAPReceiptPlugin.hpp"
 #include "DesktopPlatform/Adjust/AdjustOptions.hpp"
 #include "DesktopPlatform/Ads/LocalAds.hpp"
 #include "DesktopPlatform/Store/DesktopStoreOptions.hpp"
@@ -7,6 +8,7 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,6 +38,8 @@ struct AppDescription {
     std::vector<Service>
         services; // all that can be looked up, whether a plug-in of this app offers it or not
 
+    // Of the first IAPReceiptPlugin, which is the one that others find; nullopt without one.
+    std::optional<std::vector<IAPReceiptPlugin::Product>> receiptProducts;
     AdjustOptions attribution;
     AdsOptions ads;
     DesktopStoreOptions store;

@@ -36,13 +36,9 @@ MakePlugIn readProductPromoPlugin(const DescriptionObject& configuration) {
 }
 
 MakePlugIn readReceiptPlugin(const DescriptionObject& configuration) {
-    configuration.allow({"products"});
-    std::vector<IAPReceiptPlugin::Product> products;
-    for (const auto& object : configuration.objects("products")) {
-        object.allow({"identifier", "category"});
-        products.push_back({object.text("identifier"), object.text("category", "")});
-    }
-    return [products](const LaunchSwitches&) { return std::make_shared<IAPReceiptPlugin>(products); };
+    return [products = readReceiptProducts(configuration)](const LaunchSwitches&) {
+        return std::make_shared<IAPReceiptPlugin>(products);
+    };
 }
 
 MakePlugIn readReceiptTrackingPlugin(const DescriptionObject& configuration) {
@@ -51,6 +47,16 @@ MakePlugIn readReceiptTrackingPlugin(const DescriptionObject& configuration) {
 }
 
 } // namespace
+
+std::vector<IAPReceiptPlugin::Product> readReceiptProducts(const DescriptionObject& configuration) {
+    configuration.allow({"products"});
+    std::vector<IAPReceiptPlugin::Product> products;
+    for (const auto& object : configuration.objects("products")) {
+        object.allow({"identifier", "category"});
+        products.push_back({object.text("identifier"), object.text("category", "")});
+    }
+    return products;
+}
 
 PlugInKind productRequestPlugin() {
     return {"SKProductRequestPlugin",

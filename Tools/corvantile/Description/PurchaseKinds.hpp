@@ -1,6 +1,9 @@
 #pragma once
 
+#include "CorvantileIAP/IAPReceiptPlugin.hpp"
 #include "Tools/corvantile/Description/PlugInRegistry.hpp"
+
+#include <vector>
 
 // What purchases add to the registry.
 namespace corvantile::tool {
@@ -10,5 +13,9 @@ namespace corvantile::tool {
 [[nodiscard]] PlugInKind consumablePlugin();
 [[nodiscard]] PlugInKind receiptPlugin();
 [[nodiscard]] PlugInKind receiptTrackingPlugin();
+
+// What the configuration of an IAPReceiptPlugin lists.
+[[nodiscard]] std::vector<IAPReceiptPlugin::Product>
+readReceiptProducts(const DescriptionObject& configuration);
 
 } // namespace corvantile::tool

@@ -5,54 +5,19 @@
 #include <nlohmann/json.hpp>
 
 #include <ostream>
-#include <variant>
 
 namespace corvantile::tool {
 
-namespace {
-
-using JSON = nlohmann::ordered_json;
-
-JSON toJSON(const EventValue& value);
-
-struct ToJSON {
-    JSON operator()(EventValue::Null) const { return nullptr; }
-    JSON operator()(const std::string& text) const { return text; }
-    JSON operator()(const NSDecimalNumber& number) const { return number.description(); }
-    JSON operator()(std::int64_t number) const { return number; }
-    JSON operator()(double number) const { return number; }
-    JSON operator()(bool boolean) const { return boolean; }
-    JSON operator()(Date date) const { return describe(date); }
-    JSON operator()(const OpaqueObject& object) const { return object.description; }
-    JSON operator()(const EventValue::List& list) const {
-        auto json = JSON::array();
-        for (const auto& member : list) json.push_back(toJSON(member));
-        return json;
-    }
-    JSON operator()(const EventValue::Map& map) const {
-        auto json = JSON::object();
-        for (const auto& [key, value] : map) json[key] = toJSON(value);
-        return json;
-    }
-};
-
-JSON toJSON(const EventValue& value) { return std::visit(ToJSON(), value.variant()); }
-
-} // namespace
-
 std::string jsonLine(const Happening& happening) {
     const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(happening.time).count();
-    JSON json{{"time", static_cast<double>(milliseconds) / 1000},
-              {"who", happening.who},
-              {"kind", happening.kind},
-              {"text", happening.text}};
-    if (!happening.fields.empty()) json["fields"] = toJSON(happening.fields);
-    return dumped(json);
+    nlohmann::ordered_json line{
+        {"time", static_cast<double>(milliseconds) / 1000}, {"who", happening.who}, {"text", happening.text}};
+    const auto fields = toJSON(happening.fields);
+    line.insert(fields.begin(), fields.end());
+    return jsonLine(happening.kind, line);
 }
 
-std::string jsonText(const EventValue& value) { return dumped(toJSON(value)); }
-
-JSONLinesFace::JSONLinesFace(std::ostream& stream) : stream_(stream) {}
+JSONLinesFace::JSONLinesFace(std::ostream& stream) : stream_(stream) { stream_ << formatLine() << std::endl; }
 
 JSONLinesFace::~JSONLinesFace() = default;
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Corvantile/Plugin/Analytic/EventValue.hpp"
 #include "Tools/corvantile/Faces/Face.hpp"
 
 #include <iosfwd>
@@ -8,8 +7,7 @@
 
 namespace corvantile::tool {
 
-// One JSON object a line: "time" in seconds, "who", "kind", "text", and "fields" if there are any. Decimal
-// numbers and dates are text there, so that no digit is lost; text that is not UTF-8 is replaced.
+// One JSON object a line: "kind", "time" in seconds, "who", "text", and the fields of the kind.
 class JSONLinesFace final : public Face {
 public:
     // Borrows the stream.
@@ -26,6 +24,5 @@ private:
 };
 
 [[nodiscard]] std::string jsonLine(const Happening& happening);
-[[nodiscard]] std::string jsonText(const EventValue& value);
 
 } // namespace corvantile::tool

@@ -1,6 +1,7 @@
 #include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
 #include "DesktopPlatform/Store/StoreFile.hpp"
+#include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/Inspect/Inspect.hpp"
 #include "Tools/corvantile/Inspect/StateCopy.hpp"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <ostream>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -159,10 +159,9 @@ private:
     std::vector<Finding> findings_;
 };
 
-std::string jsonLine(const Finding& finding) {
-    const nlohmann::ordered_json line{
-        {"what", finding.what}, {"ok", finding.isRight}, {"text", finding.text}};
-    return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+nlohmann::ordered_json fieldsOf(const Finding& finding) {
+    return {
+        {"name", finding.what}, {"ok", finding.isRight}, {finding.isRight ? "text" : "error", finding.text}};
 }
 
 std::string textLine(const Finding& finding) {
@@ -171,13 +170,12 @@ std::string textLine(const Finding& finding) {
 
 } // namespace
 
-ExitCode showHealth(const InspectOptions& options, std::ostream& out) {
-    const auto findings = Doctor(options.state).examine();
-    for (const auto& finding : findings)
-        out << (options.json ? jsonLine(finding) : textLine(finding)) << '\n';
-    const bool allRight =
-        std::all_of(findings.begin(), findings.end(), [](const Finding& finding) { return finding.isRight; });
-    return allRight ? ExitCode::success : ExitCode::failed;
+ExitCode showHealth(const InspectOptions& options, CommandOutput& output) {
+    for (const auto& finding : Doctor(inspectedFolder(options)).examine()) {
+        output.show("check", fieldsOf(finding), textLine(finding));
+        if (!finding.isRight) output.noteError(finding.what + ": " + finding.text);
+    }
+    return output.end();
 }
 
 } // namespace corvantile::tool

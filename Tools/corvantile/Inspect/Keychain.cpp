@@ -1,13 +1,14 @@
 #include "DesktopPlatform/Keychain/Vault.hpp"
 #include "Platform/Foundation/Base64.hpp"
+#include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/Inspect/Inspect.hpp"
 #include "Tools/corvantile/Inspect/StateCopy.hpp"
 #include "Tools/corvantile/JSONText.hpp"
+#include "Tools/corvantile/Values.hpp"
 
 #include <nlohmann/json.hpp>
 
-#include <ostream>
 #include <string>
 #include <variant>
 
@@ -18,7 +19,7 @@ namespace {
 using JSON = nlohmann::ordered_json;
 
 struct Described {
-    const char* kind;
+    const char* type;
     JSON value;
 };
 
@@ -27,7 +28,7 @@ struct Describe {
     Described operator()(bool boolean) const { return {"boolean", boolean}; }
     Described operator()(std::int64_t number) const { return {"integer", number}; }
     Described operator()(double number) const { return {"real", number}; }
-    Described operator()(Date date) const { return {"date", describe(date)}; }
+    Described operator()(Date date) const { return {"date", isoText(date)}; }
     Described operator()(const KeychainData& data) const {
         return {"data", base64({reinterpret_cast<const char*>(data.data()), data.size()})};
     }
@@ -36,18 +37,18 @@ struct Describe {
 JSON valuesOf(const KeychainDictionary& dictionary, bool reveal) {
     auto values = JSON::object();
     for (const auto& [key, value] : dictionary) {
-        auto [kind, shown] = std::visit(Describe(), value.variant());
-        values[key] = {{"kind", kind}};
+        auto [type, shown] = std::visit(Describe(), value.variant());
+        values[key] = {{"type", type}};
         if (reveal) values[key]["value"] = std::move(shown);
     }
     return values;
 }
 
-std::string jsonLine(const VaultInspection::Entry& entry, bool reveal) {
-    JSON line{{"service", entry.service}, {"account", entry.account}};
-    if (entry.dictionary) line["values"] = valuesOf(*entry.dictionary, reveal);
-    if (!entry.fault.empty()) line["fault"] = entry.fault;
-    return dumped(line);
+JSON fieldsOf(const VaultInspection::Entry& entry, bool reveal) {
+    JSON fields{{"service", entry.service}, {"account", entry.account}};
+    if (entry.dictionary) fields["values"] = valuesOf(*entry.dictionary, reveal);
+    if (!entry.fault.empty()) fields["error"] = entry.fault;
+    return fields;
 }
 
 std::string textLines(const VaultInspection::Entry& entry, bool reveal) {
@@ -55,27 +56,26 @@ std::string textLines(const VaultInspection::Entry& entry, bool reveal) {
     if (!entry.fault.empty()) text += "\nwrong: " + entry.fault;
     const auto values = entry.dictionary ? valuesOf(*entry.dictionary, reveal) : JSON::object();
     for (const auto& [key, value] : values.items())
-        text += "\n" + key + ": " + value["kind"].get<std::string>() +
+        text += "\n" + key + ": " + value["type"].get<std::string>() +
                 (reveal ? " " + dumped(value["value"]) : "");
     return visibleText(text, 2);
 }
 
 } // namespace
 
-ExitCode showKeychain(const InspectOptions& options, std::ostream& out) {
-    const StateCopy state(options.state);
-    auto inspection = Vault({.folder = state.keychain()}).inspect();
-    for (const auto& fault : state.faults())
-        if (fault.file.starts_with("keychain")) inspection.faults.push_back(fault.file + ": " + fault.text);
-    bool isWhole = inspection.faults.empty();
+ExitCode showKeychain(const InspectOptions& options, CommandOutput& output) {
+    const StateCopy state(inspectedFolder(options));
+    const auto inspection = Vault({.folder = state.keychain()}).inspect();
     for (const auto& entry : inspection.entries) {
-        out << (options.json ? jsonLine(entry, options.reveal) : textLines(entry, options.reveal)) << '\n';
-        isWhole = isWhole && entry.dictionary.has_value();
+        output.show("entry", fieldsOf(entry, options.reveal), textLines(entry, options.reveal));
+        if (!entry.dictionary)
+            output.noteError("keychain entry " + entry.account + " of " + entry.service + ": " + entry.fault);
     }
-    for (const auto& fault : inspection.faults)
-        out << (options.json ? dumped({{"fault", fault}}) : "wrong: " + visibleText(fault)) << '\n';
-    if (inspection.entries.empty() && isWhole && !options.json) out << "The keychain is empty.\n";
-    return isWhole ? ExitCode::success : ExitCode::failed;
+    for (const auto& error : inspection.faults) output.showError(error, JSON::object());
+    for (const auto& [file, error] : state.faults())
+        if (file.starts_with("keychain")) output.showError(file + ": " + error, JSON::object());
+    if (inspection.entries.empty() && !output.hasFailed()) output.say("The keychain is empty.");
+    return output.end();
 }
 
 } // namespace corvantile::tool

@@ -1,11 +1,13 @@
 #include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
-#include "Tools/corvantile/Faces/JSONLinesFace.hpp"
+#include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/Inspect/Inspect.hpp"
 #include "Tools/corvantile/Inspect/StateCopy.hpp"
+#include "Tools/corvantile/JSONText.hpp"
 #include "Tools/corvantile/PackageText.hpp"
 
-#include <ostream>
+#include <nlohmann/json.hpp>
+
 #include <string>
 
 namespace corvantile::tool {
@@ -18,19 +20,18 @@ std::string textLines(const OutboxEntry& package) {
 
 } // namespace
 
-ExitCode showOutbox(const InspectOptions& options, std::ostream& out) {
-    const StateCopy state(options.state);
-    auto inspection = OutboxAdjust::inspect(state.outbox());
-    if (const auto fault = state.faultOf("outbox"); !fault.empty()) inspection.fault = fault;
+ExitCode showOutbox(const InspectOptions& options, CommandOutput& output) {
+    const StateCopy state(inspectedFolder(options));
+    const auto inspection = OutboxAdjust::inspect(state.outbox());
+    const auto copyError = state.faultOf("outbox");
+    const auto& error = copyError.empty() ? inspection.fault : copyError;
     for (const auto& package : inspection.packages)
-        out << (options.json ? jsonText(fieldsOf(package)) : textLines(package)) << '\n';
-    if (!inspection.fault.empty())
-        out << (options.json ? jsonText(EventValue::Map{{"fault", inspection.fault}})
-                             : "wrong: outbox: " + visibleText(inspection.fault))
-            << '\n';
-    else if (inspection.packages.empty() && !options.json)
-        out << "The outbox is empty.\n";
-    return inspection.fault.empty() ? ExitCode::success : ExitCode::failed;
+        output.show("package", toJSON(fieldsOf(package)), textLines(package));
+    if (!error.empty())
+        output.showError("outbox: " + error, nlohmann::ordered_json::object());
+    else if (inspection.packages.empty())
+        output.say("The outbox is empty.");
+    return output.end();
 }
 
 } // namespace corvantile::tool

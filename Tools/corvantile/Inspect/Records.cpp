@@ -1,3 +1,4 @@
+#include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/Inspect/Inspect.hpp"
 #include "Tools/corvantile/Inspect/StateCopy.hpp"
@@ -6,8 +7,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
-#include <ostream>
 #include <string>
 
 namespace corvantile::tool {
@@ -16,11 +15,11 @@ namespace {
 
 using JSON = nlohmann::ordered_json;
 
-std::string jsonLine(const StoredValue& value) {
-    JSON line{{"name", value.name}, {"bytes", value.size}};
-    if (value.json) line[value.isRecord ? "record" : "value"] = JSON::parse(*value.json, nullptr, false);
-    if (!value.fault.empty()) line["fault"] = value.fault;
-    return dumped(line);
+JSON fieldsOf(const StoredValue& value) {
+    JSON fields{{"name", value.name}, {"bytes", value.size}};
+    if (value.json) fields[value.isRecord ? "record" : "value"] = JSON::parse(*value.json, nullptr, false);
+    if (!value.fault.empty()) fields["error"] = value.fault;
+    return fields;
 }
 
 std::string textLines(const StoredValue& value) {
@@ -32,16 +31,17 @@ std::string textLines(const StoredValue& value) {
 
 } // namespace
 
-ExitCode showRecords(const InspectOptions& options, std::ostream& out) {
-    const auto [values, fault] = readStoredValues(StateCopy(options.state));
-    for (const auto& value : values) out << (options.json ? jsonLine(value) : textLines(value)) << '\n';
-    if (!fault.empty())
-        out << (options.json ? dumped({{"fault", fault}}) : "wrong: user defaults: " + fault) << '\n';
-    else if (values.empty() && !options.json)
-        out << "There are no records.\n";
-    const bool allRead = std::all_of(values.begin(), values.end(),
-                                     [](const StoredValue& value) { return value.fault.empty(); });
-    return allRead && fault.empty() ? ExitCode::success : ExitCode::failed;
+ExitCode showRecords(const InspectOptions& options, CommandOutput& output) {
+    const auto [values, error] = readStoredValues(StateCopy(inspectedFolder(options)));
+    for (const auto& value : values) {
+        output.show("record", fieldsOf(value), textLines(value));
+        if (!value.fault.empty()) output.noteError(value.name + ": " + value.fault);
+    }
+    if (!error.empty())
+        output.showError("user defaults: " + error, JSON::object());
+    else if (values.empty())
+        output.say("There are no records.");
+    return output.end();
 }
 
 } // namespace corvantile::tool

@@ -88,7 +88,7 @@ void KillRounds::run(std::size_t step, const std::function<void(const KillRound&
         }
     };
     for (;;) {
-        for (; running.size() < atOnce && next < moments_.size() && !isInterrupted(); next += step)
+        for (; running.size() < atOnce && next < moments_.size() && !mustStop(); next += step)
             start({.round = {.number = next + 1, .moment = moments_[next]}});
         if (running.empty()) return;
         const auto end = awaitTool();

@@ -1,5 +1,6 @@
 #include "Tools/corvantile/Prove/Prove.hpp"
 
+#include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Interruption.hpp"
 #include "Tools/corvantile/Prove/KillRounds.hpp"
 #include "Tools/corvantile/TemporaryFolder.hpp"
@@ -8,13 +9,12 @@
 #include <nlohmann/json.hpp>
 
 #include <iomanip>
-#include <ostream>
+#include <sstream>
+#include <string>
 
 namespace corvantile::tool {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 struct Totals {
     std::size_t kills = 0, harmless = 0, losses = 0, faults = 0, repeatedGracePeriods = 0;
@@ -26,94 +26,88 @@ struct Totals {
     }
 };
 
-class Report {
+class ProofReport {
 public:
-    Report(std::ostream& out, bool json) : out_(out), json_(json) {}
+    explicit ProofReport(CommandOutput& output) : output_(output) {}
 
     void begin(std::size_t moments, std::size_t step) {
-        if (json_) return;
-        out_ << "A process that plays purchases is killed at " << (moments + step - 1) / step << " of "
-             << moments << " moments; another goes on from there.\n\n";
-        showRow("step", "killed", "lost for ever");
+        output_.say("A process that plays purchases is killed at " +
+                    std::to_string((moments + step - 1) / step) + " of " + std::to_string(moments) +
+                    " moments; another goes on from there.\n");
+        output_.say(row("step", "killed", "lost for ever"));
     }
 
-    void tell(const KillRound& round) {
+    void show(const KillRound& round) {
         const auto& verdict = round.verdict;
         totals_.count(verdict);
-        if (json_) return tellAsJSON(round);
         auto lost = verdict.lost.empty() ? "nothing" : joined(verdict.lost, ", ");
         if (verdict.gracePeriodReports > 1) lost += "; the grace period is reported twice";
-        showRow(std::to_string(round.number), round.moment, lost);
-        for (const auto& fault : verdict.faults) out_ << "       BROKEN: " << fault << '\n';
-        out_ << std::flush;
+        auto text = row(std::to_string(round.number), round.moment, lost);
+        for (const auto& error : verdict.faults) text += "\n       BROKEN: " + error;
+        output_.show("kill",
+                     {{"step", round.number},
+                      {"killed", round.moment},
+                      {"lost", verdict.lost},
+                      {"gracePeriodReports", verdict.gracePeriodReports},
+                      {"errors", verdict.faults}},
+                     text);
+        for (const auto& error : verdict.faults) output_.noteError(round.moment + ": BROKEN: " + error);
+        output_.flush();
     }
 
-    ExitCode end(std::size_t moments) {
-        if (json_)
-            out_ << Json{{"moments", moments},
-                         {"kills", totals_.kills},
-                         {"losses", totals_.losses},
-                         {"repeatedGracePeriods", totals_.repeatedGracePeriods},
-                         {"broken", totals_.faults}}
-                        .dump()
-                 << '\n';
-        else
-            tellTotals();
-        return totals_.faults == 0 ? ExitCode::success : ExitCode::failed;
+    void end(std::size_t moments) {
+        output_.show("summary",
+                     {{"moments", moments},
+                      {"kills", totals_.kills},
+                      {"losses", totals_.losses},
+                      {"repeatedGracePeriods", totals_.repeatedGracePeriods},
+                      {"broken", totals_.faults}},
+                     summary());
     }
 
 private:
-    void showRow(const std::string& step, const std::string& moment, const std::string& lost) {
+    static std::string row(const std::string& step, const std::string& moment, const std::string& lost) {
         constexpr int width = 54;
-        out_ << std::setw(4) << step << "  " << std::left << std::setw(width) << moment << std::right << "  "
-             << lost << '\n';
+        std::ostringstream line;
+        line << std::setw(4) << step << "  " << std::left << std::setw(width) << moment << "  " << lost;
+        return line.str();
     }
 
-    void tellAsJSON(const KillRound& round) {
-        out_ << Json{{"step", round.number},
-                     {"killed", round.moment},
-                     {"lost", round.verdict.lost},
-                     {"gracePeriodReports", round.verdict.gracePeriodReports},
-                     {"faults", round.verdict.faults}}
-                    .dump(-1, ' ', false, Json::error_handler_t::replace)
-             << std::endl;
+    [[nodiscard]] std::string summary() const {
+        const auto counts =
+            "\n" + std::to_string(totals_.kills) + " kills: " + std::to_string(totals_.harmless) +
+            " lost nothing, " + std::to_string(totals_.losses) + " events of one transaction, " +
+            std::to_string(totals_.repeatedGracePeriods) + " made the grace period be reported twice.\n";
+        if (totals_.faults > 0)
+            return counts + "Promises were broken at " + std::to_string(totals_.faults) + " of them.";
+        return counts +
+               "The promises hold: no transaction's event was sent twice, no kill cost events of more than "
+               "one,\nrecords and markers can be read.";
     }
 
-    void tellTotals() {
-        out_ << '\n'
-             << totals_.kills << " kills: " << totals_.harmless << " lost nothing, " << totals_.losses
-             << " events of one transaction, " << totals_.repeatedGracePeriods
-             << " made the grace period be reported twice.\n";
-        if (totals_.faults == 0)
-            out_ << "The promises hold: no transaction's event was sent twice, no kill cost events of more "
-                    "than one,\nrecords and markers can be read.\n";
-        else
-            out_ << "Promises were broken at " << totals_.faults << " of them.\n";
-    }
-
-    std::ostream& out_;
-    const bool json_;
+    CommandOutput& output_;
     Totals totals_;
 };
 
 } // namespace
 
-ExitCode prove(const ProveOptions& options, std::ostream& out) {
+ExitCode prove(const ProveOptions& options, CommandOutput& output) {
     constexpr std::size_t fewSteps = 3; // falls on befores and afters alike
     const auto step = options.isShort ? fewSteps : std::size_t{1};
     const TemporaryFolder folder;
     KillRounds rounds(folder.path());
-    Report report(out, options.json);
+    ProofReport report(output);
     auto rehearsal = rounds.rehearse();
     if (!rehearsal.lost.empty())
         rehearsal.faults.push_back("lost without a kill: " + joined(rehearsal.lost, ", "));
     report.begin(rounds.moments().size(), step);
-    if (!rehearsal.faults.empty()) {
-        report.tell({.moment = "never: the rehearsal", .verdict = rehearsal});
-        return report.end(rounds.moments().size());
-    }
-    rounds.run(step, [&](const KillRound& round) { report.tell(round); });
-    return isInterrupted() ? ExitCode::interrupted : report.end(rounds.moments().size());
+    if (rehearsal.faults.empty())
+        rounds.run(step, [&](const KillRound& round) { report.show(round); });
+    else
+        report.show({.moment = "never: the rehearsal", .verdict = rehearsal});
+    if (mustStop()) return ExitCode::interrupted;
+    report.end(rounds.moments().size());
+    return output.end();
 }
 
 } // namespace corvantile::tool

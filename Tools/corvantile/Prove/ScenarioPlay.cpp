@@ -128,7 +128,7 @@ ExitCode playScenario(const ScenarioOptions& options) {
         ScenarioPlay(options).play();
         return ExitCode::success;
     } catch (const std::exception& failure) {
-        std::cerr << failure.what() << '\n';
+        std::cerr << "corvantile: " << failure.what() << '\n';
         return ExitCode::failed;
     }
 }

@@ -1,7 +1,5 @@
 #include "Tools/corvantile/Receipts/PurchaseExplanation.hpp"
 
-#include "CorvantileIAP/ReceiptCatalogue.hpp"
-
 #include <algorithm>
 #include <cstddef>
 #include <utility>
@@ -10,12 +8,11 @@ namespace corvantile::tool {
 
 namespace {
 
-std::vector<ReceiptProduct> productsOf(const Catalogue& catalogue) {
-    std::vector<ReceiptProduct> products;
-    products.reserve(catalogue.products().size());
-    for (const auto& product : catalogue.products())
-        products.push_back({product.identifier, {}, makeProduct(catalogue, product)});
-    return products;
+const ReceiptProduct* find(const std::vector<ReceiptProduct>& products, const std::string& identifier) {
+    const auto found = std::find_if(products.begin(), products.end(), [&](const ReceiptProduct& product) {
+        return product.identifier == identifier;
+    });
+    return found == products.end() ? nullptr : &*found;
 }
 
 // Each transaction that counts, with what is decided about it.
@@ -30,17 +27,25 @@ std::map<std::int64_t, PurchaseDecision> decide(const std::vector<ProductCategor
 }
 
 std::optional<Silence> silenceOf(const ExplainedPurchase& purchase, ExplanationContext& context) {
-    if (context.catalogue.product(purchase.record.productID) == nullptr) return Silence::noCategory;
+    const auto* const product = find(context.products, purchase.record.productID);
+    if (product == nullptr) return context.ofOthers;
+    if (!product->product) return Silence::notSold;
     if (!purchase.decision) return Silence::beforeFirstDate;
     if (!context.marked.insert(purchase.decision->transactionID).second) return Silence::marked;
     if (purchase.decision->kind == PurchaseKind::expired) return Silence::expired;
     return std::nullopt;
 }
 
+// A decision's name is of the product's own; the event is named by the category, if it has one.
+std::string eventName(const ExplainedPurchase& purchase) {
+    const auto& own = purchase.decision->name;
+    return own.substr(0, own.size() - purchase.record.productID.size()) + purchase.decision->productID;
+}
+
 } // namespace
 
 std::vector<ExplainedPurchase> explainReceipt(const StoreReceipt& receipt, ExplanationContext& context) {
-    const auto sorted = categorize(receipt.transactions, productsOf(context.catalogue));
+    const auto sorted = categorize(receipt.transactions, context.products);
     auto decisions = decide(sorted.categories, context);
     auto records = receipt.transactions;
     std::sort(records.rbegin(), records.rend()); // the newest comes first otherwise
@@ -52,26 +57,44 @@ std::vector<ExplainedPurchase> explainReceipt(const StoreReceipt& receipt, Expla
             purchase.decision = std::move(found->second);
         purchase.record = std::move(record);
         purchase.silence = silenceOf(purchase, context);
-        if (purchase.silence != Silence::noCategory)
-            purchase.currency = context.catalogue.priceLocale.currencyCode.value_or("");
+        const auto* const known = find(context.products, purchase.record.productID);
+        if (known != nullptr && known->product)
+            purchase.currency = known->product->priceLocale().currencyCode.value_or("");
     }
     return explained;
 }
 
-std::vector<std::string> ExplainedPurchase::sent() const {
-    std::vector<std::string> texts;
-    if (silence || !decision) return texts;
-    const auto amount = " " + decision->value.description() + " " + decision->currency;
-    // A catalogue names no categories, so the product's own name is that of the event.
-    texts.push_back(decision->name + amount + (decision->sendsRevenue() ? " as revenue" : ""));
-    if (decision->reportsSubscription()) texts.push_back("subscription" + amount);
-    if (decision->countsIntoTotal()) texts.push_back("total_subscription" + amount);
-    return texts;
+std::vector<SentReport> ExplainedPurchase::sent() const {
+    using Type = SentReport::Type;
+    std::vector<SentReport> reports;
+    if (silence || !decision) return reports;
+    const auto add = [&](Type type, std::string event) {
+        reports.push_back({type, std::move(event), decision->value, decision->currency});
+    };
+    add(decision->sendsRevenue() ? Type::revenue : Type::event, eventName(*this));
+    if (decision->reportsSubscription()) add(Type::subscription, {});
+    if (decision->countsIntoTotal()) add(Type::event, "total_subscription");
+    return reports;
 }
 
 std::optional<NSDecimalNumber> ExplainedPurchase::revenue() const {
     if (silence || !decision) return std::nullopt;
     return decision->sendsRevenue() || decision->reportsSubscription() ? decision->value : NSDecimalNumber();
+}
+
+std::string_view describe(SentReport::Type type) {
+    switch (type) {
+    case SentReport::Type::event: return "event";
+    case SentReport::Type::revenue: return "revenue";
+    case SentReport::Type::subscription: return "subscription";
+    }
+    return {};
+}
+
+std::string describe(const SentReport& report) {
+    const auto name = report.event.empty() ? std::string(describe(report.type)) : report.event;
+    return name + " " + report.price.description() + " " + report.currency +
+           (report.type == SentReport::Type::revenue ? " as revenue" : "");
 }
 
 std::string_view ruleOf(PurchaseKind kind) {
@@ -91,7 +114,8 @@ std::string_view describe(Silence silence) {
     case Silence::marked: return "already marked";
     case Silence::beforeFirstDate: return "before the first date";
     case Silence::expired: return "expired";
-    case Silence::noCategory: return "no category: the catalogue has no such product";
+    case Silence::notListed: return "no category: the IAPReceiptPlugin does not list the product";
+    case Silence::notSold: return "no category: the catalogue has no such product";
     }
     return {};
 }

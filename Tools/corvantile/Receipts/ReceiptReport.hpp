@@ -1,42 +1,46 @@
 #pragma once
 
 #include "CorvantileIAP/StoreReceipt.hpp"
-#include "Tools/corvantile/ExitCode.hpp"
+#include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Receipts/PurchaseExplanation.hpp"
 #include "Tools/corvantile/Receipts/RevenueSummary.hpp"
 
 #include <filesystem>
-#include <iosfwd>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace corvantile::tool {
 
-// One receipt after the other, explained as text or as JSON. Borrows the stream.
+class AppSinks;
+
+// One receipt after the other, explained.
 class ReceiptReport {
 public:
-    ReceiptReport(ExplanationContext context, bool json, std::ostream& out);
+    // Borrows all but the context. `sinks`: null without an app.
+    ReceiptReport(ExplanationContext context, const AppSinks* sinks, CommandOutput& output);
 
-    // A Refusal when the file cannot be read.
+    // A file that is no receipt is an error of the output; a Refusal when it cannot be read.
     void explain(const std::filesystem::path& file);
 
-    // Adds the totals; `failed` if one of the files was no receipt.
-    ExitCode conclude();
+    // Totals by product, revenue by month, and which sink accepts which event.
+    void showTotals();
 
 private:
     void show(const std::filesystem::path& file, const StoreReceipt& receipt);
-    void showAsJSON(const std::filesystem::path& file, const std::vector<ExplainedPurchase>& purchases,
-                    const StoreReceipt& receipt);
-    void showFault(const std::filesystem::path& file, const std::string& fault);
-    void showRows(const std::vector<std::string>& lines);
-    void showTotals();
-    void showTotalsAsJSON();
+    void showTable(const std::filesystem::path& file, const std::vector<ExplainedPurchase>& purchases);
+    [[nodiscard]] EventValue::Map fieldsOf(const ExplainedPurchase& purchase) const;
+    [[nodiscard]] EventValue::List sentFields(const ExplainedPurchase& purchase) const;
+    void sayRows(const std::vector<std::string>& lines);
+    void showProducts();
+    void showMonths();
+    void saySinks();
 
     ExplanationContext context_;
-    const bool json_;
-    std::ostream& out_;
+    const AppSinks* const sinks_;
+    CommandOutput& output_;
     RevenueSummary summary_;
-    bool hasFailed_ = false;
+    std::set<std::string> events_; // names of those that were sent; empty: a subscription report
 };
 
 } // namespace corvantile::tool

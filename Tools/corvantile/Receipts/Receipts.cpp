@@ -2,15 +2,18 @@
 
 #include "DesktopPlatform/Foundation/SystemClock.hpp"
 #include "Platform/Foundation/NSError.hpp"
-#include "Tools/corvantile/Faces/JSONLinesFace.hpp"
+#include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Faces/VisibleText.hpp"
+#include "Tools/corvantile/JSONText.hpp"
 #include "Tools/corvantile/Misread.hpp"
+#include "Tools/corvantile/Receipts/AppSinks.hpp"
 #include "Tools/corvantile/Receipts/ReceiptReport.hpp"
 #include "Tools/corvantile/Receipts/ReportedBefore.hpp"
 #include "Tools/corvantile/Store/CatalogueText.hpp"
 #include "Tools/corvantile/Values.hpp"
 
-#include <ostream>
+#include <nlohmann/json.hpp>
+
 #include <utility>
 
 namespace corvantile::tool {
@@ -23,50 +26,83 @@ Date parseDay(const std::string& text) {
     throw misread("a date, such as 2024-01-02 or 2024-01-02T03:04:05Z", text);
 }
 
-// Runs `act`; a catalogue that is none is said and makes the outcome a failure.
-template <class Act>
-ExitCode withCatalogue(const std::filesystem::path& file, bool json, std::ostream& out, Act act) {
-    Catalogue catalogue;
+std::optional<AppDescription> readReportingApp(const std::filesystem::path& folder) {
+    if (folder.empty()) return std::nullopt;
+    auto app = readAppDescription(folder, frameworkRegistry());
+    for (const auto* const plugIn : {"IAPReceiptPlugin", "IAPReceiptTrackingPlugin"})
+        if (!app.hasPlugIn(plugIn))
+            throw Refusal((folder / "app.json").string() + ": the app reports no purchase: it has no " +
+                          plugIn);
+    return app;
+}
+
+std::filesystem::path catalogueFile(const ReceiptOptions& options, const std::optional<AppDescription>& app) {
+    if (!options.catalogue.empty()) return options.catalogue;
+    if (app && app->hasStore()) return app->store.catalogue;
+    throw Refusal(app ? (options.app / "app.json").string() +
+                            ": the app names no catalogue, a store's; --catalogue FILE names one"
+                      : "receipts wants the products: --app FOLDER of an app, or --catalogue FILE");
+}
+
+// An error of the output when it is no catalogue.
+std::optional<Catalogue> read(const std::filesystem::path& file, CommandOutput& output) {
     try {
-        catalogue = readCatalogueFile(file);
+        return readCatalogueFile(file);
     } catch (const NSError& error) {
-        const auto& fault = error.localizedDescription();
-        out << (json ? jsonText(EventValue::Map{{"fault", fault}}) : visibleText("wrong: " + fault)) << '\n';
-        return ExitCode::failed;
+        output.showError(error.localizedDescription(), {{"file", file.string()}});
+        return std::nullopt;
     }
-    return act(catalogue);
+}
+
+// Those that the app lists; without an app, all that are sold.
+std::vector<ReceiptProduct> productsOf(const Catalogue& catalogue, const std::optional<AppDescription>& app) {
+    std::vector<ReceiptProduct> products;
+    if (!app)
+        for (const auto& sold : catalogue.products())
+            products.push_back({sold.identifier, {}, makeProduct(catalogue, sold)});
+    if (app && app->receiptProducts)
+        for (const auto& [identifier, category] : *app->receiptProducts) {
+            const auto* const sold = catalogue.product(identifier);
+            products.push_back(
+                {identifier, category, sold == nullptr ? nullptr : makeProduct(catalogue, *sold)});
+        }
+    return products;
 }
 
 } // namespace
 
-ExitCode explainReceipts(const ReceiptOptions& options, std::ostream& out) {
+ExitCode explainReceipts(const ReceiptOptions& options, CommandOutput& output) {
     ReportedBefore before;
     if (!options.state.empty()) before = reportedBefore(options.state);
     if (!options.firstDate.empty()) before.firstDate = parseDay(options.firstDate);
     const auto now = options.now.empty() ? SystemClock().now() : parseDay(options.now);
-    return withCatalogue(options.catalogue, options.json, out, [&](const Catalogue& catalogue) {
-        ReceiptReport report({.catalogue = catalogue,
-                              .firstDate = before.firstDate.value_or(DecodingDefaults::invalidDate),
-                              .now = now,
-                              .marked = std::move(before.marked)},
-                             options.json, out);
-        for (const auto& file : options.receipts) report.explain(file);
-        return report.conclude();
-    });
+    const auto app = readReportingApp(options.app);
+    const auto catalogue = read(catalogueFile(options, app), output);
+    if (!catalogue) return output.end();
+    std::optional<AppSinks> sinks;
+    if (app) sinks.emplace(*app);
+    ReceiptReport report({.products = productsOf(*catalogue, app),
+                          .ofOthers = app ? Silence::notListed : Silence::notSold,
+                          .firstDate = before.firstDate.value_or(DecodingDefaults::invalidDate),
+                          .now = now,
+                          .marked = std::move(before.marked)},
+                         sinks ? &*sinks : nullptr, output);
+    for (const auto& file : options.receipts) report.explain(file);
+    report.showTotals();
+    return output.end();
 }
 
-ExitCode showCatalogue(const std::filesystem::path& file, bool json, std::ostream& out) {
-    return withCatalogue(file, json, out, [&](const Catalogue& catalogue) {
-        std::vector<Cells> rows;
-        for (const auto& product : catalogue.products()) {
-            if (json) out << jsonText(fieldsOf(catalogue, product)) << '\n';
-            rows.push_back(cellsOf(catalogue, product));
-        }
-        if (json) return ExitCode::success;
-        for (const auto& line : alignedLines(rows)) out << visibleText(line) << '\n';
-        if (rows.empty()) out << "The store sells nothing.\n";
-        return ExitCode::success;
-    });
+ExitCode showCatalogue(const std::filesystem::path& file, CommandOutput& output) {
+    const auto catalogue = read(file, output);
+    if (!catalogue) return output.end();
+    std::vector<Cells> rows;
+    for (const auto& product : catalogue->products()) rows.push_back(cellsOf(*catalogue, product));
+    const auto lines = alignedLines(rows);
+    for (std::size_t row = 0; row < lines.size(); ++row)
+        output.show("product", toJSON(fieldsOf(*catalogue, catalogue->products()[row])),
+                    visibleText(lines[row]));
+    if (rows.empty()) output.say("The store sells nothing.");
+    return output.end();
 }
 
 } // namespace corvantile::tool

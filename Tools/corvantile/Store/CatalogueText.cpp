@@ -57,7 +57,7 @@ Cells cellsOf(const Catalogue& catalogue, const CatalogueProduct& product) {
 
 EventValue::Map fieldsOf(const Catalogue& catalogue, const CatalogueProduct& product) {
     EventValue::Map fields{{"product", product.identifier},
-                           {"kind", label(product.kind)},
+                           {"type", label(product.kind)},
                            {"price", product.price},
                            {"title", makeProduct(catalogue, product)->localizedTitle()}};
     const auto& [currency, region] = catalogue.priceLocale;

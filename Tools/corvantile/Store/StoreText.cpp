@@ -104,7 +104,7 @@ Cells cellsOf(const StoreTransaction& transaction) {
 
 EventValue::Map fieldsOf(const StorePurchase& purchase) {
     EventValue::Map fields{{"transaction", purchase.identifier},
-                           {"original", purchase.originalIdentifier},
+                           {"originalTransaction", purchase.originalIdentifier},
                            {"product", purchase.productIdentifier},
                            {"quantity", purchase.quantity},
                            {"price", purchase.price},

@@ -53,7 +53,8 @@ Publication ofCategories(const std::vector<ProductCategory>& categories) {
         const auto& name = product->productIdentifier();
         list.texts.push_back(name + " x " + std::to_string(records.size()));
         EventValue::List transactions;
-        for (const auto& record : records) transactions.push_back(record.transactionID);
+        for (const auto& record : records)
+            transactions.push_back(EventValue::Map{{"transaction", std::to_string(record.transactionID)}});
         list.values.push_back(EventValue::Map{
             {"category", category}, {"product", name}, {"transactions", std::move(transactions)}});
     }
@@ -83,7 +84,7 @@ Publication ofProblems(const IAPReceiptPlugin::Problems& problems) {
     Told list;
     for (const auto& problem : problems) {
         list.texts.push_back(describe(problem));
-        list.values.push_back(EventValue::Map{{"where", problem.where}, {"what", problem.what}});
+        list.values.push_back(EventValue::Map{{"where", problem.where}, {"error", problem.what}});
     }
     return list.publication();
 }
