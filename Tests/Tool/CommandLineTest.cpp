@@ -124,6 +124,7 @@ TEST_F(CommandLineTest, SaysWhyItFailsOnStandardError) {
         {"play --scrip x", 2, "corvantile: "},
         {"play --script /nowhere/x.play", 2, "/nowhere/x.play: expected a script"},
         {"play --app /nowhere", 2, "/nowhere/app.json: expected an app description"},
+        {"play --fresh --state " + folder_.app().string(), 2, "nothing is deleted, because"},
         {"records", 2, "com.example.sampleapp: expected an app's state folder, but there is nothing"},
         {"keychain --state /nowhere", 2, "/nowhere: expected an app's state folder"},
         {"doctor --state /dev/null", 2, "/dev/null: expected an app's state folder, but this is no folder"},
@@ -180,13 +181,17 @@ TEST_F(CommandLineTest, EndsSoonAndSilentlyWhenAPipeIsClosed) {
     EXPECT_EQ(exitCode, 128 + SIGPIPE);
 }
 
-TEST_F(CommandLineTest, LooksAtTheStateThatAPlayLeaves) {
+TEST_F(CommandLineTest, LooksAtTheStateThatAPlayLeavesUnlessItBeginsAfresh) {
     folder_.write("app.json", R"({"bundleIdentifier": "com.example.kept", "plugins": [
         {"kind": "UserPreference"}, {"kind": "DatabasePlugin"}]})");
     const auto option = " --app '" + folder_.app().string() + "'";
     EXPECT_EQ(run("play" + option, R"(launch\nwait 1100ms)").exitCode, 0);
     EXPECT_THAT(run("records" + option).output, HasSubstr("appconfig_Setting_"));
     EXPECT_THAT(run("keychain" + option).output, HasSubstr("com.example.kept  realm_encryption_key"));
+
+    EXPECT_THAT(run("play --fresh" + option).output, HasSubstr("begins with nothing: deletes keychain, "));
+    EXPECT_EQ(run("records" + option).output + run("keychain" + option).output,
+              "There are no records.\nThe keychain is empty.\n");
 }
 
 } // namespace

@@ -56,7 +56,7 @@ TEST_F(StorageCommands, WorkOnWhatAnEarlierVersionStored) {
 
 TEST_F(StorageCommands, AReinstallDeletesWhatGoesWithTheAppAndNothingElse) {
     copyGoldenState(folder().state());
-    for (const auto* const name : {"notes", "receipt", "store.sqlite"})
+    for (const auto* const name : {"notes", "receipt", "receipt.json", "store.sqlite"})
         folder().write(std::string("state/") + name, "");
     play({"launch"});
     takeTold("host");
@@ -65,10 +65,10 @@ TEST_F(StorageCommands, AReinstallDeletesWhatGoesWithTheAppAndNothingElse) {
 
     EXPECT_THAT(
         takeTold("host"),
-        ElementsAre(
-            "kills App",
-            "reinstalls App: deletes receipt, user-defaults.sqlite, user-defaults.sqlite-shm, "
-            "user-defaults.sqlite-wal, vendor-identifier; what stays: keychain, notes, store.sqlite"));
+        ElementsAre("kills App",
+                    "reinstalls App: deletes receipt, user-defaults.sqlite, user-defaults.sqlite-shm, "
+                    "user-defaults.sqlite-wal, vendor-identifier; what stays: keychain, notes, receipt.json, "
+                    "store.sqlite"));
     play({"launch", "activate"});
     EXPECT_THAT(takeTold("plugin"), ElementsAre(firstDate));
 }

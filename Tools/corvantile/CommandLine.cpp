@@ -33,6 +33,8 @@ void addPlay(CLI::App& app, Call& call) {
         app.add_subcommand("play", "Play commands from a script, a pipe or a prompt; `help` lists them");
     command->add_option("--app", options.app, appHelp)->type_name("FOLDER");
     command->add_option("--state", options.state, stateHelp)->type_name("FOLDER");
+    command->add_flag("--fresh", options.isFresh,
+                      "Delete the app's state first: records, keychain, outbox and store");
     command->add_option("--script", options.script, "Commands, one a line; the first failure ends the play")
         ->type_name("FILE");
     command->add_flag("--debug", options.switches.debug, "Switch debug on, whatever the description says");

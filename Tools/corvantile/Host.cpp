@@ -26,6 +26,7 @@ Host::Host(AppDescription app, HostOptions options, Reporter& reporter)
               .ads = app_.ads,
               .httpRoutes = app_.httpRoutes},
       reporter_(reporter) {
+    if (options_.isFresh) deleteState();
     if (app_.hasServer || options_.hasServer) playServer();
 }
 
@@ -35,6 +36,14 @@ void Host::playServer() {
     server_ = std::make_unique<PlayedServer>(reporter_);
     device_.attribution.endpoint = server_->address();
     device_.httpRoutes["https://api-adservices.apple.com"] = server_->address();
+}
+
+void Host::deleteState() {
+    const auto deleted = deleteDevice(device_.stateFolder);
+    reporter_.tell("host", "fresh",
+                   deleted.empty() ? "begins with nothing: there was nothing before"
+                                   : "begins with nothing: deletes " + listed(deleted),
+                   {{"deleted", EventValue::List(deleted.begin(), deleted.end())}});
 }
 
 void Host::launch(const LaunchSwitches& asked) {

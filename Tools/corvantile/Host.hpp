@@ -23,6 +23,7 @@ struct HostOptions {
     LaunchSwitches switches = {};             // for every launch
     std::function<bool()> isInterrupted = {}; // ends waits; asked often
     bool hasServer = false;                   // played, whatever the description says
+    bool isFresh = false;                     // begins with an empty state folder
 };
 
 // What the phone does around an app: launches it, takes it through its life, ends it. At most one process of
@@ -91,6 +92,7 @@ private:
     };
 
     void playServer();
+    void deleteState();
     void take(const Step& step);
     void checkSwitches(const LaunchSwitches& switches) const;
     [[noreturn]] static void refuseMissing(const std::string& service);

@@ -40,7 +40,8 @@ public:
                   {.stateFolder = options.state,
                    .switches = options.switches,
                    .isInterrupted = mustStop,
-                   .hasServer = options.hasServer},
+                   .hasServer = options.hasServer,
+                   .isFresh = options.isFresh},
                   [this](const Happening& happening) { show(happening); }) {}
 
     ExitCode playScript(std::ifstream& script, const std::filesystem::path& file) {

@@ -13,6 +13,7 @@ struct PlayOptions {
     std::filesystem::path script = {}; // empty: standard input
     LaunchSwitches switches = {};
     bool hasServer = false;
+    bool isFresh = false; // deletes the app's state first
     bool json = false;
 };
 
