@@ -123,6 +123,7 @@ TEST_F(CommandLineTest, SaysWhyItFailsOnStandardError) {
         {"paly", 2, "corvantile: "},
         {"play --scrip x", 2, "corvantile: "},
         {"play --script /nowhere/x.play", 2, "/nowhere/x.play: expected a script"},
+        {play() + "< /", 2, "standard input: it cannot be read to its end: Is a directory"},
         {"play --app /nowhere", 2, "/nowhere/app.json: expected an app description"},
         {"play --fresh --state " + folder_.app().string(), 2, "nothing is deleted, because"},
         {"records", 2, "com.example.sampleapp: expected an app's state folder, but there is nothing"},

@@ -15,7 +15,9 @@ bool LineReader::isReady() {
     std::array<char, 4096> bytes;
     const auto count = ::read(descriptor_, bytes.data(), bytes.size());
     if (count > 0) text_.append(bytes.data(), static_cast<std::size_t>(count));
-    hasEnded_ = count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN);
+    const bool hasFailed = count < 0 && errno != EINTR && errno != EAGAIN;
+    if (hasFailed) error_ = errno;
+    hasEnded_ = count == 0 || hasFailed;
     return hasEnded_ || text_.find('\n') != std::string::npos;
 }
 

@@ -16,11 +16,14 @@ public:
     // The next line without its end; nullopt when none has come, and at the end.
     std::optional<std::string> next();
     [[nodiscard]] bool isAtEnd() const { return hasEnded_ && text_.empty(); }
+    // Why the lines have ended before the end of the input; 0 if they have not.
+    [[nodiscard]] int error() const { return error_; }
 
 private:
     const int descriptor_;
     std::string text_;
     bool hasEnded_ = false;
+    int error_ = 0;
 };
 
 } // namespace corvantile::tool

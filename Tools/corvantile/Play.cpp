@@ -17,6 +17,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include <unistd.h>
@@ -29,6 +30,10 @@ std::unique_ptr<Face> makeFace(bool json) {
     if (json) return std::make_unique<JSONLinesFace>(std::cout);
     const bool isColoured = ::isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
     return std::make_unique<TerminalFace>(std::cout, isColoured);
+}
+
+[[noreturn]] void refuseRead(const std::string& what, int error) {
+    throw Refusal(what + ": it cannot be read to its end: " + std::generic_category().message(error));
 }
 
 // A play on the terminal: an engine, its face, and where the commands come from.
@@ -50,6 +55,7 @@ public:
             const Origin origin{"script", file.string() + ":" + std::to_string(number)};
             if (!engine_.play(line, origin)) return ExitCode::failed;
         }
+        if (script.bad()) refuseRead(file.string(), errno);
         return outcome();
     }
 
@@ -63,6 +69,7 @@ public:
                 isPrompt ? Origin{} : Origin{"input", "standard input:" + std::to_string(number++)};
             if (!engine_.play(*line, origin) && !isPrompt) failed_ = true;
         }
+        if (reader.error() != 0) refuseRead("standard input", reader.error());
         return outcome();
     }
 
