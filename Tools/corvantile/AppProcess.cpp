@@ -10,6 +10,9 @@
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Reporter.hpp"
 #include "Tools/corvantile/ReportingConsole.hpp"
+#include "Tools/corvantile/Tracking/MarkedTransactions.hpp"
+#include "Tools/corvantile/Tracking/ObservedKeychain.hpp"
+#include "Tools/corvantile/Tracking/ObservedRouter.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -19,16 +22,20 @@ namespace corvantile::tool {
 
 namespace {
 
-DesktopOptions optionsOf(const AppDescription& app, const Device& device, std::shared_ptr<Console> console) {
+DesktopOptions optionsOf(const AppDescription& app, const Device& device, Reporter& reporter,
+                         const std::shared_ptr<MarkedTransactions>& transactions) {
     return {.bundleIdentifier = app.bundleIdentifier,
             .stateFolder = device.stateFolder,
             .resourceFolder = app.folder,
             .reportsUnreadableEntries = true,
-            .console = std::move(console),
+            .console = std::make_shared<ReportingConsole>(reporter),
             .httpRoutes = device.httpRoutes,
             .ads = device.ads,
             .adjust = device.attribution,
-            .store = app.store};
+            .store = app.store,
+            .decorate = [transactions](Ports& ports) {
+                ports.keychain = observed(std::move(ports.keychain), transactions);
+            }};
 }
 
 std::string switchText(bool isOn) { return isOn ? "on" : "off"; }
@@ -38,8 +45,8 @@ std::string switchText(bool isOn) { return isOn ? "on" : "off"; }
 AppProcess::AppProcess(const AppDescription& app, const Device& device, const LaunchSwitches& switches,
                        Reporter& reporter)
     : reporter_(reporter),
-      console_(std::make_shared<ReportingConsole>(reporter)),
-      platform_(optionsOf(app, device, console_)) {
+      transactions_(std::make_shared<MarkedTransactions>(reporter)),
+      platform_(optionsOf(app, device, reporter, transactions_)) {
     platform_.vault().setLocked(device.isKeychainLocked);
     makeDelegate(app, switches);
     if (Corvantile::dryRun() && app.hasPlugIn("AdjustPlugin"))
@@ -55,9 +62,15 @@ void AppProcess::makeDelegate(const AppDescription& app, const LaunchSwitches& s
     if (app.hasStore()) queueWatch_.emplace(reporter_); // first: a batch is told before anybody acts on it
     PluggableApplicationDelegate::Plugins plugIns;
     for (const auto& description : app.plugIns) {
-        plugIns.push_back(description.make(switches));
-        plugIns_.push_back({description.kind, plugIns.back().get()});
-        if (description.follow) description.follow(plugIns.back(), reporter_, followed_);
+        const auto plugIn = description.make(switches);
+        plugIns_.push_back({description.kind, plugIn.get()});
+        if (description.follow) description.follow(plugIn, reporter_, followed_);
+        const auto router = std::dynamic_pointer_cast<AnalyticPluggable>(plugIn);
+        if (router && !router_) {
+            router_ = std::make_shared<ObservedRouter>(router, transactions_, reporter_);
+            plugIns.push_back(router_); // before the router, so that a look-up finds it
+        }
+        plugIns.push_back(plugIn);
     }
     application().setDelegate(std::make_shared<PluggableApplicationDelegate>(std::move(plugIns)));
 }
@@ -91,16 +104,21 @@ void AppProcess::followNetwork() {
 }
 
 void AppProcess::makeSinks(const AppDescription& app) {
+    bool isRegistered = false;
     for (const auto& description : app.sinks) {
         sinks_.push_back({description.name, description.kind, description.make(description, reporter_)});
-        if (description.registersAtLaunch) registerSink(sinks_.back());
+        if (!description.registersAtLaunch) continue;
+        registerSink(sinks_.back());
+        isRegistered = true;
     }
-    if (hasRegisteredSink()) Corvantile::queryAppDelegate<AnalyticPluggable>()->flush();
+    if (isRegistered) router_->flush();
 }
 
 std::string AppProcess::describePlugIn(const PluggableApplicationDelegateService& plugIn) const {
+    const PluggableApplicationDelegateService* const identity =
+        &plugIn == router_.get() ? router_->router().get() : &plugIn;
     const auto found = std::find_if(plugIns_.begin(), plugIns_.end(),
-                                    [&](const PlugIn& known) { return known.identity == &plugIn; });
+                                    [&](const PlugIn& known) { return known.identity == identity; });
     if (found == plugIns_.end()) return "a plug-in that is not on the list";
     return found->kind + ", number " + std::to_string(found - plugIns_.begin() + 1) + " of " +
            std::to_string(plugIns_.size());
@@ -116,7 +134,7 @@ Sink& AppProcess::sink(const std::string& name) {
 }
 
 void AppProcess::registerSink(Sink& sink) {
-    Corvantile::queryAppDelegate<AnalyticPluggable>()->registerComponents({sink.component});
+    router_->registerSink(sink.name, sink.component);
     const auto times = ++sink.registrations;
     const auto often = times > 1
                            ? " for the " + std::to_string(times) + ". time: it hears everything as often"
@@ -125,11 +143,7 @@ void AppProcess::registerSink(Sink& sink) {
                    {{"sink", sink.name}, {"type", sink.kind}, {"registrations", times}});
 }
 
-bool AppProcess::hasRegisteredSink() const {
-    return std::any_of(sinks_.begin(), sinks_.end(), [](const Sink& sink) { return sink.registrations > 0; });
-}
-
-std::size_t AppProcess::consoleEvents() const { return console_->eventCount(); }
+void AppProcess::concludeTransactions() { transactions_->concludeAll(); }
 
 void AppProcess::settle() {
     constexpr std::chrono::seconds patience{1};

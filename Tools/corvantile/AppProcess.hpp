@@ -7,7 +7,6 @@
 #include "Tools/corvantile/Description/AppDescription.hpp"
 #include "Tools/corvantile/Streams/PurchaseStreams.hpp"
 
-#include <cstddef>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -21,8 +20,9 @@ class UIApplicationDelegate;
 
 namespace corvantile::tool {
 
+class MarkedTransactions;
+class ObservedRouter;
 class Reporter;
-class ReportingConsole;
 
 // What outlives a process of the app.
 struct Device {
@@ -64,10 +64,9 @@ public:
     // Refuses an unknown name.
     [[nodiscard]] Sink& sink(const std::string& name);
     void registerSink(Sink& sink);
-    [[nodiscard]] bool hasRegisteredSink() const;
 
-    // How many events the console sinks have printed.
-    [[nodiscard]] std::size_t consoleEvents() const;
+    // Nothing is happening any more: reports the marked transactions that no sink has got.
+    void concludeTransactions();
 
     // Runs what the main queue holds by now.
     void settle();
@@ -84,8 +83,9 @@ private:
     void followNetwork();
 
     Reporter& reporter_;
-    const std::shared_ptr<ReportingConsole> console_;
+    const std::shared_ptr<MarkedTransactions> transactions_; // concludes once the platform has ended
     DesktopPlatform platform_;
+    std::shared_ptr<ObservedRouter> router_; // null: the app has no router
     std::vector<PlugIn> plugIns_;
     std::vector<Sink> sinks_;
     bool isNetworkTold_ = false;

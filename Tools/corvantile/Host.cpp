@@ -187,7 +187,9 @@ void Host::awaitSilence() {
     for (int passed = 0; passed < mostMoments; ++passed) {
         const auto before = reporter_.count();
         goOn([] { return false; }, moment);
-        if (reporter_.count() == before) return;
+        if (reporter_.count() != before) continue;
+        if (process_) process_->concludeTransactions();
+        return;
     }
 }
 

@@ -12,7 +12,7 @@ namespace corvantile::tool {
 
 class Reporter;
 
-// Stands for an analytics back end: tells which events reach it, and which its list keeps away.
+// Stands for an analytics back end: reports what reaches it.
 class RecordingSink final : public AnalyticComponent {
 public:
     RecordingSink(std::string name, Reporter& reporter);
@@ -22,7 +22,6 @@ public:
         return ignoredEventNames_;
     }
     void ignore(std::initializer_list<std::string_view> names) override;
-    [[nodiscard]] bool shouldTrack(const AnalyticEvent& event) const override;
 
     void track(const AnalyticEvent& event) override;
     void track(const AnalyticEvent& event, const NSDecimalNumber& with, const std::string& currency) override;
@@ -31,7 +30,7 @@ public:
                       const std::optional<Date>& date, const std::optional<std::string>& region) override;
 
 private:
-    void tell(std::string kind, const std::string& what, EventValue::Map fields) const;
+    void report(const std::string& what, EventValue::Map fields) const;
 
     const std::string name_;
     Reporter& reporter_;

@@ -2,7 +2,6 @@
 
 #include "Platform/Foundation/Console.hpp"
 
-#include <atomic>
 #include <cstddef>
 #include <string_view>
 
@@ -18,12 +17,12 @@ public:
 
     void print(std::string_view text) override;
 
-    // How many of them were events, in the frame that console sinks print.
-    [[nodiscard]] std::size_t eventCount() const { return eventCount_.load(); }
+    // How many events, in the frame of console sinks, this thread has printed on any such console. A sink
+    // prints on the thread that tracks.
+    [[nodiscard]] static std::size_t eventsOfThisThread();
 
 private:
     Reporter& reporter_;
-    std::atomic<std::size_t> eventCount_{0};
 };
 
 } // namespace corvantile::tool

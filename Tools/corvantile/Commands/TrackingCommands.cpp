@@ -1,7 +1,5 @@
-#include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
-#include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
 #include "Tools/corvantile/EventText.hpp"
 #include "Tools/corvantile/Host.hpp"
@@ -10,7 +8,6 @@
 
 #include <optional>
 #include <string>
-#include <typeinfo>
 #include <utility>
 
 namespace corvantile::tool {
@@ -21,76 +18,18 @@ AnalyticEvent makeEvent(const std::string& name, std::optional<EventParameters> 
     return parameters ? AnalyticEvent(name, std::move(*parameters)) : AnalyticEvent(name);
 }
 
-// As the router sees it: a derived class is another sink.
-bool isConsoleComponent(const AnalyticComponent& component) {
-    return typeid(component) == typeid(ConsoleComponent);
-}
-
 std::shared_ptr<AdjustAnalyticComponent> asAdjust(const Sink& sink) {
     return std::dynamic_pointer_cast<AdjustAnalyticComponent>(sink.component);
 }
-
-// Says of each sink that kept silent about an event why it did. A recording sink tells by itself what it got
-// and what it ignores; the attribution sink tells what it got.
-class Unheard {
-public:
-    Unheard(Host& host, const AnalyticEvent& event)
-        : host_(host), event_(event), eventsBefore_(host.process().consoleEvents()) {}
-
-    void explain(bool hasRevenue) {
-        auto& process = host_.process();
-        if (!process.hasRegisteredSink())
-            return tell("buffered", std::string("no sink is registered: the router keeps ") + event_.name +
-                                        (hasRevenue ? " without its revenue" : "") +
-                                        ", and nothing will bring it back");
-        bool isFirstConsole = true;
-        for (const auto& sink : process.sinks()) {
-            if (sink.registrations == 0) continue;
-            const bool isConsole = isConsoleComponent(*sink.component);
-            if (isConsole && (isFirstConsole || !Corvantile::dryRun()))
-                explainConsole(sink);
-            else if (Corvantile::dryRun())
-                tellOf(sink, "is passed over: dry run");
-            else if (asAdjust(sink) && !sink.component->shouldTrack(event_))
-                tellIgnored(sink);
-            isFirstConsole = isFirstConsole && !isConsole;
-        }
-    }
-
-private:
-    void explainConsole(const Sink& sink) {
-        if (!Corvantile::dryRun() && !sink.component->shouldTrack(event_))
-            tellIgnored(sink);
-        else if (host_.process().consoleEvents() == eventsBefore_)
-            tellOf(sink, "cannot print " + event_.name + ": JSON holds no date, nor text that is not UTF-8");
-    }
-
-    void tellIgnored(const Sink& sink) { tellOf(sink, "ignores " + event_.name + ": it is on its list"); }
-
-    void tellOf(const Sink& sink, const std::string& why) {
-        host_.reporter().tell("sink", "silent", sink.name + " " + why,
-                              {{"sink", sink.name}, {"event", event_.name}});
-    }
-
-    void tell(std::string kind, std::string why) {
-        host_.reporter().tell("host", std::move(kind), std::move(why), {{"event", event_.name}});
-    }
-
-    Host& host_;
-    const AnalyticEvent& event_;
-    const std::size_t eventsBefore_;
-};
 
 void track(Host& host, AnalyticPluggable& router, const AnalyticEvent& event,
            const std::optional<Revenue>& revenue) {
     host.reporter().tell("host", "track", "tracks " + describeEvent(event, revenue),
                          fieldsOf(event, revenue));
-    Unheard unheard(host, event);
     if (revenue)
         router.track(event, revenue->amount, revenue->currency);
     else
         router.track(event);
-    unheard.explain(revenue.has_value());
 }
 
 void runTrack(Host& host, Arguments given) {
