@@ -1,6 +1,8 @@
 #include "Tools/corvantile/CommandLine.hpp"
 
 #include "Tools/corvantile/CommandOutput.hpp"
+#include "Tools/corvantile/Manual/Manual.hpp"
+#include "Tools/corvantile/Manual/PrintManual.hpp"
 #include "Tools/corvantile/StandardOutput.hpp"
 
 #include <CLI/CLI.hpp>
@@ -127,6 +129,17 @@ void addProve(CLI::App& app, Call& call) {
     process->callback([&call] { call.run = [&call] { return playScenario(call.scenario); }; });
 }
 
+// What the build makes the man page and the shells' completions with; nothing for people.
+void addManual(CLI::App& app, Call& call) {
+    app.add_subcommand("print-manual")->group("")->callback([&app, &call] {
+        call.run = [&app] { return printManual(app, CORVANTILE_VERSION, std::cout); };
+    });
+    auto* const completion = app.add_subcommand("print-completion")->group("");
+    completion->add_option("shell", call.shell)->required();
+    completion->callback(
+        [&app, &call] { call.run = [&app, &call] { return printCompletion(app, call.shell, std::cout); }; });
+}
+
 } // namespace
 
 void buildCommandLine(CLI::App& app, Call& call) {
@@ -150,6 +163,8 @@ void buildCommandLine(CLI::App& app, Call& call) {
     addProve(app, call);
     addReceipts(app, call);
     addCatalogue(app, call);
+    addManual(app, call);
+    app.footer(referenceText());
 }
 
 } // namespace corvantile::tool

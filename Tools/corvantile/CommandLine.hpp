@@ -8,6 +8,7 @@
 #include "Tools/corvantile/Receipts/Receipts.hpp"
 
 #include <functional>
+#include <string>
 
 namespace CLI {
 class App;
@@ -22,6 +23,7 @@ struct Call {
     ProveOptions prove;
     ScenarioOptions scenario;
     ReceiptOptions receipts;
+    std::string shell; // whose completion is printed
     std::function<ExitCode()> run = [] { return playTour(); };
 };
 

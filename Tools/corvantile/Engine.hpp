@@ -27,6 +27,9 @@ public:
     // False when the command could not be played; an "error" then tells why, and the play can go on.
     bool play(std::string_view line, const Origin& origin = {});
 
+    // All that `play` understands.
+    [[nodiscard]] const CommandTable& commands() const { return commands_; }
+
     // `quit` was played.
     [[nodiscard]] bool isOver() const { return isOver_; }
 

@@ -1,0 +1,26 @@
+#include "Tools/corvantile/Manual/PrintManual.hpp"
+
+#include "Tools/corvantile/Engine.hpp"
+#include "Tools/corvantile/Manual/Completion.hpp"
+#include "Tools/corvantile/Manual/Manual.hpp"
+
+#include <ostream>
+
+namespace corvantile::tool {
+
+ExitCode printManual(const CLI::App& app, std::string_view version, std::ostream& stream) {
+    // The commands are those of any app: this one has nothing, and is never launched.
+    AppDescription none;
+    none.bundleIdentifier = "none";
+    const Engine engine(none, {}, [](const Happening&) {});
+    stream << makeManual(describeCommandLine(app), engine.commands().commands(),
+                         "corvantile " + std::string(version));
+    return ExitCode::success;
+}
+
+ExitCode printCompletion(const CLI::App& app, const std::string& shell, std::ostream& stream) {
+    stream << makeCompletion(describeCommandLine(app), shell);
+    return ExitCode::success;
+}
+
+} // namespace corvantile::tool
