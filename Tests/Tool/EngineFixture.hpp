@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -21,9 +22,12 @@ using Texts = std::vector<std::string>;
 class EngineFixture : public testing::Test {
 protected:
     void begin(const char* app, LaunchSwitches switches = {}) {
-        engine_.reset();
         folder_.write("app.json", app);
-        engine_.emplace(readAppDescription(folder_.app(), frameworkRegistry()),
+        begin(folder_.app(), switches);
+    }
+    void begin(const std::filesystem::path& app, LaunchSwitches switches = {}) {
+        engine_.reset();
+        engine_.emplace(readAppDescription(app, frameworkRegistry()),
                         HostOptions{.stateFolder = folder_.state(), .switches = switches},
                         [this](const Happening& happening) {
                             const std::lock_guard lock(mutex_);

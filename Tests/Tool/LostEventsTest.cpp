@@ -54,6 +54,16 @@ TEST_F(LostEvents, ReportsWhatAForgottenSinkCosts) {
     EXPECT_THAT(takeTold("sink"), IsEmpty());
 }
 
+TEST_F(LostEvents, AreNoneWhenTheSampleAppSellsForTheFirstTime) {
+    begin(std::filesystem::path(CORVANTILE_SAMPLE_APP));
+    play({"launch", "activate", "buy pro.monthly"});
+
+    const auto happened = happenings();
+    EXPECT_THAT(takeTold("router"), IsEmpty());
+    EXPECT_THAT(happened,
+                Contains(testing::Field(&Happening::text, StartsWith("backend got trial_subscribe_pro "))));
+}
+
 TEST_F(LostEvents, ReportsATransactionOnlyIfNoSinkGotAnyOfItsEvents) {
     play({"register picky", "activate", "buy themes"});
     EXPECT_THAT(takeTold("router"),

@@ -188,7 +188,8 @@ void Host::awaitSilence() {
         const auto before = reporter_.count();
         goOn([] { return false; }, moment);
         if (reporter_.count() != before) continue;
-        if (process_) process_->concludeTransactions();
+        const bool isInterrupted = options_.isInterrupted && options_.isInterrupted();
+        if (process_ && !isInterrupted) process_->concludeTransactions();
         return;
     }
 }
