@@ -1,9 +1,15 @@
 #pragma once
 
-#include "DesktopPlatform/Adjust/AdjustOptions.hpp"
 #include "DesktopPlatform/Ads/LocalAds.hpp"
-#include "DesktopPlatform/Store/DesktopStoreOptions.hpp"
+#include "DesktopPlatform/DesktopFeatures.hpp"
 #include "Platform/Export.hpp"
+
+#if CORVANTILE_DESKTOP_OUTBOX
+#include "DesktopPlatform/Adjust/AdjustOptions.hpp"
+#endif
+#if CORVANTILE_DESKTOP_STORE
+#include "DesktopPlatform/Store/DesktopStoreOptions.hpp"
+#endif
 
 #include <filesystem>
 #include <functional>
@@ -39,14 +45,20 @@ struct DesktopOptions {
     // Takes the place of the console on `consoleDescriptor`, unless null: a host that shows its lines itself.
     std::shared_ptr<Console> console = nullptr;
 
+#if CORVANTILE_DESKTOP_HTTP
     // Where requests go that name these origins, as HTTPRoutes says.
     std::map<std::string, std::string> httpRoutes = {};
+#endif
 
     AdsOptions ads = {};
 
+#if CORVANTILE_DESKTOP_OUTBOX
     AdjustOptions adjust = {};
+#endif
 
+#if CORVANTILE_DESKTOP_STORE
     DesktopStoreOptions store = {};
+#endif
 
     // Stands something of the host's own between the app and a port, before anything has asked for one. The
     // platform's parts know each other as they were made. May be null.

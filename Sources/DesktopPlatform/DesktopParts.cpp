@@ -2,7 +2,6 @@
 
 #include "Crypto/OpenSSLCryptor.hpp"
 #include "Crypto/OpenSSLRandom.hpp"
-#include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
 #include "DesktopPlatform/Ads/LocalAds.hpp"
 #include "DesktopPlatform/Application/HostApplication.hpp"
 #include "DesktopPlatform/Application/LocalDevice.hpp"
@@ -11,14 +10,7 @@
 #include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
 #include "DesktopPlatform/Foundation/SystemClock.hpp"
 #include "DesktopPlatform/Keychain/Vault.hpp"
-#include "DesktopPlatform/Network/CurlHTTPClient.hpp"
-#include "DesktopPlatform/Network/HTTPRoutes.hpp"
 #include "DesktopPlatform/Queues/DesktopQueues.hpp"
-#include "DesktopPlatform/Store/DesktopStore.hpp"
-#include "LocalStore/LocalStore.hpp"
-#include "LocalStore/Ports/LocalPaymentQueue.hpp"
-#include "LocalStore/Ports/LocalStoreRequests.hpp"
-#include "Platform/FatalError.hpp"
 
 #include <algorithm>
 #include <functional>
@@ -30,8 +22,6 @@ namespace corvantile {
 
 namespace {
 
-using Background = std::function<void(std::function<void()>)>;
-
 // Two at least: an item that waits for the disk must not hold up every other queue.
 unsigned workerCount() { return std::clamp(std::thread::hardware_concurrency(), 2U, 4U); }
 
@@ -40,27 +30,17 @@ std::shared_ptr<Console> consoleOf(const DesktopOptions& options) {
     return std::make_shared<DescriptorConsole>(options.consoleDescriptor);
 }
 
-std::shared_ptr<HTTPRoutes> routesOf(const DesktopOptions& options) {
-    auto routes = std::make_shared<HTTPRoutes>();
-    for (const auto& [origin, base] : options.httpRoutes)
-        if (!routes->set(origin, base))
-            fatalError("No route can lead from '" + origin + "' to '" + base + "'.");
-    return routes;
-}
+} // namespace
 
-// Empty where nothing lasts.
 std::filesystem::path inState(const DesktopOptions& options, const char* name) {
     return options.stateFolder.empty() ? options.stateFolder : options.stateFolder / name;
 }
 
-// Work that waits for the disk has a queue, so that it ends as queues do: unrun.
-Background inBackground(DispatchQueues& queues, const std::string& label) {
+std::function<void(std::function<void()>)> inBackground(DispatchQueues& queues, const std::string& label) {
     return [queue = queues.makeSerial(label, QualityOfService::background)](std::function<void()> work) {
         queue->async(std::move(work));
     };
 }
-
-} // namespace
 
 DesktopPlatform::Parts::Parts()
     : executors(std::make_shared<Executors>(workerCount())),
@@ -80,8 +60,6 @@ Ports DesktopPlatform::Parts::ports(const DesktopOptions& options) {
         UserDefaultsOptions{.file = inState(options, "user-defaults.sqlite"),
                             .console = console,
                             .inBackground = inBackground(*queues, "corvantile.user-defaults")});
-    httpRoutes = routesOf(options);
-    http = std::make_shared<CurlHTTPClient>(httpRoutes);
     ads = std::make_shared<LocalAds>(options.ads);
     Ports made{.application = std::make_shared<HostApplication>(),
                .device = std::make_shared<LocalDevice>(options.stateFolder, options.systemVersion),
@@ -95,21 +73,13 @@ Ports DesktopPlatform::Parts::ports(const DesktopOptions& options) {
                .userDefaults = userDefaults,
                .random = std::make_shared<OpenSSLRandom>(),
                .cryptor = std::make_shared<OpenSSLCryptor>(),
-               .http = http,
                .attribution = ads,
                .advertising = ads};
-    adjust = std::make_shared<OutboxAdjust>(inState(options, "outbox.sqlite"), options.adjust, made);
-    made.adjust = adjust;
+    addHTTP(made, options);
+    addAdjust(made, options);
     addStore(made, options);
     if (options.decorate) options.decorate(made);
     return made;
-}
-
-void DesktopPlatform::Parts::addStore(Ports& made, const DesktopOptions& options) {
-    store =
-        makeDesktopStore(options, made.clock, made.console, inBackground(*made.queues, "corvantile.store"));
-    made.paymentQueue = LocalPaymentQueue::make(store, made.queues->main(), made.console);
-    made.storeRequests = std::make_shared<LocalStoreRequests>(store);
 }
 
 } // namespace corvantile

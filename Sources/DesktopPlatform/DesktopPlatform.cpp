@@ -2,7 +2,6 @@
 
 #include "DesktopPlatform/DesktopParts.hpp"
 #include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
-#include "DesktopPlatform/Network/CurlHTTPClient.hpp"
 #include "DesktopPlatform/Queues/SerialQueue.hpp"
 #include "Platform/FatalError.hpp"
 
@@ -53,10 +52,7 @@ DesktopPlatform::DesktopPlatform(DesktopOptions options, std::unique_ptr<Parts> 
 DesktopPlatform::~DesktopPlatform() { end(); }
 
 Vault& DesktopPlatform::vault() const { return *parts_->vault; }
-HTTPRoutes& DesktopPlatform::httpRoutes() const { return *parts_->httpRoutes; }
 LocalAds& DesktopPlatform::ads() const { return *parts_->ads; }
-OutboxAdjust& DesktopPlatform::adjust() const { return *parts_->adjust; }
-LocalStore& DesktopPlatform::store() const { return *parts_->store; }
 
 void DesktopPlatform::runMainLoop() {
     requireMainThread(*parts_->executors);
@@ -94,7 +90,7 @@ void DesktopPlatform::stopMainLoop() { parts_->executors->main().stop(); }
 
 void DesktopPlatform::stop() {
     requireMainThread(*parts_->executors);
-    parts_->http->close();
+    parts_->closeHTTP();
     parts_->executors->close();
     parts_->reachability->close();
     parts_->executors->discard();

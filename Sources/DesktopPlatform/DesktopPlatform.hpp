@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DesktopPlatform/DesktopFeatures.hpp"
 #include "DesktopPlatform/DesktopOptions.hpp"
 #include "Platform/Export.hpp"
 #include "Platform/Platform.hpp"
@@ -24,6 +25,10 @@ class Vault;
 // like), so that they reach a thread of the host. No member is async-signal-safe, stopMainLoop included: a
 // host that ends on a signal waits for it on a thread of its own (sigwait) and stops the loop from there. A
 // child that a host forks may only exec.
+//
+// A build may leave out HTTP, the store or the outbox (DesktopFeatures.hpp). The port is still there: a
+// request fails with an NSError that says why, a store fails whatever it is asked for and sells nothing, and
+// the attribution SDK reports once on the console that it delivers nothing.
 class CORVANTILE_API DesktopPlatform final : public Platform {
 public:
     explicit DesktopPlatform(DesktopOptions options = {});
@@ -35,19 +40,25 @@ public:
     // The keychain under its own type: a host plays the lock and looks inside. Threads: any.
     [[nodiscard]] Vault& vault() const;
 
+#if CORVANTILE_DESKTOP_HTTP
     // Where requests go: a host plays a server. Threads: any.
     [[nodiscard]] HTTPRoutes& httpRoutes() const;
+#endif
 
     // The ads services under their own type: a host decides what they say. Threads: any.
     [[nodiscard]] LocalAds& ads() const;
 
+#if CORVANTILE_DESKTOP_OUTBOX
     // The attribution SDK under its own type: a host tells it when the app is active, plays the network and
     // looks at its packages. Threads: any.
     [[nodiscard]] OutboxAdjust& adjust() const;
+#endif
 
+#if CORVANTILE_DESKTOP_STORE
     // The store behind the payment queue and the requests: a host plays the store and its customers. Threads:
     // any.
     [[nodiscard]] LocalStore& store() const;
+#endif
 
     // Runs the main queue until `stopMainLoop`. Main thread only, not from inside an item.
     void runMainLoop();
