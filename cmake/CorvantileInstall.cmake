@@ -1,20 +1,99 @@
-# The installed package: find_package(Corvantile) gives the same targets as the source tree.
+# The installed package: find_package(Corvantile) gives the same targets as the source tree, and each room is a component
+# with an export of its own, so that a host needs what its components need and nothing else.
 
 if(NOT CORVANTILE_INSTALL)
   return()
 endif()
 
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 get_property(rooms GLOBAL PROPERTY CORVANTILE_ROOMS)
-install(TARGETS ${rooms} EXPORT CorvantileTargets
-  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/corvantile)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Corvantile)
-install(EXPORT CorvantileTargets NAMESPACE Corvantile:: DESTINATION ${package_dir})
+
+# A static room leaves the libraries that it calls to whoever links it, a shared one has them already.
+function(corvantile_libraries result target)
+  get_target_property(libraries ${target} CORVANTILE_LIBRARIES)
+  if(BUILD_SHARED_LIBS OR NOT libraries)
+    set(libraries "")
+  endif()
+  set(${result} "${libraries}" PARENT_SCOPE)
+endfunction()
+
+# What the package configuration knows of a room, as lines that set variables.
+function(corvantile_component_lines result target)
+  get_target_property(name ${target} EXPORT_NAME)
+  set(needs "")
+  foreach(property IN ITEMS CORVANTILE_PUBLIC_ROOMS CORVANTILE_PRIVATE_ROOMS)
+    get_target_property(list ${target} ${property})
+    foreach(room IN LISTS list)
+      get_target_property(need ${room} EXPORT_NAME)
+      list(APPEND needs ${need})
+    endforeach()
+  endforeach()
+  set(lines "set(Corvantile_${name}_NEEDS ${needs})\n")
+  set(packages "")
+  corvantile_libraries(libraries ${target})
+  foreach(library IN LISTS libraries)
+    get_property(find GLOBAL PROPERTY CORVANTILE_FIND_${library})
+    list(GET find 0 package)
+    list(APPEND packages ${package})
+    string(APPEND lines "set(Corvantile_FIND_${package} ${find})\n")
+  endforeach()
+  list(REMOVE_DUPLICATES packages)
+  string(APPEND lines "set(Corvantile_${name}_PACKAGES ${packages})\n")
+  string(REPLACE ";" " " lines "${lines}")
+  set(${result} "${lines}" PARENT_SCOPE)
+endfunction()
+
+# pkg-config's entry for a room, called as its target with hyphens.
+function(corvantile_pkg_config target)
+  string(REPLACE _ - name ${target})
+  get_target_property(room ${target} EXPORT_NAME)
+  get_target_property(public_rooms ${target} CORVANTILE_PUBLIC_ROOMS)
+  get_target_property(private_rooms ${target} CORVANTILE_PRIVATE_ROOMS)
+  list(TRANSFORM public_rooms REPLACE _ -)
+  list(TRANSFORM private_rooms REPLACE _ -)
+  set(requires ${public_rooms})
+  set(requires_private ${private_rooms})
+  if(NOT BUILD_SHARED_LIBS)
+    # Nobody else links these, so they are not private: `pkg-config --libs` has to name them without --static, which
+    # would bring in what the third-party libraries themselves are made of.
+    list(APPEND requires ${private_rooms})
+    set(requires_private "")
+    corvantile_libraries(libraries ${target})
+    foreach(library IN LISTS libraries)
+      get_property(modules GLOBAL PROPERTY CORVANTILE_PKG_CONFIG_${library})
+      list(APPEND requires ${modules})
+    endforeach()
+    list(REMOVE_DUPLICATES requires)
+  endif()
+  list(JOIN requires ", " requires)
+  list(JOIN requires_private ", " requires_private)
+  file(RELATIVE_PATH prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+  string(REGEX REPLACE "/$" "" prefix "${prefix}")
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/room.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${name}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()
+
+set(components "")
+set(component_lines "")
+foreach(room IN LISTS rooms)
+  get_target_property(component ${room} EXPORT_NAME)
+  list(APPEND components ${component})
+  corvantile_component_lines(lines ${room})
+  string(APPEND component_lines "${lines}")
+  corvantile_pkg_config(${room})
+  install(TARGETS ${room} EXPORT Corvantile${component}Targets
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/corvantile)
+  install(EXPORT Corvantile${component}Targets NAMESPACE Corvantile:: DESTINATION ${package_dir})
+endforeach()
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/CorvantileConfig.cmake.in
   ${PROJECT_BINARY_DIR}/CorvantileConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/CorvantileConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/CorvantileConfig.cmake ${PROJECT_BINARY_DIR}/CorvantileConfigVersion.cmake
   DESTINATION ${package_dir})
+
+# Debian looks for the licence under its second name.
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/corvantile)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/corvantile RENAME copyright)
