@@ -13,6 +13,9 @@ foreach(room IN LISTS rooms)
     list(APPEND depends ${package})
   endforeach()
 endforeach()
+if(CORVANTILE_DESKTOP_HTTP)
+  list(APPEND depends ca-certificates) # without them no HTTPS server can prove who it is
+endif()
 list(REMOVE_DUPLICATES depends)
 list(JOIN depends ", " CPACK_DEBIAN_PACKAGE_DEPENDS)
 
