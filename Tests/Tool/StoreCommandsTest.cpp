@@ -96,7 +96,7 @@ TEST_F(StoreCommands, HandInAReceiptAndConfirmAPurchase) {
     const auto receipt = folder().write("receipt.json", R"({"status": 0, "latest_receipt_info": [
         {"transaction_id": "7", "original_transaction_id": "7", "product_id": "app.coins",
          "purchase_date_ms": "4102444800000"}]})");
-    play({"receipts '" + receipt.string() + "'", "validated app.coins server=ok"});
+    play({"receipts '" + receipt.string() + "'", "validated coins server=ok"});
     awaitText("backend got ostrel_in_app_purchase");
     awaitText("backend got total_subscription");
 }
@@ -110,6 +110,7 @@ TEST_F(StoreCommands, RefuseWhatTheStoreCannotDo) {
         {"billing coins failing", "app.coins does not renew"},
         {"advance 3x", "expected a duration, such as 31d"},
         {"receipts /nowhere", "/nowhere: expected a receipt"},
+        {"validated coin", "there is no product \"coin\""},
     });
 }
 

@@ -4,6 +4,8 @@
 #include "Tools/corvantile/FileText.hpp"
 #include "Tools/corvantile/Host.hpp"
 #include "Tools/corvantile/Reporter.hpp"
+#include "Tools/corvantile/Store/HostStore.hpp"
+#include "Tools/corvantile/Store/StoreText.hpp"
 #include "Tools/corvantile/Values.hpp"
 
 #include <memory>
@@ -22,7 +24,8 @@ void runReceipts(Host& host, Arguments given) {
 
 void runValidated(Host& host, Arguments given) {
     const auto tracking = host.service<IAPReceiptTrackingPluggable>();
-    const auto& product = given[0].text;
+    const auto& text = given[0].text;
+    const auto product = host.app().hasStore() ? productNamed(storeOf(host).catalogue(), text) : text;
     host.reporter().tell("host", "validated", "the purchase of " + product + " is confirmed",
                          {{"product", product}});
     tracking->trackValidatedPurchase(product, parseParameters(given.subspan(1)));
