@@ -27,7 +27,7 @@ option(CORVANTILE_WARNINGS_AS_ERRORS "Stop at the first compiler warning" OFF)
 option(CORVANTILE_TEST_PER_BINARY "Give CTest one entry per test binary instead of one per case" OFF)
 set(CORVANTILE_SANITIZE "" CACHE STRING "Sanitizers added to every target, as -fsanitize= takes them")
 
-# corvantile_require(FIRST needs… ): an option that is on needs others that are. Checked before anything is looked for.
+# corvantile_require(OPTION NEED…): one that is on needs others that are. Checked before any library is looked for.
 function(corvantile_require option)
   if(NOT ${option})
     return()
