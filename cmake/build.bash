@@ -17,6 +17,12 @@ package_column() {
         /^[^#]/ && index(marks, $2) { for (i = 1; i < column; i++) sub(/^[^ ]+ +/, ""); print }' "$root/packages.txt"
 }
 
+# The presets build the desktop platform.
+require_linux() {
+    [ "$(uname -s)" = Linux ] ||
+        fail "The desktop platform, the tool and the tests need Linux. The other libraries build here: cmake -B build && cmake --build build"
+}
+
 # require_packages [ci]: installs what packages.txt lists and this machine lacks. Calls apt-get only if something is missing.
 require_packages() {
     local names missing
