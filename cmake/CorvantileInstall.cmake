@@ -10,7 +10,7 @@ include(CMakePackageConfigHelpers)
 get_property(rooms GLOBAL PROPERTY CORVANTILE_ROOMS)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Corvantile)
 
-# A static room leaves the libraries that it calls to whoever links it, a shared one has them already.
+# A static room leaves the libraries that it calls to the host, a shared one has them already.
 function(corvantile_libraries result target)
   get_target_property(libraries ${target} CORVANTILE_LIBRARIES)
   if(BUILD_SHARED_LIBS OR NOT libraries)
@@ -56,7 +56,7 @@ function(corvantile_pkg_config target)
   set(requires ${public_rooms})
   set(requires_private ${private_rooms})
   if(NOT BUILD_SHARED_LIBS)
-    # Nobody else links these, so they are not private: `pkg-config --libs` has to name them without --static, which
+    # The host links these itself, so they are not private: `pkg-config --libs` has to name them without --static, which
     # would bring in what the third-party libraries themselves are made of.
     list(APPEND requires ${private_rooms})
     set(requires_private "")

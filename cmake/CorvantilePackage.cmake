@@ -4,7 +4,7 @@ if(NOT CORVANTILE_INSTALL OR NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
 
-# Whoever links a static library needs the headers' packages of what it calls; what the tool needs, dpkg finds out itself.
+# A host that links a static library needs the headers' packages of what it calls; what the tool needs, dpkg finds out itself.
 set(depends "")
 foreach(room IN LISTS rooms)
   corvantile_libraries(libraries ${room})

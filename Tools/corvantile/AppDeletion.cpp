@@ -23,7 +23,7 @@ constexpr std::string_view ofTheKeychain[] = {"master.key", "vault.sqlite"};
 constexpr const char* keychainFolder = "keychain";
 
 // The file, a database's logs, files that were moved aside and ones that a killed process was about to put in
-// place. `receipt.json` is none of these: somebody else has put it there.
+// place. `receipt.json` is none of these: it is another program's.
 bool belongsTo(std::string_view file, std::string_view name) {
     if (!name.starts_with(file)) return false;
     const auto rest = name.substr(file.size());
@@ -58,7 +58,7 @@ void removeFile(const fs::path& file) {
     if (error) refuse(file, "it cannot be deleted: " + error.message());
 }
 
-// A link would lead to a folder that may be somebody else's.
+// A link may lead to another program's folder.
 bool isFolder(const fs::path& path) {
     std::error_code ignored;
     return fs::symlink_status(path, ignored).type() == fs::file_type::directory;

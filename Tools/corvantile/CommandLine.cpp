@@ -90,7 +90,7 @@ void addReceipts(CLI::App& app, Call& call) {
     command->add_option("--now", options.now, "When it is (default: now)")->type_name("DATE");
     command->add_flag("--json", options.json, jsonHelp);
     command->footer(
-        "Exit codes: 0 all is well, 1 a receipt or the catalogue is none, 2 the call has an error or a "
+        "Exit codes: 0 all is well, 1 a receipt or the catalogue is invalid, 2 the call has an error or a "
         "file cannot be read, 3 standard output cannot be written.");
     setAction(*command, call, options.json,
               [&options](CommandOutput& output) { return explainReceipts(options, output); });

@@ -36,7 +36,7 @@ public:
 
     [[nodiscard]] bool hasFailed() const { return hasFailed_; }
 
-    // Lets whoever reads have what was shown by now.
+    // Writes what was shown so far.
     void flush();
     // `failed` if there was an error.
     [[nodiscard]] ExitCode end();

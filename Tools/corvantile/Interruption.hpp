@@ -8,7 +8,7 @@ void heedInterruption();
 
 [[nodiscard]] bool isInterrupted();
 
-// What goes on has to end soon and in good order: it was interrupted, or what it prints reaches nobody.
+// The program has to end soon and in good order: it was interrupted, or its output cannot be written.
 [[nodiscard]] bool mustStop();
 
 } // namespace corvantile::tool

@@ -22,7 +22,7 @@ struct ReceiptOptions {
 
 // What purchase analytics would make of receipts, one after the other: a line for each transaction, totals,
 // revenue by month and, of an app, the sinks that get the events. It marks and sends nothing, and leaves the
-// state folder as it is. `failed` when a receipt, or the catalogue, is none; a Refusal when something cannot
+// state folder as it is. `failed` when a receipt or the catalogue is invalid; a Refusal when something cannot
 // be read.
 [[nodiscard]] ExitCode explainReceipts(const ReceiptOptions& options, CommandOutput& output);
 
