@@ -23,7 +23,7 @@ constexpr std::string_view ofTheKeychain[] = {"master.key", "vault.sqlite"};
 constexpr const char* keychainFolder = "keychain";
 
 // The file, a database's logs, files that were moved aside and ones that a killed process was about to put in
-// place. `receipt.json` is none of these: it is another program's.
+// place. `receipt.json` does not belong to the app: it is another program's.
 bool belongsTo(std::string_view file, std::string_view name) {
     if (!name.starts_with(file)) return false;
     const auto rest = name.substr(file.size());
