@@ -11,7 +11,7 @@ function(corvantile_missing name version who)
 endfunction()
 
 # corvantile_dependency(OpenSSL 3.0 COMPONENTS Crypto
-#   TARGETS OpenSSL::Crypto    what gives a room that links it the rest of this entry
+#   TARGETS OpenSSL::Crypto    what gives a module that links it the rest of this entry
 #   PKG_CONFIG libcrypto       what it is called there
 #   DEBIAN libssl-dev          the package that has its headers
 #   WHO … OPTIONS …)           for the message: what needs it, and the options that save it

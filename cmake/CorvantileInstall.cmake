@@ -1,4 +1,4 @@
-# The installed package: find_package(Corvantile) gives the same targets as the source tree, and each room is a component
+# The installed package: find_package(Corvantile) gives the same targets as the source tree, and each module is a component
 # with an export of its own, so that a host needs what its components need and nothing else.
 
 if(NOT CORVANTILE_INSTALL)
@@ -7,10 +7,10 @@ endif()
 
 include(CMakePackageConfigHelpers)
 
-get_property(rooms GLOBAL PROPERTY CORVANTILE_ROOMS)
+get_property(modules GLOBAL PROPERTY CORVANTILE_MODULES)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Corvantile)
 
-# A static room leaves the libraries that it calls to the host, a shared one has them already.
+# A static module leaves the libraries that it calls to the host, a shared one has them already.
 function(corvantile_libraries result target)
   get_target_property(libraries ${target} CORVANTILE_LIBRARIES)
   if(BUILD_SHARED_LIBS OR NOT libraries)
@@ -19,14 +19,14 @@ function(corvantile_libraries result target)
   set(${result} "${libraries}" PARENT_SCOPE)
 endfunction()
 
-# What the package configuration knows of a room, as lines that set variables.
+# What the package configuration knows of a module, as lines that set variables.
 function(corvantile_component_lines result target)
   get_target_property(name ${target} EXPORT_NAME)
   set(needs "")
-  foreach(property IN ITEMS CORVANTILE_PUBLIC_ROOMS CORVANTILE_PRIVATE_ROOMS)
+  foreach(property IN ITEMS CORVANTILE_PUBLIC_MODULES CORVANTILE_PRIVATE_MODULES)
     get_target_property(list ${target} ${property})
-    foreach(room IN LISTS list)
-      get_target_property(need ${room} EXPORT_NAME)
+    foreach(module IN LISTS list)
+      get_target_property(need ${module} EXPORT_NAME)
       list(APPEND needs ${need})
     endforeach()
   endforeach()
@@ -45,20 +45,20 @@ function(corvantile_component_lines result target)
   set(${result} "${lines}" PARENT_SCOPE)
 endfunction()
 
-# pkg-config's entry for a room, called as its target with hyphens.
+# pkg-config's entry for a module, called as its target with hyphens.
 function(corvantile_pkg_config target)
   string(REPLACE _ - name ${target})
-  get_target_property(room ${target} EXPORT_NAME)
-  get_target_property(public_rooms ${target} CORVANTILE_PUBLIC_ROOMS)
-  get_target_property(private_rooms ${target} CORVANTILE_PRIVATE_ROOMS)
-  list(TRANSFORM public_rooms REPLACE _ -)
-  list(TRANSFORM private_rooms REPLACE _ -)
-  set(requires ${public_rooms})
-  set(requires_private ${private_rooms})
+  get_target_property(module ${target} EXPORT_NAME)
+  get_target_property(public_modules ${target} CORVANTILE_PUBLIC_MODULES)
+  get_target_property(private_modules ${target} CORVANTILE_PRIVATE_MODULES)
+  list(TRANSFORM public_modules REPLACE _ -)
+  list(TRANSFORM private_modules REPLACE _ -)
+  set(requires ${public_modules})
+  set(requires_private ${private_modules})
   if(NOT BUILD_SHARED_LIBS)
     # The host links these itself, so they are not private: `pkg-config --libs` has to name them without --static, which
     # would bring in what the third-party libraries themselves are made of.
-    list(APPEND requires ${private_rooms})
+    list(APPEND requires ${private_modules})
     set(requires_private "")
     corvantile_libraries(libraries ${target})
     foreach(library IN LISTS libraries)
@@ -70,19 +70,19 @@ function(corvantile_pkg_config target)
   list(JOIN requires ", " requires)
   list(JOIN requires_private ", " requires_private)
   file(RELATIVE_PATH include ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_INCLUDEDIR}/corvantile)
-  configure_file(${PROJECT_SOURCE_DIR}/cmake/room.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${name}.pc @ONLY)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/module.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${name}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
 
 set(components "")
 set(component_lines "")
-foreach(room IN LISTS rooms)
-  get_target_property(component ${room} EXPORT_NAME)
+foreach(module IN LISTS modules)
+  get_target_property(component ${module} EXPORT_NAME)
   list(APPEND components ${component})
-  corvantile_component_lines(lines ${room})
+  corvantile_component_lines(lines ${module})
   string(APPEND component_lines "${lines}")
-  corvantile_pkg_config(${room})
-  install(TARGETS ${room} EXPORT Corvantile${component}Targets
+  corvantile_pkg_config(${module})
+  install(TARGETS ${module} EXPORT Corvantile${component}Targets
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/corvantile)
   install(EXPORT Corvantile${component}Targets NAMESPACE Corvantile:: DESTINATION ${package_dir})
 endforeach()

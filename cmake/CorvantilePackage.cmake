@@ -6,8 +6,8 @@ endif()
 
 # A host that links a static library needs the headers' packages of what it calls; what the tool needs, dpkg finds out itself.
 set(depends "")
-foreach(room IN LISTS rooms)
-  corvantile_libraries(libraries ${room})
+foreach(module IN LISTS modules)
+  corvantile_libraries(libraries ${module})
   foreach(library IN LISTS libraries)
     get_property(package GLOBAL PROPERTY CORVANTILE_DEBIAN_${library})
     list(APPEND depends ${package})

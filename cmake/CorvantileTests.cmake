@@ -1,5 +1,5 @@
-# corvantile_tests(NAME reactive_tests SOURCES … DEPENDS …)
-# One binary with GoogleTest's main. CTest lists its cases one by one and runs each in a process of its own;
+# corvantile_tests(NAME reactive_tests DEPENDS …)
+# One binary of all sources in the folder, with GoogleTest's main. CTest lists its cases one by one and runs each in a process of its own;
 # with CORVANTILE_TEST_PER_BINARY all cases of a binary share one process, which is quicker under a sanitizer
 # and shows a case that leaves something behind.
 
@@ -16,7 +16,7 @@ set(cacheable $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess> "$<$<CXX_COMPILER_ID:Cl
 target_compile_options(corvantile_test_headers PUBLIC ${cacheable})
 
 function(corvantile_tests)
-  cmake_parse_arguments(PARSE_ARGV 0 tests "" "NAME" "SOURCES;DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 0 tests "" "NAME" "DEPENDS")
   if(tests_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "corvantile_tests(${tests_NAME}) does not know: ${tests_UNPARSED_ARGUMENTS}")
   endif()
@@ -29,7 +29,8 @@ function(corvantile_tests)
       return()
     endif()
   endforeach()
-  add_executable(${tests_NAME} ${tests_SOURCES})
+  file(GLOB sources CONFIGURE_DEPENDS *.cpp)
+  add_executable(${tests_NAME} ${sources})
   target_link_libraries(${tests_NAME} PRIVATE ${tests_DEPENDS} corvantile_warnings GTest::gmock GTest::gtest_main)
   target_include_directories(${tests_NAME} PRIVATE ${PROJECT_SOURCE_DIR})
   target_compile_options(${tests_NAME} PRIVATE $<TARGET_PROPERTY:corvantile_test_headers,INTERFACE_COMPILE_OPTIONS>)

@@ -14,7 +14,7 @@ namespace corvantile {
 
 // Keeps the key schedule last used, one for each operation, so that a text under the same key only sets its
 // IV. Threads never wait for each other: who finds the kept one taken makes another.
-class CORVANTILE_API OpenSSLCryptor final : public Cryptor {
+class OpenSSLCryptor final : public Cryptor {
 public:
     OpenSSLCryptor();
     ~OpenSSLCryptor() override;

@@ -5,7 +5,7 @@
 
 namespace corvantile {
 
-class CORVANTILE_API OpenSSLRandom final : public SecureRandom {
+class OpenSSLRandom final : public SecureRandom {
 public:
     OpenSSLRandom();
     ~OpenSSLRandom() override;

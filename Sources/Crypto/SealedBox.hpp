@@ -12,7 +12,7 @@ namespace corvantile {
 // Secret bytes that show when they were changed: AES-256-GCM. A box is nonce | ciphertext | tag, and opens
 // only with the key and the associated data that it was sealed with; the associated data itself is not in it.
 // Each seal draws a new nonce. One key seals safely some 2^32 times. Threads: any.
-class CORVANTILE_API SealedBox {
+class SealedBox {
 public:
     static constexpr std::size_t keySize = 32; // bytes, as are all sizes
     static constexpr std::size_t nonceSize = 12;

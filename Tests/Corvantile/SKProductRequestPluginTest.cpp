@@ -1,4 +1,5 @@
 #include "Corvantile/Plugin/Products/SKProductRequestPlugin.hpp"
+#include "Corvantile/Plugin/Products/RequestSlot.hpp"
 
 #include "Corvantile/Corvantile.hpp"
 #include "Platform/Application/UIApplication.hpp"

@@ -1,4 +1,4 @@
-#include "DesktopPlatform/Network/HTTPRoutes.hpp"
+#include "DesktopPlatform/HTTP/HTTPRoutes.hpp"
 
 #include "DesktopPlatform/DesktopPlatform.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"

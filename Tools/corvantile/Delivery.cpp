@@ -1,8 +1,8 @@
 #include "Tools/corvantile/Delivery.hpp"
 
 #include "DesktopPlatform/Adjust/AdjustOptions.hpp"
-#include "DesktopPlatform/Network/HTTPRoutes.hpp"
-#include "DesktopPlatform/Network/WebAddress.hpp"
+#include "DesktopPlatform/HTTP/HTTPRoutes.hpp"
+#include "DesktopPlatform/HTTP/WebAddress.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 
 #include <string>

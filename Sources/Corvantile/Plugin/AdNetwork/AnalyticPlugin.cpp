@@ -2,6 +2,7 @@
 
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/DebuggedStream.hpp"
+#include "Corvantile/Plugin/AdNetwork/EventBuffer.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 #include "Platform/FatalError.hpp"
@@ -52,7 +53,7 @@ AnalyticComponent* firstConsole(const Sinks& sinks) {
 
 } // namespace
 
-AnalyticPlugin::AnalyticPlugin() {
+AnalyticPlugin::AnalyticPlugin() : events_(std::make_unique<EventBuffer>()) {
     lists_.push_back(std::make_unique<const Services>());
     services_ = lists_.back().get();
 }
@@ -80,7 +81,7 @@ void AnalyticPlugin::route(const AnalyticEvent& event, const Deliver& deliver) {
 }
 
 void AnalyticPlugin::buffer(const AnalyticEvent& event) {
-    if (const auto subject = events_.subject()) subject->onNext(event);
+    if (const auto subject = events_->subject()) subject->onNext(event);
 }
 
 void AnalyticPlugin::registerComponents(
@@ -94,7 +95,7 @@ void AnalyticPlugin::registerComponents(
 }
 
 void AnalyticPlugin::flush() {
-    const auto subject = events_.subject();
+    const auto subject = events_->subject();
     if (!subject) return;
     // Left unconnected on purpose: hosts count on what was tracked before they had a sink staying unsent.
     const auto pipeline = debugged(
@@ -108,7 +109,7 @@ void AnalyticPlugin::flush() {
         },
         {},
         [weak] {
-            if (const auto self = weak.lock()) self->events_.discard();
+            if (const auto self = weak.lock()) self->events_->discard();
         }));
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Corvantile/Plugin/AdNetwork/EventBuffer.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
 #include "Platform/Export.hpp"
 #include "Reactive/DisposableSlot.hpp"
@@ -13,6 +12,8 @@
 #include <vector>
 
 namespace corvantile {
+
+class EventBuffer;
 
 // The router: takes each event to the registered sinks whose `shouldTrack` accepts it, first registered
 // first. In a dry run only the first ConsoleComponent hears of it, unasked; while no sink is registered the
@@ -49,7 +50,7 @@ private:
     std::vector<std::unique_ptr<const Services>> lists_;
     std::atomic<const Services*> services_;
     rx::DisposableSlot disposable_;
-    EventBuffer events_;
+    const std::unique_ptr<EventBuffer> events_;
 };
 
 } // namespace corvantile

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/AnalyticEvent.hpp"
-#include "Platform/Export.hpp"
 #include "Reactive/ReplaySubject.hpp"
 
 #include <mutex>
@@ -10,7 +9,7 @@
 namespace corvantile {
 
 // The events that came while the router had no sink: not yet there, there, or gone for good. Threads: any.
-class CORVANTILE_API EventBuffer {
+class EventBuffer {
 public:
     using Subject = rx::ReplaySubject<AnalyticEvent>;
 

@@ -5,26 +5,26 @@
 namespace corvantile {
 
 // Whether a watch was ended, under the slot's lock.
-struct RequestSlot::Ending {
-    bool hasCome = false;
+struct RequestWatch {
+    bool hasEnded = false;
 };
 
 RequestSlot::~RequestSlot() = default;
 
 RequestSlot::Watch RequestSlot::beginWatch() {
     const std::lock_guard lock(mutex_);
-    latestWatch_ = std::make_shared<Ending>();
+    latestWatch_ = std::make_shared<RequestWatch>();
     return latestWatch_;
 }
 
 void RequestSlot::endWatch() {
     const std::lock_guard lock(mutex_);
-    if (latestWatch_) latestWatch_->hasCome = true;
+    if (latestWatch_) latestWatch_->hasEnded = true;
 }
 
 std::optional<RequestSlot::Turn> RequestSlot::beginRequest(const Watch& watch) {
     std::unique_lock lock(mutex_);
-    if (watch && watch->hasCome) return std::nullopt;
+    if (watch && watch->hasEnded) return std::nullopt;
     const auto former = takeForNextTurn();
     const auto turn = turn_;
     lock.unlock();

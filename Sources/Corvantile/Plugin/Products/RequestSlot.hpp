@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Platform/Export.hpp"
 #include "Reactive/Disposable.hpp"
 
 #include <cstdint>
@@ -10,16 +9,17 @@
 
 namespace corvantile {
 
+struct RequestWatch;
+
 // Holds the handle of the one request that may be under way.
 //
 // A watch begins requests by itself, on a background queue, while main begins watches and ends the latest.
 // Whoever acts for a watch names it and gets nowhere once that has been ended. The request that has begun
 // last wins, though its handle may come before that of an earlier one. Threads: any. The slot's own end
 // disposes nothing.
-class CORVANTILE_API RequestSlot {
+class RequestSlot {
 public:
-    struct Ending;
-    using Watch = std::shared_ptr<Ending>;
+    using Watch = std::shared_ptr<RequestWatch>;
     using Turn = std::uint64_t;
 
     RequestSlot() = default;

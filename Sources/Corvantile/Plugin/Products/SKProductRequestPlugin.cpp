@@ -1,6 +1,7 @@
 #include "Corvantile/Plugin/Products/SKProductRequestPlugin.hpp"
 
 #include "Corvantile/DebuggedStream.hpp"
+#include "Corvantile/Plugin/Products/RequestSlot.hpp"
 #include "CorvantileIAP/InappHelper.hpp"
 #include "Platform/FatalError.hpp"
 #include "Reactive/SerialDispatchQueueScheduler.hpp"
@@ -20,7 +21,8 @@ SKProductRequestProtocol::~SKProductRequestProtocol() = default;
 SKProductRequestPluggable::~SKProductRequestPluggable() = default;
 
 SKProductRequestPlugin::SKProductRequestPlugin(const std::vector<std::string>& productIdentifiers)
-    : productIdentifiers_(productIdentifiers.begin(), productIdentifiers.end()) {}
+    : productIdentifiers_(productIdentifiers.begin(), productIdentifiers.end()),
+      reloadDisposable_(std::make_unique<RequestSlot>()) {}
 
 SKProductRequestPlugin::SKProductRequestPlugin() { unimplementedInitializer("SKProductRequestPlugin"); }
 
@@ -30,15 +32,15 @@ void SKProductRequestPlugin::didBecomeActive(UIApplication&) { loadSKProducts();
 void SKProductRequestPlugin::willResignActive(UIApplication&) { cancel(); }
 
 void SKProductRequestPlugin::cancel() {
-    reloadDisposable_.endWatch();
+    reloadDisposable_->endWatch();
     loadDisposable_.disposeAndClear();
-    reloadDisposable_.cancelRequest();
+    reloadDisposable_->cancelRequest();
 }
 
 // The watch comes before the request. A list that is replayed to it counts, and is asked for at once when it
 // is empty; the request that follows then takes that one's place.
 void SKProductRequestPlugin::loadSKProducts() {
-    const auto watch = reloadDisposable_.beginWatch();
+    const auto watch = reloadDisposable_->beginWatch();
     const auto lists = debugged(productsSubject_.take(watchedLists), requestPlugin, 41, "loadSKProducts()");
     // A watch that this one replaces goes on, beyond a resign as well: that ends the latest.
     loadDisposable_.exchange(lists.subscribe([weak = weak_from_this(), watch](const Products& products) {
@@ -52,19 +54,19 @@ void SKProductRequestPlugin::reload() { request(nullptr); }
 
 // `watch`: on whose behalf; null for somebody who is free to ask at any time.
 void SKProductRequestPlugin::request(const Watch& watch) {
-    const auto turn = reloadDisposable_.beginRequest(watch);
+    const auto turn = reloadDisposable_->beginRequest(watch);
     if (!turn) return;
     const auto answers = InappHelper::request(productIdentifiers_)
                              .observeOn(rx::backgroundScheduler())
                              .subscribeOn(rx::backgroundScheduler());
-    reloadDisposable_.keep(*turn, indicator_.trackActivity(debugged(answers, requestPlugin, 76, "reload()"))
-                                      .subscribe(
-                                          [weak = weak_from_this()](const Products& products) {
-                                              if (const auto self = weak.lock()) self->publish(products);
-                                          },
-                                          [weak = weak_from_this()](const std::exception_ptr& error) {
-                                              if (const auto self = weak.lock()) self->publishFailure(error);
-                                          }));
+    reloadDisposable_->keep(*turn, indicator_.trackActivity(debugged(answers, requestPlugin, 76, "reload()"))
+                                       .subscribe(
+                                           [weak = weak_from_this()](const Products& products) {
+                                               if (const auto self = weak.lock()) self->publish(products);
+                                           },
+                                           [weak = weak_from_this()](const std::exception_ptr& error) {
+                                               if (const auto self = weak.lock()) self->publishFailure(error);
+                                           }));
 }
 
 void SKProductRequestPlugin::publish(const Products& products) {

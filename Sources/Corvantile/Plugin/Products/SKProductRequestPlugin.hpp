@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Corvantile/Plugin/Products/RequestSlot.hpp"
 #include "Corvantile/Plugin/Products/SKProductRequestPluggable.hpp"
 #include "HostCore/ActivityIndicator.hpp"
 #include "Platform/Export.hpp"
@@ -14,6 +13,9 @@
 #include <vector>
 
 namespace corvantile {
+
+class RequestSlot;
+struct RequestWatch;
 
 // Loads the store's products for a fixed set of identifiers at every activation, and publishes them. An empty
 // list is asked for again at once, up to three times an activation. Resigning cancels what was asked for and
@@ -37,7 +39,7 @@ public:
     void reload() override;
 
 private:
-    using Watch = RequestSlot::Watch;
+    using Watch = std::shared_ptr<RequestWatch>;
 
     void loadSKProducts();
     void request(const Watch& watch);
@@ -47,7 +49,7 @@ private:
 
     const ProductIdentifiers productIdentifiers_;
     rx::DisposableSlot loadDisposable_;
-    RequestSlot reloadDisposable_;
+    const std::unique_ptr<RequestSlot> reloadDisposable_;
     const ActivityIndicator indicator_;
     const rx::ReplaySubject<std::exception_ptr> errorSubject_ =
         rx::ReplaySubject<std::exception_ptr>::create(1);

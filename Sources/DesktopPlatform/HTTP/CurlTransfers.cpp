@@ -1,4 +1,4 @@
-#include "DesktopPlatform/Network/CurlTransfers.hpp"
+#include "DesktopPlatform/HTTP/CurlTransfers.hpp"
 
 #include "DesktopPlatform/Queues/HostSignals.hpp"
 

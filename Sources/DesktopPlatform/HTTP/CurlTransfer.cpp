@@ -1,7 +1,7 @@
-#include "DesktopPlatform/Network/CurlTransfer.hpp"
+#include "DesktopPlatform/HTTP/CurlTransfer.hpp"
 
-#include "DesktopPlatform/Network/CurlErrors.hpp"
-#include "DesktopPlatform/Network/HTTPDelivery.hpp"
+#include "DesktopPlatform/HTTP/CurlErrors.hpp"
+#include "DesktopPlatform/HTTP/HTTPDelivery.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,10 +1,10 @@
-#include "DesktopPlatform/Network/CurlHTTPClient.hpp"
+#include "DesktopPlatform/HTTP/CurlHTTPClient.hpp"
 
-#include "DesktopPlatform/Network/CurlErrors.hpp"
-#include "DesktopPlatform/Network/CurlTransfers.hpp"
-#include "DesktopPlatform/Network/HTTPDelivery.hpp"
-#include "DesktopPlatform/Network/HTTPRoutes.hpp"
-#include "DesktopPlatform/Network/WebAddress.hpp"
+#include "DesktopPlatform/HTTP/CurlErrors.hpp"
+#include "DesktopPlatform/HTTP/CurlTransfers.hpp"
+#include "DesktopPlatform/HTTP/HTTPDelivery.hpp"
+#include "DesktopPlatform/HTTP/HTTPRoutes.hpp"
+#include "DesktopPlatform/HTTP/WebAddress.hpp"
 #include "Platform/Network/HTTPRequestFlaw.hpp"
 
 #include <utility>

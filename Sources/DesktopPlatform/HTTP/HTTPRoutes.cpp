@@ -1,6 +1,6 @@
-#include "DesktopPlatform/Network/HTTPRoutes.hpp"
+#include "DesktopPlatform/HTTP/HTTPRoutes.hpp"
 
-#include "DesktopPlatform/Network/WebAddress.hpp"
+#include "DesktopPlatform/HTTP/WebAddress.hpp"
 
 namespace corvantile {
 

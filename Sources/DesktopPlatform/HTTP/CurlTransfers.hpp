@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DesktopPlatform/Network/CurlTransfer.hpp"
+#include "DesktopPlatform/HTTP/CurlTransfer.hpp"
 
 #include <curl/curl.h>
 

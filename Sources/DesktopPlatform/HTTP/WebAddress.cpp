@@ -1,4 +1,4 @@
-#include "DesktopPlatform/Network/WebAddress.hpp"
+#include "DesktopPlatform/HTTP/WebAddress.hpp"
 
 #include <curl/curl.h>
 

@@ -1,4 +1,4 @@
-#include "DesktopPlatform/Network/CurlErrors.hpp"
+#include "DesktopPlatform/HTTP/CurlErrors.hpp"
 
 #include "Platform/Foundation/NSError.hpp"
 

@@ -1,6 +1,6 @@
 #include "DesktopPlatform/DesktopParts.hpp"
-#include "DesktopPlatform/Network/CurlHTTPClient.hpp"
-#include "DesktopPlatform/Network/HTTPRoutes.hpp"
+#include "DesktopPlatform/HTTP/CurlHTTPClient.hpp"
+#include "DesktopPlatform/HTTP/HTTPRoutes.hpp"
 #include "Platform/FatalError.hpp"
 
 namespace corvantile {

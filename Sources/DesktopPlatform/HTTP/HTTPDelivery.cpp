@@ -1,4 +1,4 @@
-#include "DesktopPlatform/Network/HTTPDelivery.hpp"
+#include "DesktopPlatform/HTTP/HTTPDelivery.hpp"
 
 #include "Platform/Foundation/DispatchQueue.hpp"
 

@@ -1,0 +1,112 @@
+# One library per module of Sources/, and the settings that all modules share.
+
+add_library(corvantile_warnings INTERFACE)
+target_compile_options(corvantile_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<BOOL:${CORVANTILE_WARNINGS_AS_ERRORS}>:-Werror>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # Wrong about ordinary std::string insertions in optimised builds.
+  target_compile_options(corvantile_warnings INTERFACE -Wno-restrict)
+endif()
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # In a batch it takes a source's unnamed namespace for a header's.
+  target_compile_options(corvantile_warnings INTERFACE -Wno-subobject-linkage)
+endif()
+
+# What the installed package says of a module: the modules and the third-party libraries that it needs.
+function(corvantile_record_module target depends private_depends)
+  get_property(modules GLOBAL PROPERTY CORVANTILE_MODULES)
+  set(libraries ${depends} ${private_depends})
+  foreach(list IN ITEMS depends private_depends)
+    set(${list}_modules "")
+    foreach(need IN LISTS ${list})
+      if(need IN_LIST modules)
+        list(APPEND ${list}_modules ${need})
+        list(REMOVE_ITEM libraries ${need})
+      endif()
+    endforeach()
+  endforeach()
+  set_target_properties(${target} PROPERTIES
+    CORVANTILE_PUBLIC_MODULES "${depends_modules}"
+    CORVANTILE_PRIVATE_MODULES "${private_depends_modules}"
+    CORVANTILE_LIBRARIES "${libraries}")
+  set_property(GLOBAL APPEND PROPERTY CORVANTILE_MODULES ${target})
+endfunction()
+
+# The files of a module are those of its folder. Of a part that is left out (WITHOUT, a folder) only LeftOut.cpp is
+# compiled: what its ports then do. Sets `sources` and `headers`.
+function(corvantile_module_files without)
+  file(GLOB_RECURSE sources RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS *.cpp)
+  file(GLOB_RECURSE headers RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS *.hpp)
+  list(FILTER sources EXCLUDE REGEX "(^|/)LeftOut.cpp$")
+  foreach(part IN LISTS without)
+    list(FILTER sources EXCLUDE REGEX "^${part}/")
+    list(FILTER headers EXCLUDE REGEX "^${part}/")
+    list(APPEND sources ${part}/LeftOut.cpp)
+  endforeach()
+  set(sources "${sources}" PARENT_SCOPE)
+  set(headers "${headers}" PARENT_SCOPE)
+endfunction()
+
+# corvantile_module(NAME Reactive TARGET corvantile_reactive
+#   WITHOUT …                  folders of parts that this build leaves out
+#   GENERATED …                headers that the build writes: FILE.in lies beside the module's CMakeLists.txt
+#   DEPENDS …                  modules and libraries that the headers show
+#   PRIVATE_DEPENDS …          those that only the sources use
+#   BUILD_DEPENDS …            header-only libraries and internal modules that only the sources use; hosts need not have them
+#   INSTALL_DETAIL             the public headers are templates that need those of detail/; otherwise these stay here
+#   INTERNAL)                  no host names it: its objects go into the modules that have it in BUILD_DEPENDS
+# Users write Corvantile::NAME, whether they add the source tree or find an installed package.
+function(corvantile_module)
+  cmake_parse_arguments(PARSE_ARGV 0 module "INSTALL_DETAIL;INTERNAL" "NAME;TARGET"
+    "WITHOUT;GENERATED;DEPENDS;PRIVATE_DEPENDS;BUILD_DEPENDS")
+  if(module_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "corvantile_module(${module_NAME}) does not know: ${module_UNPARSED_ARGUMENTS}")
+  endif()
+  foreach(need IN LISTS module_DEPENDS module_PRIVATE_DEPENDS)
+    if(NOT TARGET ${need})
+      message(FATAL_ERROR "${module_NAME} needs ${need}, which is no target")
+    endif()
+  endforeach()
+
+  corvantile_module_files("${module_WITHOUT}")
+  if(NOT module_INSTALL_DETAIL)
+    list(FILTER headers EXCLUDE REGEX "(^|/)detail/")
+  endif()
+  set(kind "")
+  if(module_INTERNAL)
+    set(kind OBJECT)
+  endif()
+  add_library(${module_TARGET} ${kind} ${sources})
+  add_library(Corvantile::${module_NAME} ALIAS ${module_TARGET})
+  foreach(header IN LISTS module_GENERATED)
+    configure_file(${header}.in ${PROJECT_BINARY_DIR}/Generated/${module_NAME}/${header} @ONLY)
+  endforeach()
+  list(TRANSFORM module_GENERATED PREPEND ${PROJECT_BINARY_DIR}/Generated/${module_NAME}/)
+  target_sources(${module_TARGET} PUBLIC FILE_SET HEADERS
+    BASE_DIRS ${PROJECT_SOURCE_DIR}/Sources ${PROJECT_BINARY_DIR}/Generated FILES ${headers} ${module_GENERATED})
+  target_compile_features(${module_TARGET} PUBLIC cxx_std_20)
+  target_link_libraries(${module_TARGET} PUBLIC ${module_DEPENDS} PRIVATE ${module_PRIVATE_DEPENDS})
+  foreach(need IN ITEMS corvantile_warnings LISTS module_BUILD_DEPENDS)
+    target_link_libraries(${module_TARGET} PRIVATE $<BUILD_INTERFACE:${need}>)
+  endforeach()
+  # A static module may end up in a shared library of a host's. What is compiled is the same for both kinds, so that a
+  # compiler cache serves the second build.
+  set_target_properties(${module_TARGET} PROPERTIES
+    EXPORT_NAME ${module_NAME}
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON
+    DEFINE_SYMBOL ""
+    INSTALL_RPATH "$ORIGIN"
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+  # A shared module names every library that it calls, so a symbol that another hides is missed here, not at the user's.
+  get_target_property(type ${module_TARGET} TYPE)
+  if(type STREQUAL SHARED_LIBRARY AND NOT (CORVANTILE_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES Clang))
+    target_link_options(${module_TARGET} PRIVATE -Wl,--no-undefined)
+  endif()
+  if(NOT module_INTERNAL)
+    corvantile_record_module(${module_TARGET} "${module_DEPENDS}" "${module_PRIVATE_DEPENDS}")
+  endif()
+endfunction()
