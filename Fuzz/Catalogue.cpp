@@ -1,6 +1,6 @@
+#include "CorvantileLocalStore/Catalogue/CatalogueReader.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Fuzz/Input.hpp"
-#include "LocalStore/Catalogue/CatalogueReader.hpp"
-#include "Platform/Foundation/NSError.hpp"
 
 using namespace corvantile;
 

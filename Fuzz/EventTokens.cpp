@@ -1,6 +1,6 @@
 #include "Corvantile/Plugin/Analytic/AdjustEvent.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Fuzz/Input.hpp"
-#include "Platform/Foundation/NSError.hpp"
 
 using namespace corvantile;
 

@@ -1,6 +1,6 @@
 #include "CorvantileIAP/StoreReceipt.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Fuzz/Input.hpp"
-#include "Platform/Foundation/NSError.hpp"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Fuzz/Input.hpp"
-#include "Platform/Foundation/NSError.hpp"
 
 namespace corvantile::fuzz {
 

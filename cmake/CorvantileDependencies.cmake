@@ -49,7 +49,7 @@ corvantile_dependency(nlohmann_json 3.11 WHO "Every part of Corvantile")
 
 if(CORVANTILE_BUILD_LOCAL_STORE)
   corvantile_dependency(ICU 67 COMPONENTS uc i18n TARGETS ICU::uc ICU::i18n PKG_CONFIG icu-uc icu-i18n DEBIAN libicu-dev
-    WHO LocalStore OPTIONS CORVANTILE_BUILD_LOCAL_STORE)
+    WHO CorvantileLocalStore OPTIONS CORVANTILE_BUILD_LOCAL_STORE)
 endif()
 
 set(with_openssl "")
@@ -65,16 +65,16 @@ endif()
 
 if(CORVANTILE_BUILD_DESKTOP_PLATFORM)
   corvantile_dependency(SQLite3 3.38 TARGETS SQLite::SQLite3 PKG_CONFIG sqlite3 DEBIAN libsqlite3-dev
-    WHO DesktopPlatform OPTIONS CORVANTILE_BUILD_DESKTOP_PLATFORM)
+    WHO CorvantileDesktop OPTIONS CORVANTILE_BUILD_DESKTOP_PLATFORM)
   if(CORVANTILE_DESKTOP_HTTP)
     corvantile_dependency(CURL 7.85 TARGETS CURL::libcurl PKG_CONFIG libcurl DEBIAN libcurl4-openssl-dev
-      WHO "DesktopPlatform's HTTP" OPTIONS CORVANTILE_DESKTOP_HTTP)
+      WHO "CorvantileDesktop's HTTP" OPTIONS CORVANTILE_DESKTOP_HTTP)
   endif()
 
   find_path(CORVANTILE_ASIO_INCLUDE_DIR asio.hpp)
   corvantile_header_version(asio ${CORVANTILE_ASIO_INCLUDE_DIR}/asio/version.hpp ASIO_VERSION)
   if(NOT asio GREATER_EQUAL 102200) # 1.22.0
-    corvantile_missing(Asio 1.22 DesktopPlatform CORVANTILE_BUILD_DESKTOP_PLATFORM)
+    corvantile_missing(Asio 1.22 CorvantileDesktop CORVANTILE_BUILD_DESKTOP_PLATFORM)
   endif()
   add_library(corvantile_asio INTERFACE)
   target_include_directories(corvantile_asio SYSTEM INTERFACE ${CORVANTILE_ASIO_INCLUDE_DIR})

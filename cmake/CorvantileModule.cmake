@@ -47,7 +47,7 @@ function(corvantile_module_files without)
   set(headers "${headers}" PARENT_SCOPE)
 endfunction()
 
-# corvantile_module(NAME Reactive TARGET corvantile_reactive
+# corvantile_module(CorvantileReactive
 #   WITHOUT …                  folders of parts that this build leaves out
 #   GENERATED …                headers that the build writes: FILE.in lies beside the module's CMakeLists.txt
 #   DEPENDS …                  modules and libraries that the headers show
@@ -55,16 +55,16 @@ endfunction()
 #   BUILD_DEPENDS …            header-only libraries and internal modules that only the sources use; hosts need not have them
 #   INSTALL_DETAIL             the public headers are templates that need those of detail/; otherwise these stay here
 #   INTERNAL)                  no host names it: its objects go into the modules that have it in BUILD_DEPENDS
-# Users write Corvantile::NAME, whether they add the source tree or find an installed package.
-function(corvantile_module)
-  cmake_parse_arguments(PARSE_ARGV 0 module "INSTALL_DETAIL;INTERNAL" "NAME;TARGET"
+# Its folder, its target and what its includes begin with have one name. Hosts write Corvantile::NAME, whether they add the source tree or find an installed package.
+function(corvantile_module name)
+  cmake_parse_arguments(PARSE_ARGV 1 module "INSTALL_DETAIL;INTERNAL" ""
     "WITHOUT;GENERATED;DEPENDS;PRIVATE_DEPENDS;BUILD_DEPENDS")
   if(module_UNPARSED_ARGUMENTS)
-    message(FATAL_ERROR "corvantile_module(${module_NAME}) does not know: ${module_UNPARSED_ARGUMENTS}")
+    message(FATAL_ERROR "corvantile_module(${name}) does not know: ${module_UNPARSED_ARGUMENTS}")
   endif()
   foreach(need IN LISTS module_DEPENDS module_PRIVATE_DEPENDS)
     if(NOT TARGET ${need})
-      message(FATAL_ERROR "${module_NAME} needs ${need}, which is no target")
+      message(FATAL_ERROR "${name} needs ${need}, which is no target")
     endif()
   endforeach()
 
@@ -76,23 +76,27 @@ function(corvantile_module)
   if(module_INTERNAL)
     set(kind OBJECT)
   endif()
-  add_library(${module_TARGET} ${kind} ${sources})
-  add_library(Corvantile::${module_NAME} ALIAS ${module_TARGET})
+  add_library(${name} ${kind} ${sources})
+  add_library(Corvantile::${name} ALIAS ${name})
   foreach(header IN LISTS module_GENERATED)
-    configure_file(${header}.in ${PROJECT_BINARY_DIR}/Generated/${module_NAME}/${header} @ONLY)
+    configure_file(${header}.in ${PROJECT_BINARY_DIR}/Generated/${name}/${header} @ONLY)
   endforeach()
-  list(TRANSFORM module_GENERATED PREPEND ${PROJECT_BINARY_DIR}/Generated/${module_NAME}/)
-  target_sources(${module_TARGET} PUBLIC FILE_SET HEADERS
+  list(TRANSFORM module_GENERATED PREPEND ${PROJECT_BINARY_DIR}/Generated/${name}/)
+  target_sources(${name} PUBLIC FILE_SET HEADERS
     BASE_DIRS ${PROJECT_SOURCE_DIR}/Sources ${PROJECT_BINARY_DIR}/Generated FILES ${headers} ${module_GENERATED})
-  target_compile_features(${module_TARGET} PUBLIC cxx_std_20)
-  target_link_libraries(${module_TARGET} PUBLIC ${module_DEPENDS} PRIVATE ${module_PRIVATE_DEPENDS})
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_link_libraries(${name} PUBLIC ${module_DEPENDS} PRIVATE ${module_PRIVATE_DEPENDS})
   foreach(need IN ITEMS corvantile_warnings LISTS module_BUILD_DEPENDS)
-    target_link_libraries(${module_TARGET} PRIVATE $<BUILD_INTERFACE:${need}>)
+    target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:${need}>)
   endforeach()
+  set(file ${name})
+  if(NOT file MATCHES "^Corvantile")
+    string(PREPEND file Corvantile) # a library of the system's folder says whose it is
+  endif()
   # A static module may end up in a shared library of a host's. What is compiled is the same for both kinds, so that a
   # compiler cache serves the second build.
-  set_target_properties(${module_TARGET} PROPERTIES
-    EXPORT_NAME ${module_NAME}
+  set_target_properties(${name} PROPERTIES
+    OUTPUT_NAME ${file}
     CXX_EXTENSIONS OFF
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
@@ -102,11 +106,11 @@ function(corvantile_module)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   # A shared module names every library that it calls, so a symbol that another hides is missed here, not at the user's.
-  get_target_property(type ${module_TARGET} TYPE)
+  get_target_property(type ${name} TYPE)
   if(type STREQUAL SHARED_LIBRARY AND NOT (CORVANTILE_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES Clang))
-    target_link_options(${module_TARGET} PRIVATE -Wl,--no-undefined)
+    target_link_options(${name} PRIVATE -Wl,--no-undefined)
   endif()
   if(NOT module_INTERNAL)
-    corvantile_record_module(${module_TARGET} "${module_DEPENDS}" "${module_PRIVATE_DEPENDS}")
+    corvantile_record_module(${name} "${module_DEPENDS}" "${module_PRIVATE_DEPENDS}")
   endif()
 endfunction()

@@ -5,16 +5,16 @@ include(CMakeDependentOption)
 include(GNUInstallDirs)
 
 # What is left out is not looked for: each option names the library that it saves.
-option(CORVANTILE_BUILD_LOCAL_STORE "Build LocalStore, which needs ICU" ON)
-cmake_dependent_option(CORVANTILE_BUILD_TEST_PLATFORM "Build TestPlatform, which needs LocalStore and OpenSSL" ON
+option(CORVANTILE_BUILD_LOCAL_STORE "Build CorvantileLocalStore, which needs ICU" ON)
+cmake_dependent_option(CORVANTILE_BUILD_TEST_PLATFORM "Build CorvantileTest, which needs CorvantileLocalStore and OpenSSL" ON
   "CORVANTILE_BUILD_LOCAL_STORE" OFF)
-cmake_dependent_option(CORVANTILE_BUILD_DESKTOP_PLATFORM "Build DesktopPlatform, which needs Asio, OpenSSL and SQLite" ON
+cmake_dependent_option(CORVANTILE_BUILD_DESKTOP_PLATFORM "Build CorvantileDesktop, which needs Asio, OpenSSL and SQLite" ON
   "CMAKE_SYSTEM_NAME STREQUAL Linux" OFF)
-cmake_dependent_option(CORVANTILE_DESKTOP_HTTP "Give DesktopPlatform HTTP, which needs libcurl" ON
+cmake_dependent_option(CORVANTILE_DESKTOP_HTTP "Give CorvantileDesktop HTTP, which needs libcurl" ON
   "CORVANTILE_BUILD_DESKTOP_PLATFORM" OFF)
-cmake_dependent_option(CORVANTILE_DESKTOP_STORE "Give DesktopPlatform a store, which needs LocalStore" ON
+cmake_dependent_option(CORVANTILE_DESKTOP_STORE "Give CorvantileDesktop a store, which needs CorvantileLocalStore" ON
   "CORVANTILE_BUILD_DESKTOP_PLATFORM;CORVANTILE_BUILD_LOCAL_STORE" OFF)
-cmake_dependent_option(CORVANTILE_DESKTOP_OUTBOX "Give DesktopPlatform the outbox that delivers attribution packages" ON
+cmake_dependent_option(CORVANTILE_DESKTOP_OUTBOX "Give CorvantileDesktop the outbox that delivers attribution packages" ON
   "CORVANTILE_BUILD_DESKTOP_PLATFORM" OFF)
 
 option(CORVANTILE_BUILD_TESTS "Build the tests" OFF)

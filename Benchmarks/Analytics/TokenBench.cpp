@@ -1,8 +1,8 @@
 // Event tokens: finding one, against a plain table, and loading their file, against the JSON library's parse
 // of the same bytes.
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "CorvantileTest/TestDevice.hpp"
+#include "CorvantileTest/TestPlatform.hpp"
 
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>

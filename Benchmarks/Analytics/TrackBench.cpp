@@ -3,8 +3,8 @@
 
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "CorvantileTest/TestDevice.hpp"
+#include "CorvantileTest/TestPlatform.hpp"
 
 #include <benchmark/benchmark.h>
 

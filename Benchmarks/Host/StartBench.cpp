@@ -3,9 +3,9 @@
 // all of both, and reads the storage key from the vault.
 #include "Benchmarks/Host/WholeHost.hpp"
 #include "Benchmarks/SilentConsole.hpp"
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "DesktopPlatform/Keychain/Vault.hpp"
-#include "Tests/DesktopPlatform/TemporaryFolder.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 #include "Tools/corvantile/Prove/SteppedPorts.hpp"
 
 #include <benchmark/benchmark.h>

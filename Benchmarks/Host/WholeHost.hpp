@@ -12,9 +12,9 @@
 #include "Corvantile/Plugin/Products/SKProductPromoPlugin.hpp"
 #include "Corvantile/Plugin/Products/SKProductRequestPlugin.hpp"
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantileReactive/DisposeBag.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Reactive/DisposeBag.hpp"
 
 #include <atomic>
 #include <memory>

@@ -1,9 +1,9 @@
 // Long lives in virtual time. Nothing here has a floor: the counters show what grows, and what does not.
 #include "Benchmarks/Allocations.hpp"
 #include "Benchmarks/Host/WholeHost.hpp"
-#include "LocalStore/LocalStore.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "CorvantileLocalStore/LocalStore.hpp"
+#include "CorvantileTest/TestDevice.hpp"
+#include "CorvantileTest/TestPlatform.hpp"
 
 #include <benchmark/benchmark.h>
 

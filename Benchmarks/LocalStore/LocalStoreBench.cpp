@@ -1,9 +1,9 @@
 // The local store: reading a catalogue, against the JSON library's parse of the same bytes, and days of daily
 // renewals, whose time per renewal says whether it stays linear.
-#include "LocalStore/Catalogue/CatalogueReader.hpp"
-#include "LocalStore/Engine/StoreStorage.hpp"
-#include "LocalStore/LocalStore.hpp"
-#include "Platform/Foundation/Clock.hpp"
+#include "CorvantileLocalStore/Catalogue/CatalogueReader.hpp"
+#include "CorvantileLocalStore/Engine/StoreStorage.hpp"
+#include "CorvantileLocalStore/LocalStore.hpp"
+#include "CorvantilePlatform/Foundation/Clock.hpp"
 
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>

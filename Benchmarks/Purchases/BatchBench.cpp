@@ -2,13 +2,13 @@
 // ones as often, and prints the same lines, on a queue whose batch nobody else handles.
 #include "Corvantile/Plugin/Products/ConsumablePlugin.hpp"
 #include "Corvantile/Plugin/Products/SKProductPromoPlugin.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Foundation/Console.hpp"
-#include "Platform/Platform.hpp"
-#include "Platform/Store/SKPayment.hpp"
-#include "TestPlatform/ScriptedStore.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Platform.hpp"
+#include "CorvantilePlatform/Store/SKPayment.hpp"
+#include "CorvantileTest/ScriptedStore.hpp"
+#include "CorvantileTest/TestDevice.hpp"
+#include "CorvantileTest/TestPlatform.hpp"
 
 #include <benchmark/benchmark.h>
 

@@ -4,15 +4,15 @@
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
 #include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
 #include "Corvantile/Plugin/Database/FirstDatePluggable.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantileIAP/IAPReceiptPluggable.hpp"
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Keychain/Locksmith.hpp"
-#include "Reactive/Factories.hpp"
-#include "Reactive/PublishSubject.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
-#include "Tests/DesktopPlatform/TemporaryFolder.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Keychain/Locksmith.hpp"
+#include "CorvantileReactive/Factories.hpp"
+#include "CorvantileReactive/PublishSubject.hpp"
+#include "CorvantileTest/TestDevice.hpp"
+#include "CorvantileTest/TestPlatform.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
 #include <benchmark/benchmark.h>
 

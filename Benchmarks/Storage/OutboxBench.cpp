@@ -3,10 +3,10 @@
 #include "Benchmarks/Storage/Turns.hpp"
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
-#include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
-#include "DesktopPlatform/Adjust/OutboxFile.hpp"
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "Tests/DesktopPlatform/TemporaryFolder.hpp"
+#include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
+#include "CorvantileDesktop/Adjust/detail/OutboxFile.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
 #include <benchmark/benchmark.h>
 

@@ -3,9 +3,9 @@
 #include "Benchmarks/Storage/PlainDatabase.hpp"
 #include "Benchmarks/Storage/Turns.hpp"
 #include "Corvantile/Extension/AESText.hpp"
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
-#include "Tests/DesktopPlatform/TemporaryFolder.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
 #include <benchmark/benchmark.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Benchmarks/Company.hpp"
-#include "Tests/DesktopPlatform/FlushCount.hpp"
+#include "Tests/CorvantileDesktop/FlushCount.hpp"
 
 #include <benchmark/benchmark.h>
 

@@ -1,7 +1,7 @@
 #include "Benchmarks/Storage/PlainDatabase.hpp"
 #include "Benchmarks/Storage/Turns.hpp"
-#include "DesktopPlatform/Keychain/Vault.hpp"
-#include "Tests/DesktopPlatform/TemporaryFolder.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
 #include <benchmark/benchmark.h>
 

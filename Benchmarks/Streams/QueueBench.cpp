@@ -3,9 +3,9 @@
 
 #include "../Allocations.hpp"
 
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "Reactive/PublishSubject.hpp"
-#include "Reactive/SerialDispatchQueueScheduler.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantileReactive/PublishSubject.hpp"
+#include "CorvantileReactive/SerialDispatchQueueScheduler.hpp"
 
 #include <benchmark/benchmark.h>
 

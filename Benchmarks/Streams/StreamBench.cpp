@@ -2,9 +2,9 @@
 
 #include "../Allocations.hpp"
 
-#include "Reactive/CombineLatest.hpp"
-#include "Reactive/PublishSubject.hpp"
-#include "Reactive/ReplaySubject.hpp"
+#include "CorvantileReactive/CombineLatest.hpp"
+#include "CorvantileReactive/PublishSubject.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 
 #include <benchmark/benchmark.h>
 

@@ -3,7 +3,7 @@
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
-#include "DesktopPlatform/DesktopPlatform.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
 
 #include <chrono>

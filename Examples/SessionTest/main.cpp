@@ -3,12 +3,12 @@
 #include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
 #include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Store/SKPayment.hpp"
+#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
+#include "CorvantileTest/TestDevice.hpp"
+#include "CorvantileTest/TestPlatform.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Store/SKPayment.hpp"
-#include "Platform/Store/SKPaymentQueue.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
 
 #include <chrono>
 #include <initializer_list>

@@ -1,7 +1,7 @@
 #include "Corvantile/Corvantile.hpp"
 
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Platform.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 
 #include <atomic>
 #include <mutex>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "CorvantilePlatform/Export.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
-#include "Platform/Export.hpp"
 
 #include <memory>
 #include <string_view>

@@ -2,8 +2,8 @@
 
 #include "Corvantile/Corvantile.hpp"
 #include "CorvantileIAP/InappHelper.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
 #include "HostCore/HostCore.hpp"
-#include "Platform/FatalError.hpp"
 
 namespace corvantile {
 

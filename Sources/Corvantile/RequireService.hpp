@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Corvantile/Corvantile.hpp"
-#include "Platform/FatalError.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
 
 #include <memory>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/Date.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
 
 namespace corvantile {
 

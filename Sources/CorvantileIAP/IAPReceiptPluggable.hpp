@@ -2,9 +2,9 @@
 
 #include "CorvantileIAP/ProductCategory.hpp"
 #include "CorvantileIAP/RenewalInfo.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantileReactive/Observable.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
-#include "Platform/Export.hpp"
-#include "Reactive/Observable.hpp"
 
 #include <string_view>
 #include <vector>

@@ -1,14 +1,14 @@
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
 
 #include "CorvantileIAP/InappHelper.hpp"
-#include "Platform/FatalError.hpp"
-#include "Platform/Foundation/Console.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Foundation/PlatformRequest.hpp"
-#include "Platform/Platform.hpp"
-#include "Platform/Store/SKPaymentTransaction.hpp"
-#include "Platform/Store/StoreRequests.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/PlatformRequest.hpp"
+#include "CorvantilePlatform/Platform.hpp"
+#include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
+#include "CorvantilePlatform/Store/StoreRequests.hpp"
 
 #include <algorithm>
 #include <utility>

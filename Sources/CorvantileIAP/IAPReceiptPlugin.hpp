@@ -4,10 +4,10 @@
 #include "CorvantileIAP/ReceiptCatalogue.hpp"
 #include "CorvantileIAP/ReceiptProblem.hpp"
 #include "CorvantileIAP/StoreReceipt.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Store/SKPaymentQueue.hpp"
-#include "Reactive/DisposableSlot.hpp"
-#include "Reactive/ReplaySubject.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
+#include "CorvantileReactive/DisposableSlot.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 
 #include <functional>
 #include <memory>

@@ -1,8 +1,8 @@
 #include "CorvantileIAP/InappHelper.hpp"
 
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Platform.hpp"
-#include "Reactive/Factories.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Platform.hpp"
+#include "CorvantileReactive/Factories.hpp"
 
 #include <atomic>
 #include <exception>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Platform/Export.hpp"
-#include "Platform/Store/StoreRequests.hpp"
-#include "Reactive/Observable.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Store/StoreRequests.hpp"
+#include "CorvantileReactive/Observable.hpp"
 
 #include <memory>
 #include <vector>

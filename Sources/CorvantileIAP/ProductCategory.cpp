@@ -1,6 +1,6 @@
 #include "CorvantileIAP/ProductCategory.hpp"
 
-#include "Platform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
 
 namespace corvantile {
 

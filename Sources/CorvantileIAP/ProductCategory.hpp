@@ -1,8 +1,8 @@
 #pragma once
 
 #include "CorvantileIAP/ReceiptInfo.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Store/SKProduct.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Store/SKProduct.hpp"
 
 #include <memory>
 #include <string>

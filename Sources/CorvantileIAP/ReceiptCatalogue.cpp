@@ -1,6 +1,6 @@
 #include "CorvantileIAP/ReceiptCatalogue.hpp"
 
-#include "Platform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
 
 #include <cstddef>
 #include <map>

@@ -3,8 +3,8 @@
 #include "CorvantileIAP/ProductCategory.hpp"
 #include "CorvantileIAP/ReceiptInfo.hpp"
 #include "CorvantileIAP/ReceiptProblem.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Store/SKProduct.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Store/SKProduct.hpp"
 
 #include <memory>
 #include <string>

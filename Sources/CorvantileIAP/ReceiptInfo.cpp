@@ -1,6 +1,6 @@
 #include "CorvantileIAP/ReceiptInfo.hpp"
 
-#include "Platform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
 
 #include <cmath>
 #include <limits>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "CorvantileIAP/DecodingDefaults.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Foundation/Date.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
 
 #include <cstdint>
 #include <optional>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Export.hpp"
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "CorvantileIAP/RenewalInfo.hpp"
 
-#include "Platform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
 
 namespace corvantile {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Export.hpp"
-#include "Platform/Foundation/Date.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
 
 #include <cstdint>
 #include <optional>

@@ -1,8 +1,8 @@
 #include "CorvantileIAP/StoreReceipt.hpp"
 
-#include "CorvantileIAP/ReceiptFields.hpp"
 #include "CorvantileIAP/ReceiptStatus.hpp"
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantileIAP/detail/ReceiptFields.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -3,7 +3,7 @@
 #include "CorvantileIAP/ReceiptInfo.hpp"
 #include "CorvantileIAP/ReceiptProblem.hpp"
 #include "CorvantileIAP/RenewalInfo.hpp"
-#include "Platform/Export.hpp"
+#include "CorvantilePlatform/Export.hpp"
 
 #include <string>
 #include <string_view>

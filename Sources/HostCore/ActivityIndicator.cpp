@@ -1,7 +1,7 @@
 #include "HostCore/ActivityIndicator.hpp"
 
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Reactive/ReplaySubject.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 
 #include <atomic>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Export.hpp"
-#include "Reactive/Observable.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantileReactive/Observable.hpp"
 
 #include <memory>
 

@@ -1,7 +1,7 @@
 #include "HostCore/Decoding.hpp"
 
-#include "HostCore/JSONError.hpp"
-#include "HostCore/JSONInteger.hpp"
+#include "HostCore/detail/JSONError.hpp"
+#include "HostCore/detail/JSONInteger.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -1,6 +1,6 @@
 #include "HostCore/HostCore.hpp"
 
-#include "Platform/Platform.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 
 #include <atomic>
 #include <mutex>

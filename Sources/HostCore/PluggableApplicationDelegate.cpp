@@ -1,6 +1,6 @@
 #include "HostCore/PluggableApplicationDelegate.hpp"
 
-#include "Platform/FatalError.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
 
 #include <algorithm>
 #include <utility>

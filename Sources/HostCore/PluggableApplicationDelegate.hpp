@@ -1,9 +1,9 @@
 #pragma once
 
+#include "CorvantilePlatform/Application/UIApplicationDelegate.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Store/SKPaymentTransactionObserver.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
-#include "Platform/Application/UIApplicationDelegate.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Store/SKPaymentTransactionObserver.hpp"
 
 #include <cstdint>
 #include <exception>

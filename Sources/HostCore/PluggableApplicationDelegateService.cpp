@@ -1,6 +1,6 @@
 #include "HostCore/PluggableApplicationDelegateService.hpp"
 
-#include "Platform/Platform.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 
 namespace corvantile {
 

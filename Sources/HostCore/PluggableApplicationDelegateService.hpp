@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Platform/Application/UIApplicationDelegate.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Store/SKPaymentTransactionObserver.hpp"
+#include "CorvantilePlatform/Application/UIApplicationDelegate.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Store/SKPaymentTransactionObserver.hpp"
 
 #include <atomic>
 #include <memory>

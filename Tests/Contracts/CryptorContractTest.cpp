@@ -1,5 +1,5 @@
-#include "Platform/Security/Cryptor.hpp"
-#include "Platform/Security/SecureRandom.hpp"
+#include "CorvantilePlatform/Security/Cryptor.hpp"
+#include "CorvantilePlatform/Security/SecureRandom.hpp"
 #include "Tests/Contracts/Harness.hpp"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "DesktopPlatform/Keychain/Vault.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "Tests/Contracts/ContractApp.hpp"
-#include "Tests/DesktopPlatform/TemporaryFolder.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
 #include <chrono>
 #include <filesystem>

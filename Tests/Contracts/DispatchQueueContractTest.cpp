@@ -1,8 +1,8 @@
-#include "Platform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 
-#include "Platform/Foundation/Clock.hpp"
+#include "CorvantilePlatform/Foundation/Clock.hpp"
 #include "Tests/Contracts/Harness.hpp"
-#include "Tests/Platform/AtOnce.hpp"
+#include "Tests/CorvantilePlatform/AtOnce.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "Platform/Network/HTTPClient.hpp"
+#include "CorvantilePlatform/Network/HTTPClient.hpp"
 
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tests/Contracts/HTTPServers.hpp"
 #include "Tests/Contracts/Harness.hpp"
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "Platform/Network/HTTPClient.hpp"
-#include "TestPlatform/ScriptedHTTP.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "CorvantilePlatform/Network/HTTPClient.hpp"
+#include "CorvantileTest/ScriptedHTTP.hpp"
+#include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/Contracts/TestHarness.hpp"
 
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
 #include "Tests/Contracts/DesktopHarness.hpp"
-#include "Tests/DesktopPlatform/LoopbackServer.hpp"
+#include "Tests/CorvantileDesktop/LoopbackServer.hpp"
 #endif
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Platform.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 #include "Tests/Contracts/TestHarness.hpp"
 
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM

@@ -1,8 +1,8 @@
-#include "Platform/Keychain/Locksmith.hpp"
+#include "CorvantilePlatform/Keychain/Locksmith.hpp"
 
-#include "Platform/Keychain/KeychainError.hpp"
+#include "CorvantilePlatform/Keychain/KeychainError.hpp"
 #include "Tests/Contracts/Harness.hpp"
-#include "Tests/Platform/AtOnce.hpp"
+#include "Tests/CorvantilePlatform/AtOnce.hpp"
 
 #include <gtest/gtest.h>
 

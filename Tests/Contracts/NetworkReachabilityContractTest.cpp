@@ -1,6 +1,6 @@
-#include "Platform/Network/NetworkReachabilityManager.hpp"
+#include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
 
-#include "Platform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "Tests/Contracts/Harness.hpp"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
-#include "Platform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "Tests/Contracts/Harness.hpp"
 #include "Tests/Corvantile/PurchaseFakes.hpp"
 

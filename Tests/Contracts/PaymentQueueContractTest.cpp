@@ -1,7 +1,7 @@
-#include "Platform/Store/SKPaymentQueue.hpp"
+#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
 
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Store/SKPaymentTransaction.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
 #include "Tests/Contracts/StoreHarness.hpp"
 
 #include <gmock/gmock.h>

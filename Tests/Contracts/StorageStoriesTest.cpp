@@ -4,12 +4,12 @@
 #include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
 #include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
 #include "Corvantile/Plugin/Database/UserPreference.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Application/UIDevice.hpp"
+#include "CorvantilePlatform/Foundation/Clock.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
+#include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Application/UIDevice.hpp"
-#include "Platform/Foundation/Clock.hpp"
-#include "Platform/Foundation/NSUserDefaults.hpp"
-#include "Platform/Keychain/Locksmith.hpp"
 #include "Tests/Contracts/Harness.hpp"
 
 #include <gmock/gmock.h>

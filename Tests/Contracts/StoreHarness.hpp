@@ -1,9 +1,9 @@
 #pragma once
 
-#include "LocalStore/LocalStore.hpp"
-#include "Platform/Store/SKPaymentTransaction.hpp"
-#include "Platform/Store/SKProduct.hpp"
-#include "TestPlatform/ScriptedStore.hpp"
+#include "CorvantileLocalStore/LocalStore.hpp"
+#include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
+#include "CorvantilePlatform/Store/SKProduct.hpp"
+#include "CorvantileTest/ScriptedStore.hpp"
 #include "Tests/Contracts/Harness.hpp"
 
 #include <memory>

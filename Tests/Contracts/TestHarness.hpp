@@ -1,7 +1,7 @@
 #pragma once
 
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "CorvantileTest/TestDevice.hpp"
+#include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/Contracts/ContractApp.hpp"
 
 #include <functional>

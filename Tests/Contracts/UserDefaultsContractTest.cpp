@@ -1,6 +1,6 @@
-#include "Platform/Foundation/NSUserDefaults.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
 #include "Tests/Contracts/Harness.hpp"
-#include "Tests/Platform/AtOnce.hpp"
+#include "Tests/CorvantilePlatform/AtOnce.hpp"
 
 #include <gtest/gtest.h>
 

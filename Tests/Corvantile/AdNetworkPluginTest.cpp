@@ -1,11 +1,11 @@
 #include "Corvantile/Plugin/AdNetwork/AdNetworkPlugin.hpp"
 
-#include "HostCore/URLText.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "TestPlatform/ScriptedAds.hpp"
-#include "TestPlatform/ScriptedHTTP.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantileTest/ScriptedAds.hpp"
+#include "CorvantileTest/ScriptedHTTP.hpp"
+#include "HostCore/detail/URLText.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <chrono>
 

@@ -1,8 +1,8 @@
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "TestPlatform/RecordingAdjust.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantileTest/RecordingAdjust.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {

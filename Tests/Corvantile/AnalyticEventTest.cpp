@@ -2,9 +2,9 @@
 
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
 #include "Corvantile/Plugin/Analytic/DefaultEvent.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "TestPlatform/ScriptedReachability.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantileTest/ScriptedReachability.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <cstdint>
 

@@ -3,7 +3,7 @@
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 #include "Tests/Corvantile/RecordingAnalytics.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <thread>
 

@@ -1,7 +1,7 @@
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 
-#include "Platform/Foundation/Console.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <cmath>
 #include <limits>

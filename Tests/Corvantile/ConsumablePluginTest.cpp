@@ -1,8 +1,8 @@
 #include "Corvantile/Plugin/Products/ConsumablePlugin.hpp"
 
 #include "Corvantile/Plugin/Products/ConsumableItem.hpp"
-#include "TestPlatform/ScriptedStore.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantileTest/ScriptedStore.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {

@@ -6,10 +6,10 @@
 #include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
 #include "Corvantile/RequireService.hpp"
 #include "CorvantileIAP/InappHelper.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "HostCore/HostCore.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Keychain/Locksmith.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {

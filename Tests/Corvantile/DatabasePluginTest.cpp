@@ -4,12 +4,12 @@
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
 #include "Corvantile/Plugin/Database/ApplicationState.hpp"
 #include "Corvantile/Plugin/Database/UserPreference.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantileTest/ScriptedRandom.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "TestPlatform/ScriptedRandom.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <chrono>
 #include <functional>

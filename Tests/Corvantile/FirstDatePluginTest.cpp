@@ -2,10 +2,10 @@
 
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Keychain/KeychainError.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Keychain/KeychainError.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <chrono>
 

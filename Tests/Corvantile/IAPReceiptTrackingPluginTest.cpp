@@ -1,12 +1,12 @@
 #include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
 
 #include "Corvantile/Corvantile.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
+#include "CorvantileTest/ForEachSeed.hpp"
 #include "HostCore/HostCore.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Foundation/NSUserDefaults.hpp"
-#include "TestPlatform/ForEachSeed.hpp"
 #include "Tests/Corvantile/PurchaseFakes.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {

@@ -1,6 +1,6 @@
 #include "Corvantile/Config/PromoteInstall.hpp"
 
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "Corvantile/Plugin/Analytic/PurchaseDecision.hpp"
+#include "Corvantile/Plugin/Analytic/detail/PurchaseDecision.hpp"
 
 #include "Tests/Corvantile/PurchaseFakes.hpp"
 

@@ -2,7 +2,7 @@
 
 #include "Corvantile/Plugin/Database/FirstDatePluggable.hpp"
 #include "CorvantileIAP/IAPReceiptPluggable.hpp"
-#include "Reactive/ReplaySubject.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 #include "Tests/Corvantile/RecordingAnalytics.hpp"
 
 #include <cstdint>

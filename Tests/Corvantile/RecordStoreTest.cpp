@@ -2,9 +2,9 @@
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
 #include "Corvantile/Plugin/Database/Application.hpp"
 #include "Corvantile/Plugin/Database/Setting.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Foundation/NSUserDefaults.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <limits>
 #include <string>

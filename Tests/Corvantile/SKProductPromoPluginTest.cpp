@@ -1,10 +1,10 @@
 #include "Corvantile/Plugin/Products/SKProductPromoPlugin.hpp"
 
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Store/SKProduct.hpp"
-#include "TestPlatform/ScriptedStore.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Store/SKProduct.hpp"
+#include "CorvantileTest/ScriptedStore.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {

@@ -1,12 +1,12 @@
 #include "Corvantile/Plugin/Products/SKProductRequestPlugin.hpp"
-#include "Corvantile/Plugin/Products/RequestSlot.hpp"
+#include "Corvantile/Plugin/Products/detail/RequestSlot.hpp"
 
 #include "Corvantile/Corvantile.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "TestPlatform/ForEachSeed.hpp"
-#include "TestPlatform/ScriptedStore.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantileTest/ForEachSeed.hpp"
+#include "CorvantileTest/ScriptedStore.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <functional>
 

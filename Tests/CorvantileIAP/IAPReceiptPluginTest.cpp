@@ -1,9 +1,9 @@
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
 
 #include "CorvantileIAP/InappHelper.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "TestPlatform/ScriptedStore.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantileTest/ScriptedStore.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile {
 namespace {

@@ -1,7 +1,7 @@
 #include "CorvantileIAP/StoreReceipt.hpp"
 
 #include "CorvantileIAP/ReceiptStatus.hpp"
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

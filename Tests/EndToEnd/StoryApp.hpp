@@ -8,8 +8,8 @@
 #include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
 #include "Corvantile/Plugin/Products/ConsumablePlugin.hpp"
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Store/SKPayment.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Store/SKPayment.hpp"
 #include "Tests/Corvantile/RecordingAnalytics.hpp"
 
 #include <memory>

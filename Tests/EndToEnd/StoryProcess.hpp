@@ -1,16 +1,16 @@
 #pragma once
 
-#include "LocalStore/LocalStore.hpp"
-#include "TestPlatform/RecordingAdjust.hpp"
-#include "TestPlatform/TestDevice.hpp"
-#include "TestPlatform/TestPlatform.hpp"
+#include "CorvantileLocalStore/LocalStore.hpp"
+#include "CorvantileTest/RecordingAdjust.hpp"
+#include "CorvantileTest/TestDevice.hpp"
+#include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/EndToEnd/StoryApp.hpp"
 
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
-#include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "Platform/Foundation/Clock.hpp"
-#include "Tests/DesktopPlatform/TemporaryFolder.hpp"
+#include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantilePlatform/Foundation/Clock.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
 #include <fstream>
 #endif

@@ -1,6 +1,6 @@
-#include "Platform/Store/SKPaymentQueue.hpp"
+#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
+#include "Tests/CorvantileLocalStore/Days.hpp"
 #include "Tests/EndToEnd/StoryProcess.hpp"
-#include "Tests/LocalStore/Days.hpp"
 
 #include <gtest/gtest.h>
 

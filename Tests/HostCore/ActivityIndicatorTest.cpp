@@ -1,10 +1,10 @@
 #include "HostCore/ActivityIndicator.hpp"
 
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Reactive/Factories.hpp"
-#include "Reactive/PublishSubject.hpp"
-#include "Tests/Platform/AtOnce.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantileReactive/Factories.hpp"
+#include "CorvantileReactive/PublishSubject.hpp"
+#include "Tests/CorvantilePlatform/AtOnce.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <memory>
 #include <stdexcept>

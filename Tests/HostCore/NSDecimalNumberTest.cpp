@@ -1,4 +1,4 @@
-#include "Platform/Foundation/NSDecimalNumber.hpp"
+#include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "HostCore/PluggableApplicationDelegate.hpp"
 
-#include "Platform/Application/UIApplication.hpp"
-#include "Platform/Store/SKPaymentQueue.hpp"
-#include "Tests/TestPlatform/ProcessTest.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <functional>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "Platform/Platform.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 #include "Tests/Tool/EngineFixture.hpp"
 
 namespace corvantile::tool {

@@ -1,7 +1,7 @@
 #include "Tools/corvantile/Inspect/Inspect.hpp"
 
-#include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
-#include "DesktopPlatform/Keychain/Vault.hpp"
+#include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "Tests/Tool/GoldenState.hpp"
 #include "Tests/Tool/SampleFolder.hpp"
 #include "Tools/corvantile/CommandOutput.hpp"

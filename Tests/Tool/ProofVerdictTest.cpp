@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Prove/ProofVerdict.hpp"
 
-#include "DesktopPlatform/Keychain/Vault.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "Tools/corvantile/Prove/PurchaseScenario.hpp"
 #include "Tools/corvantile/Prove/ScenarioPlay.hpp"
 #include "Tools/corvantile/TemporaryFolder.hpp"

@@ -1,5 +1,5 @@
 #include "Tools/corvantile/Receipts/Receipts.hpp"
-#include "DesktopPlatform/Keychain/Vault.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "Tests/Tool/SampleCatalogue.hpp"
 #include "Tests/Tool/SampleFolder.hpp"
 #include "Tools/corvantile/CommandOutput.hpp"

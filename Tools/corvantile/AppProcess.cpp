@@ -2,9 +2,9 @@
 
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
-#include "DesktopPlatform/Keychain/Vault.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Tools/corvantile/Delivery.hpp"
 #include "Tools/corvantile/NearestName.hpp"
 #include "Tools/corvantile/Refusal.hpp"

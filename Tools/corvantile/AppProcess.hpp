@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "Platform/Network/NetworkReachabilityManager.hpp"
-#include "Reactive/DisposeBag.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
+#include "CorvantileReactive/DisposeBag.hpp"
 #include "Tools/corvantile/Description/AppDescription.hpp"
 #include "Tools/corvantile/Streams/PurchaseStreams.hpp"
 

@@ -1,6 +1,6 @@
 #include "Tools/corvantile/CommandLine.hpp"
 
-#include "Platform/Version.hpp"
+#include "CorvantilePlatform/Version.hpp"
 #include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Manual/Manual.hpp"
 #include "Tools/corvantile/Manual/PrintManual.hpp"

@@ -1,8 +1,8 @@
 #include "Tools/corvantile/Delivery.hpp"
 
-#include "DesktopPlatform/Adjust/AdjustOptions.hpp"
-#include "DesktopPlatform/HTTP/HTTPRoutes.hpp"
-#include "DesktopPlatform/HTTP/WebAddress.hpp"
+#include "CorvantileDesktop/Adjust/AdjustOptions.hpp"
+#include "CorvantileDesktop/HTTP/HTTPRoutes.hpp"
+#include "CorvantileDesktop/HTTP/detail/WebAddress.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/AnalyticEvent.hpp"
-#include "Platform/Foundation/NSDecimalNumber.hpp"
+#include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
 
 #include <optional>
 #include <string>

@@ -1,8 +1,8 @@
 #include "Tools/corvantile/Host.hpp"
 
-#include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
-#include "DesktopPlatform/Keychain/Vault.hpp"
-#include "Platform/Application/UIApplicationDelegate.hpp"
+#include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
+#include "CorvantilePlatform/Application/UIApplicationDelegate.hpp"
 #include "Tools/corvantile/AppDeletion.hpp"
 #include "Tools/corvantile/Delivery.hpp"
 #include "Tools/corvantile/NearestName.hpp"

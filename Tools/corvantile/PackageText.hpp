@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/EventValue.hpp"
-#include "DesktopPlatform/Adjust/OutboxEntry.hpp"
+#include "CorvantileDesktop/Adjust/OutboxEntry.hpp"
 
 #include <string>
 #include <string_view>

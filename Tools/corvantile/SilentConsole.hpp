@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
 
 #include <string_view>
 

@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Values.hpp"
 
-#include "HostCore/JSONInteger.hpp"
+#include "HostCore/detail/JSONInteger.hpp"
 #include "Tools/corvantile/Misread.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "CorvantilePlatform/Export.hpp"
 #include "HostCore/Decoding.hpp"
-#include "Platform/Export.hpp"
 
 #include <cstdint>
 #include <string>

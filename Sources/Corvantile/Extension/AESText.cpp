@@ -1,10 +1,10 @@
 #include "Corvantile/Extension/AESText.hpp"
 
-#include "Platform/FatalError.hpp"
-#include "Platform/Foundation/Base64.hpp"
-#include "Platform/Foundation/Unicode.hpp"
-#include "Platform/Platform.hpp"
-#include "Platform/Security/Cryptor.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantilePlatform/Foundation/detail/Base64.hpp"
+#include "CorvantilePlatform/Foundation/detail/Unicode.hpp"
+#include "CorvantilePlatform/Platform.hpp"
+#include "CorvantilePlatform/Security/Cryptor.hpp"
 
 #include <cstdint>
 #include <limits>

@@ -1,6 +1,6 @@
 #include "Corvantile/Extension/DatabaseManipulating.hpp"
 
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 
 namespace corvantile {
 

@@ -2,7 +2,7 @@
 
 #include "Corvantile/Extension/DatabaseCryptor.hpp"
 #include "Corvantile/Extension/Encodable.hpp"
-#include "Platform/Export.hpp"
+#include "CorvantilePlatform/Export.hpp"
 
 #include <optional>
 #include <string>

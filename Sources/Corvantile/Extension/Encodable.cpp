@@ -1,7 +1,7 @@
 #include "Corvantile/Extension/Encodable.hpp"
 
-#include "HostCore/JSONError.hpp"
-#include "Platform/Foundation/Unicode.hpp"
+#include "CorvantilePlatform/Foundation/detail/Unicode.hpp"
+#include "HostCore/detail/JSONError.hpp"
 
 #include <nlohmann/json.hpp>
 

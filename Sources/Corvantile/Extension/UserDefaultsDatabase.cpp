@@ -1,6 +1,6 @@
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
 
-#include "Platform/Foundation/NSUserDefaults.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
 
 #include <utility>
 

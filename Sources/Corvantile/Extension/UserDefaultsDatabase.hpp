@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Corvantile/Extension/DatabaseManipulating.hpp"
-#include "Platform/Export.hpp"
+#include "CorvantilePlatform/Export.hpp"
 
 #include <memory>
 

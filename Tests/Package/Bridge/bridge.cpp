@@ -1,7 +1,7 @@
 #include "Corvantile/Corvantile.hpp"
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Version.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Version.hpp"
 
 #include <chrono>
 

@@ -1,13 +1,13 @@
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "Platform/Adjust/Adjust.hpp"
-#include "Platform/Foundation/Console.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Network/HTTPClient.hpp"
-#include "Platform/Store/SKPaymentQueue.hpp"
-#include "Platform/Store/SKPaymentTransaction.hpp"
-#include "Platform/Store/StoreRequests.hpp"
-#include "Tests/DesktopPlatform/TemporaryFolder.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantilePlatform/Adjust/Adjust.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Network/HTTPClient.hpp"
+#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
+#include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
+#include "CorvantilePlatform/Store/StoreRequests.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
-#include "DesktopPlatform/Adjust/AdjustOptions.hpp"
+#include "CorvantileDesktop/Adjust/AdjustOptions.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
 #include "Tools/corvantile/Host.hpp"
 #include "Tools/corvantile/Refusal.hpp"

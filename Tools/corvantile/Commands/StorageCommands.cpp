@@ -2,7 +2,7 @@
 #include "Corvantile/Plugin/Database/DatabasePluggable.hpp"
 #include "Corvantile/Plugin/Database/FirstDatePluggable.hpp"
 #include "Corvantile/Plugin/Database/UserPreferenceProtocol.hpp"
-#include "Platform/Foundation/NSUserDefaults.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
 #include "Tools/corvantile/Host.hpp"
 #include "Tools/corvantile/Refusal.hpp"

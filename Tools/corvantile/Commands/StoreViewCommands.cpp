@@ -1,4 +1,4 @@
-#include "Platform/Store/SKPaymentTransaction.hpp"
+#include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
 #include "Tools/corvantile/Host.hpp"
 #include "Tools/corvantile/NearestName.hpp"

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "CorvantileDesktop/Adjust/AdjustOptions.hpp"
+#include "CorvantileDesktop/Ads/LocalAds.hpp"
+#include "CorvantileDesktop/Store/DesktopStoreOptions.hpp"
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
-#include "DesktopPlatform/Adjust/AdjustOptions.hpp"
-#include "DesktopPlatform/Ads/LocalAds.hpp"
-#include "DesktopPlatform/Store/DesktopStoreOptions.hpp"
 #include "Tools/corvantile/Description/PlugInRegistry.hpp"
 
 #include <filesystem>

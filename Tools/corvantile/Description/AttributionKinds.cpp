@@ -4,7 +4,7 @@
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustEvent.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tools/corvantile/Description/AppDescription.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Streams/AttributionStreams.hpp"

@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Description/Services.hpp"
 
-#include "DesktopPlatform/HTTP/HTTPRoutes.hpp"
+#include "CorvantileDesktop/HTTP/HTTPRoutes.hpp"
 #include "Tools/corvantile/Description/AppDescription.hpp"
 #include "Tools/corvantile/Description/DescriptionObject.hpp"
 

@@ -1,4 +1,4 @@
-#include "DesktopPlatform/DesktopOptions.hpp"
+#include "CorvantileDesktop/DesktopOptions.hpp"
 #include "Tools/corvantile/Inspect/Inspect.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/SampleApp.hpp"

@@ -1,5 +1,5 @@
-#include "DesktopPlatform/Keychain/Vault.hpp"
-#include "Platform/Foundation/Base64.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
+#include "CorvantilePlatform/Foundation/detail/Base64.hpp"
 #include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/Inspect/Inspect.hpp"

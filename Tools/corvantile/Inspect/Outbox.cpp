@@ -1,4 +1,4 @@
-#include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
+#include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
 #include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/Inspect/Inspect.hpp"

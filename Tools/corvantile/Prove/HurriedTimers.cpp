@@ -1,4 +1,4 @@
-#include "Platform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "Tools/corvantile/Prove/SteppedPorts.hpp"
 
 #include <utility>

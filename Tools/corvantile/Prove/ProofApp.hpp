@@ -1,7 +1,7 @@
 #pragma once
 
-#include "DesktopPlatform/DesktopPlatform.hpp"
-#include "Reactive/DisposeBag.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantileReactive/DisposeBag.hpp"
 #include "Tools/corvantile/Prove/ScenarioPlay.hpp"
 #include "Tools/corvantile/Prove/WriteSteps.hpp"
 

@@ -1,8 +1,8 @@
 #include "Tools/corvantile/Prove/ProofVerdict.hpp"
 
-#include "DesktopPlatform/Adjust/OutboxAdjust.hpp"
-#include "DesktopPlatform/Foundation/SQLiteUserDefaults.hpp"
-#include "DesktopPlatform/Keychain/Vault.hpp"
+#include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
+#include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "Tools/corvantile/Inspect/StateCopy.hpp"
 #include "Tools/corvantile/Inspect/StoredValues.hpp"
 #include "Tools/corvantile/Prove/PurchaseScenario.hpp"

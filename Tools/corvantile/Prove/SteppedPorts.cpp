@@ -1,8 +1,8 @@
 #include "Tools/corvantile/Prove/SteppedPorts.hpp"
 
-#include "Platform/Adjust/Adjust.hpp"
-#include "Platform/Foundation/NSUserDefaults.hpp"
-#include "Platform/Keychain/Locksmith.hpp"
+#include "CorvantilePlatform/Adjust/Adjust.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
+#include "CorvantilePlatform/Keychain/Locksmith.hpp"
 
 #include <cstddef>
 #include <string>

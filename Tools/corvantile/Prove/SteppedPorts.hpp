@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Platform.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 #include "Tools/corvantile/Prove/WriteSteps.hpp"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Prove/SteppedSink.hpp"
 
-#include "Platform/FatalError.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
 #include "Tools/corvantile/Prove/PurchaseScenario.hpp"
 
 #include <fstream>

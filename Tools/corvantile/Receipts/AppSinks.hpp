@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DesktopPlatform/DesktopPlatform.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "Tools/corvantile/Description/AppDescription.hpp"
 #include "Tools/corvantile/Reporter.hpp"
 #include "Tools/corvantile/TemporaryFolder.hpp"

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Corvantile/Plugin/Analytic/PurchaseDecision.hpp"
+#include "Corvantile/Plugin/Analytic/detail/PurchaseDecision.hpp"
 #include "CorvantileIAP/ReceiptCatalogue.hpp"
 #include "CorvantileIAP/StoreReceipt.hpp"
-#include "Platform/Foundation/Date.hpp"
-#include "Platform/Foundation/NSDecimalNumber.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
 
 #include <optional>
 #include <set>

@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Receipts/ReceiptReport.hpp"
 
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/FileText.hpp"
 #include "Tools/corvantile/JSONText.hpp"

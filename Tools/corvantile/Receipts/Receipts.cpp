@@ -1,7 +1,7 @@
 #include "Tools/corvantile/Receipts/Receipts.hpp"
 
-#include "DesktopPlatform/Foundation/SystemClock.hpp"
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantileDesktop/Foundation/detail/SystemClock.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tools/corvantile/CommandOutput.hpp"
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/JSONText.hpp"

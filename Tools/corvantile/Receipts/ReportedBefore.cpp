@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Receipts/ReportedBefore.hpp"
 
-#include "DesktopPlatform/Keychain/Vault.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "Tools/corvantile/Inspect/StateCopy.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 

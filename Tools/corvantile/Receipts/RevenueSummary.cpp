@@ -2,7 +2,7 @@
 
 #include "Tools/corvantile/TextTable.hpp"
 
-#include "Platform/Foundation/CalendarText.hpp"
+#include "CorvantilePlatform/Foundation/detail/CalendarText.hpp"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Server/PlayedServer.hpp"
 
-#include "DesktopPlatform/Adjust/FormText.hpp"
+#include "CorvantileDesktop/Adjust/detail/FormText.hpp"
 #include "Tools/corvantile/Faces/VisibleText.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 #include "Tools/corvantile/Reporter.hpp"

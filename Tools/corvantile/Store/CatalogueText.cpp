@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Store/CatalogueText.hpp"
 
-#include "LocalStore/Catalogue/CatalogueReader.hpp"
+#include "CorvantileLocalStore/Catalogue/CatalogueReader.hpp"
 #include "Tools/corvantile/FileText.hpp"
 
 #include <string_view>

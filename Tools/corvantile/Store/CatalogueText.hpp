@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/EventValue.hpp"
-#include "LocalStore/Catalogue/Catalogue.hpp"
+#include "CorvantileLocalStore/Catalogue/Catalogue.hpp"
 #include "Tools/corvantile/TextTable.hpp"
 
 #include <filesystem>

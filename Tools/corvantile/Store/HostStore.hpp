@@ -1,7 +1,7 @@
 #pragma once
 
-#include "LocalStore/LocalStore.hpp"
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantileLocalStore/LocalStore.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 
 // How commands meet the store of the app that runs.

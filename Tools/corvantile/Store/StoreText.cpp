@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Store/StoreText.hpp"
 
-#include "Platform/Foundation/NSDecimalNumber.hpp"
+#include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
 #include "Tools/corvantile/Misread.hpp"
 #include "Tools/corvantile/NearestName.hpp"
 #include "Tools/corvantile/Refusal.hpp"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/EventValue.hpp"
-#include "LocalStore/LocalStore.hpp"
+#include "CorvantileLocalStore/LocalStore.hpp"
 #include "Tools/corvantile/TextTable.hpp"
 
 #include <chrono>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/EventValue.hpp"
-#include "Reactive/DisposeBag.hpp"
-#include "Reactive/Observable.hpp"
+#include "CorvantileReactive/DisposeBag.hpp"
+#include "CorvantileReactive/Observable.hpp"
 #include "Tools/corvantile/Reporter.hpp"
 
 #include <memory>

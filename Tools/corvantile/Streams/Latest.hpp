@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Reactive/Disposable.hpp"
-#include "Reactive/Observable.hpp"
+#include "CorvantileReactive/Disposable.hpp"
+#include "CorvantileReactive/Observable.hpp"
 
 #include <memory>
 #include <optional>

@@ -4,8 +4,8 @@
 #include "Corvantile/Plugin/Products/SKProductPromoPluggable.hpp"
 #include "Corvantile/Plugin/Products/SKProductRequestPluggable.hpp"
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Store/SKPaymentTransaction.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
 #include "Tools/corvantile/NearestName.hpp"
 #include "Tools/corvantile/Store/StoreText.hpp"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Store/SKPaymentQueue.hpp"
+#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
 #include "Tools/corvantile/Streams/Follower.hpp"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Tracking/ObservedKeychain.hpp"
 
-#include "Platform/Keychain/Locksmith.hpp"
+#include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "Tools/corvantile/Tracking/MarkedTransactions.hpp"
 
 #include <optional>

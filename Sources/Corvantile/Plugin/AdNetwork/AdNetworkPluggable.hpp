@@ -1,8 +1,8 @@
 #pragma once
 
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantileReactive/Observable.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
-#include "Platform/Export.hpp"
-#include "Reactive/Observable.hpp"
 
 #include <map>
 #include <string>

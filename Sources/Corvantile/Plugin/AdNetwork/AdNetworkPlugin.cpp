@@ -1,14 +1,14 @@
 #include "Corvantile/Plugin/AdNetwork/AdNetworkPlugin.hpp"
 
 #include "Corvantile/Plugin/AdNetwork/AdNetworkAttributionPayload.hpp"
-#include "HostCore/URLText.hpp"
-#include "Platform/Ads/AAAttribution.hpp"
-#include "Platform/Ads/ASIdentifierManager.hpp"
-#include "Platform/Application/UIDevice.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Network/HTTPClient.hpp"
-#include "Platform/Platform.hpp"
+#include "CorvantilePlatform/Ads/AAAttribution.hpp"
+#include "CorvantilePlatform/Ads/ASIdentifierManager.hpp"
+#include "CorvantilePlatform/Application/UIDevice.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Network/HTTPClient.hpp"
+#include "CorvantilePlatform/Platform.hpp"
+#include "HostCore/detail/URLText.hpp"
 
 #include <charconv>
 #include <chrono>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Corvantile/Plugin/AdNetwork/AdNetworkPluggable.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Foundation/PlatformRequest.hpp"
-#include "Reactive/ReplaySubject.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/PlatformRequest.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 
 #include <memory>
 #include <string>

@@ -1,13 +1,13 @@
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
 
 #include "Corvantile/Corvantile.hpp"
-#include "Corvantile/DebuggedStream.hpp"
-#include "Corvantile/Plugin/AdNetwork/EventBuffer.hpp"
+#include "Corvantile/Plugin/AdNetwork/detail/EventBuffer.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
-#include "Platform/FatalError.hpp"
-#include "Reactive/ConnectableObservable.hpp"
-#include "Reactive/SerialDispatchQueueScheduler.hpp"
+#include "Corvantile/detail/DebuggedStream.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantileReactive/ConnectableObservable.hpp"
+#include "CorvantileReactive/SerialDispatchQueueScheduler.hpp"
 
 #include <algorithm>
 #include <array>

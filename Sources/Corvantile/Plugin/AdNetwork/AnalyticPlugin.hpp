@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
-#include "Platform/Export.hpp"
-#include "Reactive/DisposableSlot.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantileReactive/DisposableSlot.hpp"
 
 #include <atomic>
 #include <initializer_list>

@@ -1,8 +1,8 @@
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
 
-#include "Platform/FatalError.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Platform.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 
 #include <string>
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Export.hpp"
-#include "Platform/Network/NetworkReachabilityManager.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
 
 #include <atomic>
 #include <memory>

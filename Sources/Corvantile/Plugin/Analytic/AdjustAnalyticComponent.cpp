@@ -1,11 +1,11 @@
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 
 #include "Corvantile/Plugin/Analytic/AdjustEvent.hpp"
-#include "Corvantile/Plugin/Analytic/PrintItems.hpp"
-#include "Platform/Adjust/Adjust.hpp"
-#include "Platform/FatalError.hpp"
-#include "Platform/Foundation/NSBundle.hpp"
-#include "Platform/Foundation/NSError.hpp"
+#include "Corvantile/Plugin/Analytic/detail/PrintItems.hpp"
+#include "CorvantilePlatform/Adjust/Adjust.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantilePlatform/Foundation/NSBundle.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <utility>
 

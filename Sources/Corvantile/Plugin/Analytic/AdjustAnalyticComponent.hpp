@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
-#include "Platform/Adjust/ADJEvent.hpp"
-#include "Platform/Export.hpp"
+#include "CorvantilePlatform/Adjust/ADJEvent.hpp"
+#include "CorvantilePlatform/Export.hpp"
 
 #include <cstddef>
 #include <functional>

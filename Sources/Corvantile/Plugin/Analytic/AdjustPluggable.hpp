@@ -1,7 +1,7 @@
 #pragma once
 
+#include "CorvantilePlatform/Export.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
-#include "Platform/Export.hpp"
 
 #include <string_view>
 

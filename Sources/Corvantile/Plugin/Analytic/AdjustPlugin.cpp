@@ -1,9 +1,9 @@
 #include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
 
-#include "Corvantile/Plugin/Analytic/PrintItems.hpp"
-#include "Platform/Adjust/Adjust.hpp"
-#include "Platform/FatalError.hpp"
-#include "Platform/Foundation/Console.hpp"
+#include "Corvantile/Plugin/Analytic/detail/PrintItems.hpp"
+#include "CorvantilePlatform/Adjust/Adjust.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
 
 #include <utility>
 

@@ -2,8 +2,8 @@
 
 #include "Corvantile/Plugin/Analytic/AdjustAppSecret.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustPluggable.hpp"
-#include "Platform/Adjust/AdjustDelegate.hpp"
-#include "Platform/Export.hpp"
+#include "CorvantilePlatform/Adjust/AdjustDelegate.hpp"
+#include "CorvantilePlatform/Export.hpp"
 
 #include <cstdint>
 #include <memory>

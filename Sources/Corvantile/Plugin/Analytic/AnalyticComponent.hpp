@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/AnalyticEvent.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Foundation/Date.hpp"
-#include "Platform/Foundation/NSDecimalNumber.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
 
 #include <cstdint>
 #include <initializer_list>

@@ -1,7 +1,7 @@
 #include "Corvantile/Plugin/Analytic/AnalyticEvent.hpp"
 
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
-#include "Platform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
 
 #include <utility>
 

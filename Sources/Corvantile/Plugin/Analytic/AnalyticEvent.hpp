@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/EventValue.hpp"
-#include "Platform/Export.hpp"
+#include "CorvantilePlatform/Export.hpp"
 
 #include <optional>
 #include <string>

@@ -1,8 +1,8 @@
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 
-#include "Corvantile/Plugin/Analytic/PrettyJSON.hpp"
-#include "Platform/Foundation/Console.hpp"
-#include "Platform/Platform.hpp"
+#include "Corvantile/Plugin/Analytic/detail/PrettyJSON.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 
 namespace corvantile {
 

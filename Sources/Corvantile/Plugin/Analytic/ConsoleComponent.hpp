@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
-#include "Platform/Export.hpp"
+#include "CorvantilePlatform/Export.hpp"
 
 #include <initializer_list>
 #include <optional>

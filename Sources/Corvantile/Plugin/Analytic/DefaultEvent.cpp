@@ -1,6 +1,6 @@
 #include "Corvantile/Plugin/Analytic/DefaultEvent.hpp"
 
-#include "Platform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 
 namespace corvantile {
 

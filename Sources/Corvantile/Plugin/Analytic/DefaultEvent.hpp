@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/AnalyticEvent.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Foundation/NSDecimalNumber.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
 
 #include <exception>
 #include <string>

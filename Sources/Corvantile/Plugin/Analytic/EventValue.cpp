@@ -1,7 +1,7 @@
 #include "Corvantile/Plugin/Analytic/EventValue.hpp"
 
-#include "Corvantile/Extension/RealText.hpp"
-#include "Platform/Foundation/Console.hpp"
+#include "Corvantile/Extension/detail/RealText.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
 
 namespace corvantile {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Platform/Export.hpp"
-#include "Platform/Foundation/Date.hpp"
-#include "Platform/Foundation/NSDecimalNumber.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
 
 #include <concepts>
 #include <cstddef>

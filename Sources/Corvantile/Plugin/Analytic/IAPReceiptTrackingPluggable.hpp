@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/AnalyticEvent.hpp"
+#include "CorvantilePlatform/Export.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
-#include "Platform/Export.hpp"
 
 #include <optional>
 #include <string>

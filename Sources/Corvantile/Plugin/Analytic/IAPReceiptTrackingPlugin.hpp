@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPluggable.hpp"
-#include "Platform/Export.hpp"
-#include "Reactive/DisposableSlot.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantileReactive/DisposableSlot.hpp"
 
 #include <memory>
 #include <optional>

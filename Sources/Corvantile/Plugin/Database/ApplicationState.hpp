@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Corvantile/Plugin/Database/Application.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Foundation/Date.hpp"
-#include "Reactive/Observable.hpp"
-#include "Reactive/ReplaySubject.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantileReactive/Observable.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 
 #include <cstdint>
 #include <memory>

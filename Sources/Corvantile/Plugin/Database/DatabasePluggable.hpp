@@ -2,9 +2,9 @@
 
 #include "Corvantile/Plugin/Database/Application.hpp"
 #include "Corvantile/Plugin/Database/Setting.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantileReactive/Observable.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
-#include "Platform/Export.hpp"
-#include "Reactive/Observable.hpp"
 
 #include <string_view>
 

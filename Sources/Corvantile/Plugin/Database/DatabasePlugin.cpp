@@ -1,14 +1,14 @@
 #include "Corvantile/Plugin/Database/DatabasePlugin.hpp"
 
 #include "Corvantile/Corvantile.hpp"
-#include "Corvantile/DebuggedStream.hpp"
 #include "Corvantile/Extension/DatabaseManipulating.hpp"
 #include "Corvantile/Plugin/Database/UserPreferenceProtocol.hpp"
 #include "Corvantile/RequireService.hpp"
-#include "Platform/Foundation/Clock.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Platform.hpp"
-#include "Reactive/SerialDispatchQueueScheduler.hpp"
+#include "Corvantile/detail/DebuggedStream.hpp"
+#include "CorvantilePlatform/Foundation/Clock.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Platform.hpp"
+#include "CorvantileReactive/SerialDispatchQueueScheduler.hpp"
 
 #include <type_traits>
 #include <utility>

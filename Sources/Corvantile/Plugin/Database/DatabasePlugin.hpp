@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Corvantile/Plugin/Database/DatabasePluggable.hpp"
-#include "Platform/Export.hpp"
-#include "Reactive/DisposeBag.hpp"
-#include "Reactive/ReplaySubject.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantileReactive/DisposeBag.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 
 #include <functional>
 #include <memory>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Corvantile/Plugin/Database/FirstDateProtocol.hpp"
+#include "CorvantilePlatform/Export.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
-#include "Platform/Export.hpp"
 
 #include <string_view>
 

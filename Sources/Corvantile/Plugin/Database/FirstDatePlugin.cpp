@@ -3,13 +3,13 @@
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
 #include "Corvantile/Plugin/Analytic/DefaultEvent.hpp"
 #include "Corvantile/RequireService.hpp"
-#include "Platform/Foundation/CalendarText.hpp"
-#include "Platform/Foundation/Clock.hpp"
-#include "Platform/Foundation/Console.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Keychain/KeychainError.hpp"
-#include "Platform/Keychain/Locksmith.hpp"
-#include "Platform/Platform.hpp"
+#include "CorvantilePlatform/Foundation/Clock.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/detail/CalendarText.hpp"
+#include "CorvantilePlatform/Keychain/KeychainError.hpp"
+#include "CorvantilePlatform/Keychain/Locksmith.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 
 #include <algorithm>
 #include <cmath>

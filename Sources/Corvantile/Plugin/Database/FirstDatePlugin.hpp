@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Corvantile/Plugin/Database/FirstDatePluggable.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Foundation/Date.hpp"
-#include "Reactive/DisposableSlot.hpp"
-#include "Reactive/ReplaySubject.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantileReactive/DisposableSlot.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 
 #include <exception>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Platform/Export.hpp"
-#include "Platform/Foundation/Date.hpp"
-#include "Reactive/Observable.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantileReactive/Observable.hpp"
 
 #include <string_view>
 

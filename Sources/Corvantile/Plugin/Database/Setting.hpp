@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Export.hpp"
+#include "CorvantilePlatform/Export.hpp"
 
 #include <optional>
 #include <string>

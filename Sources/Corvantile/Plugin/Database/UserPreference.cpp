@@ -2,17 +2,17 @@
 
 #include "Corvantile/Extension/AESText.hpp"
 #include "Corvantile/Extension/DatabaseManipulating.hpp"
-#include "Corvantile/Plugin/Database/StorageKey.hpp"
-#include "Platform/Application/UIDevice.hpp"
-#include "Platform/FatalError.hpp"
-#include "Platform/Foundation/Console.hpp"
-#include "Platform/Foundation/DispatchQueue.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Foundation/NSUserDefaults.hpp"
-#include "Platform/Foundation/UUID.hpp"
-#include "Platform/Platform.hpp"
-#include "Platform/Security/Cryptor.hpp"
-#include "Platform/Security/SecureRandom.hpp"
+#include "Corvantile/Plugin/Database/detail/StorageKey.hpp"
+#include "CorvantilePlatform/Application/UIDevice.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
+#include "CorvantilePlatform/Foundation/detail/UUID.hpp"
+#include "CorvantilePlatform/Platform.hpp"
+#include "CorvantilePlatform/Security/Cryptor.hpp"
+#include "CorvantilePlatform/Security/SecureRandom.hpp"
 
 #include <array>
 #include <exception>

@@ -2,8 +2,8 @@
 
 #include "Corvantile/Extension/DatabaseCryptor.hpp"
 #include "Corvantile/Plugin/Database/UserPreferenceProtocol.hpp"
-#include "Platform/Export.hpp"
-#include "Reactive/ReplaySubject.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 
 #include <chrono>
 #include <memory>

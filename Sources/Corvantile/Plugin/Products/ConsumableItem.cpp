@@ -1,7 +1,7 @@
 #include "Corvantile/Plugin/Products/ConsumableItem.hpp"
 
-#include "Platform/Foundation/NSBundle.hpp"
-#include "Platform/Platform.hpp"
+#include "CorvantilePlatform/Foundation/NSBundle.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 
 namespace corvantile {
 

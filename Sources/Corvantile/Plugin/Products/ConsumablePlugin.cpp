@@ -1,8 +1,8 @@
 #include "Corvantile/Plugin/Products/ConsumablePlugin.hpp"
 
-#include "Platform/FatalError.hpp"
-#include "Platform/Store/SKPayment.hpp"
-#include "Platform/Store/SKPaymentTransaction.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantilePlatform/Store/SKPayment.hpp"
+#include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
 
 #include <algorithm>
 #include <utility>

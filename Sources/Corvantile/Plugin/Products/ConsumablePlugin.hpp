@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Corvantile/Plugin/Products/ConsumablePluggable.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Store/SKPaymentQueue.hpp"
-#include "Reactive/PublishSubject.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
+#include "CorvantileReactive/PublishSubject.hpp"
 
 #include <memory>
 #include <string>

@@ -1,10 +1,10 @@
 #include "Corvantile/Plugin/Products/SKProductPromoPlugin.hpp"
 
-#include "Platform/Foundation/Console.hpp"
-#include "Platform/Foundation/NSError.hpp"
-#include "Platform/Platform.hpp"
-#include "Platform/Store/SKPayment.hpp"
-#include "Platform/Store/SKPaymentTransaction.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Platform.hpp"
+#include "CorvantilePlatform/Store/SKPayment.hpp"
+#include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
 
 #include <algorithm>
 #include <string>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Corvantile/Plugin/Products/SKProductPromoPluggable.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Store/SKPaymentQueue.hpp"
-#include "Reactive/ReplaySubject.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 
 #include <memory>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Corvantile/Plugin/Products/SKProductRequestProtocol.hpp"
+#include "CorvantilePlatform/Export.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
-#include "Platform/Export.hpp"
 
 #include <string_view>
 

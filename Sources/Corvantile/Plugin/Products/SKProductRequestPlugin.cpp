@@ -1,10 +1,10 @@
 #include "Corvantile/Plugin/Products/SKProductRequestPlugin.hpp"
 
-#include "Corvantile/DebuggedStream.hpp"
-#include "Corvantile/Plugin/Products/RequestSlot.hpp"
+#include "Corvantile/Plugin/Products/detail/RequestSlot.hpp"
+#include "Corvantile/detail/DebuggedStream.hpp"
 #include "CorvantileIAP/InappHelper.hpp"
-#include "Platform/FatalError.hpp"
-#include "Reactive/SerialDispatchQueueScheduler.hpp"
+#include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantileReactive/SerialDispatchQueueScheduler.hpp"
 
 namespace corvantile {
 

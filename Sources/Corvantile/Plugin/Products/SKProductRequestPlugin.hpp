@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Corvantile/Plugin/Products/SKProductRequestPluggable.hpp"
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Store/StoreRequests.hpp"
+#include "CorvantileReactive/DisposableSlot.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 #include "HostCore/ActivityIndicator.hpp"
-#include "Platform/Export.hpp"
-#include "Platform/Store/StoreRequests.hpp"
-#include "Reactive/DisposableSlot.hpp"
-#include "Reactive/ReplaySubject.hpp"
 
 #include <memory>
 #include <optional>

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "CorvantileDesktop/Adjust/detail/OutboxFile.hpp"
+#include "CorvantileDesktop/Adjust/detail/OutboxPackage.hpp"
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace corvantile {
+
+// What an outbox has in memory alone: because the file does not take it for the time being, or because there
+// is none. Packages may be delivered from here. Threads: one at a time.
+class HeldPackages {
+public:
+    [[nodiscard]] bool isEmpty() const { return packages_.empty() && values_.empty() && attempts_.empty(); }
+
+    void add(OutboxPackage package) { packages_.push_back(std::move(package)); }
+    void add(OutboxChange change);
+    // What became of an attempt. Of packages that have been delivered, the last OutboxFile::keptPackages
+    // stay. False when the package is not held here.
+    bool record(const OutboxPackage& package);
+    // The same for one that is in the file, which cannot be told now.
+    void addAttempt(OutboxPackage package) { attempts_.push_back(std::move(package)); }
+
+    [[nodiscard]] const std::deque<OutboxPackage>& packages() const { return packages_; }
+    [[nodiscard]] std::optional<OutboxPackage> firstWaiting() const;
+    [[nodiscard]] std::optional<std::string> value(std::string_view name) const;
+    // An attempt has delivered it, though the file has it waiting.
+    [[nodiscard]] bool hasDelivered(const OutboxPackage& package) const;
+
+    // Moves everything into the file, or throws SqliteError and nothing is changed.
+    void writeTo(OutboxFile& file);
+
+private:
+    std::deque<OutboxPackage> packages_;
+    std::map<std::string, std::string, std::less<>> values_;
+    std::vector<OutboxPackage> attempts_;
+};
+
+} // namespace corvantile

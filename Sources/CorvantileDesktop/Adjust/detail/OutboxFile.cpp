@@ -1,0 +1,166 @@
+#include "CorvantileDesktop/Adjust/detail/OutboxFile.hpp"
+
+#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+constexpr std::array<std::string_view, 3> kindNames = {"session", "event", "subscription"};
+constexpr std::array<std::string_view, 3> stateNames = {"waiting", "sent", "refused"};
+
+template <class Enumeration>
+std::string_view nameOf(const std::array<std::string_view, 3>& names, Enumeration value) {
+    return names.at(static_cast<std::size_t>(value));
+}
+
+// What only a later version can have written reads as the last.
+template <class Enumeration>
+Enumeration valueOf(const std::array<std::string_view, 3>& names, std::string_view name) {
+    const auto found = std::find(names.begin(), names.end() - 1, name);
+    return static_cast<Enumeration>(found - names.begin());
+}
+
+SqliteStatement adding(SqliteDatabase& database, PackageKind kind) {
+    return database.prepare("INSERT INTO packages (identifier, kind, form) VALUES (?1, '" +
+                            std::string(nameOf(kindNames, kind)) + "', ?2)");
+}
+
+SqliteStatement recording(SqliteDatabase& database, const std::string& which) {
+    return database.prepare(
+        "UPDATE packages SET state = CAST(?2 AS TEXT), tries = CAST(?3 AS INTEGER),"
+        " status = CASE WHEN length(?4) > 0 THEN CAST(?4 AS INTEGER) END, answer = ?5,"
+        " form = CASE WHEN ?2 = x'77616974696e67' THEN form ELSE substr(form, 1, CAST(?6 AS INTEGER)) END"
+        " WHERE identifier = ?1 AND " +
+        which);
+}
+
+SqliteStatement reading(SqliteDatabase& database, const std::string& which) {
+    return database.prepare(
+        "SELECT number, identifier, kind, form, state, tries, status, answer FROM packages " + which);
+}
+
+OutboxPackage packageOf(const SqliteRun& row) {
+    OutboxPackage package{.number = row.integer(0),
+                          .identifier = std::string(row.bytes(1)),
+                          .kind = valueOf<PackageKind>(kindNames, row.bytes(2)),
+                          .form = std::string(row.bytes(3)),
+                          .state = valueOf<PackageState>(stateNames, row.bytes(4)),
+                          .tries = static_cast<int>(row.integer(5))};
+    if (package.tries == 0) return package;
+    auto& answer = package.lastAnswer.emplace();
+    if (const auto status = row.integer(6); status != 0) answer.status = static_cast<int>(status);
+    answer.text = row.bytes(7);
+    return package;
+}
+
+std::optional<OutboxPackage> onePackage(SqliteRun run) {
+    if (!run.next()) return std::nullopt;
+    return packageOf(run);
+}
+
+} // namespace
+
+const StateFormat OutboxFile::format = {
+    .applicationIdentifier = 0x43564F42, // "CVOB"
+    .version = 1,
+    .content = "attribution packages",
+    .tables =
+        "CREATE TABLE packages (number INTEGER PRIMARY KEY, identifier BLOB NOT NULL, kind TEXT NOT NULL,"
+        " state TEXT NOT NULL DEFAULT 'waiting', tries INTEGER NOT NULL DEFAULT 0, status INTEGER,"
+        " answer BLOB, form BLOB NOT NULL) STRICT;"
+        "CREATE TABLE memory (name BLOB PRIMARY KEY NOT NULL, value BLOB NOT NULL) STRICT, WITHOUT ROWID"};
+
+// Every parameter is a blob; texts and integers are cast from theirs.
+OutboxFile::OutboxFile(std::unique_ptr<SqliteDatabase> database)
+    : database_(std::move(database)),
+      add_{adding(*database_, PackageKind::session), adding(*database_, PackageKind::event),
+           adding(*database_, PackageKind::subscription)},
+      addOnce_(
+          database_->prepare("INSERT INTO packages (identifier, kind, form) SELECT ?1, CAST(?2 AS TEXT), ?3"
+                             " WHERE NOT EXISTS (SELECT 1 FROM packages WHERE identifier = ?1)")),
+      record_(recording(*database_, "number = CAST(?7 AS INTEGER)")),
+      recordUnnumbered_(recording(*database_, "?7 = x'30'")),
+      prune_(database_->prepare(
+          "DELETE FROM packages WHERE number <= CAST(?1 AS INTEGER) AND state <> 'waiting'")),
+      firstWaiting_(reading(*database_, "WHERE number > CAST(?1 AS INTEGER) AND state = 'waiting'"
+                                        " ORDER BY number LIMIT 1")),
+      newest_(reading(*database_, "ORDER BY number DESC LIMIT 1")),
+      all_(reading(*database_, "ORDER BY number")),
+      value_(database_->prepare("SELECT value FROM memory WHERE name = ?1")),
+      setValue_(database_->prepare("INSERT INTO memory VALUES (?1, ?2)"
+                                   " ON CONFLICT (name) DO UPDATE SET value = excluded.value")) {}
+
+void OutboxFile::add(const OutboxPackage& package) {
+    add_.at(static_cast<std::size_t>(package.kind)).run({package.identifier, package.form}).next();
+}
+
+void OutboxFile::begin() { database_->execute("BEGIN IMMEDIATE"); }
+
+void OutboxFile::commit() { database_->execute("COMMIT"); }
+
+void OutboxFile::rollBack() { database_->rollBack(); }
+
+void OutboxFile::addOnce(const OutboxPackage& package) {
+    addOnce_.run({package.identifier, nameOf(kindNames, package.kind), package.form}).next();
+    if (package.tries > 0) record(package);
+}
+
+void OutboxFile::record(const OutboxPackage& package) {
+    const auto& answer = package.lastAnswer.value();
+    const auto& statement = package.number != 0 ? record_ : recordUnnumbered_;
+    statement
+        .run({package.identifier, nameOf(stateNames, package.state), std::to_string(package.tries),
+              answer.status ? std::to_string(*answer.status) : "", answer.text, std::to_string(keptBytes),
+              std::to_string(package.number)})
+        .next();
+    if (package.state == PackageState::waiting) return;
+    // Those before it have been delivered as well: numbers go up in the order of delivery.
+    delivered_ = std::max(delivered_, package.number);
+    if (package.number > keptPackages) prune_.run({std::to_string(package.number - keptPackages)}).next();
+}
+
+std::optional<OutboxPackage> OutboxFile::firstWaiting(std::int64_t after) const {
+    const auto number = std::to_string(std::max(after, delivered_));
+    return onePackage(firstWaiting_.run({number}));
+}
+
+std::optional<OutboxPackage> OutboxFile::newest() const { return onePackage(newest_.run()); }
+
+std::vector<OutboxPackage> OutboxFile::packages() const {
+    std::vector<OutboxPackage> found;
+    auto rows = all_.run();
+    while (rows.next()) found.push_back(packageOf(rows));
+    return found;
+}
+
+std::optional<std::string> OutboxFile::value(std::string_view name) const {
+    auto run = value_.run({name});
+    if (!run.next()) return std::nullopt;
+    return std::string(run.bytes(0));
+}
+
+void OutboxFile::setValue(std::string_view name, std::string_view value) {
+    setValue_.run({name, value}).next();
+}
+
+OutboxInspection inspectOutbox(const std::filesystem::path& file) {
+    OutboxInspection inspection;
+    inspection.setAside = filesSetAside(file);
+    std::error_code error;
+    if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found)
+        return inspection;
+    try {
+        const OutboxFile outbox(openState(file, OutboxFile::format));
+        for (const auto& package : outbox.packages()) inspection.packages.push_back(entryOf(package));
+    } catch (const SqliteError& failure) {
+        inspection.fault = failure.what();
+    }
+    return inspection;
+}
+
+} // namespace corvantile

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "CorvantilePlatform/Ads/AAAttribution.hpp"
+#include "CorvantilePlatform/Ads/ASIdentifierManager.hpp"
+#include "CorvantilePlatform/Export.hpp"
+
+#include <chrono>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace corvantile {
+
+// What the ads services of this machine say. By default they do as a device without them does.
+struct AdsOptions {
+    // What whoever asks for an attribution token gets; none: `failure` is thrown.
+    std::optional<std::string> token = {};
+    AAAttributionFailure failure = AAAttributionFailure::platformNotSupported;
+    // How long either takes; more than LocalAds::longestDelay counts as that.
+    std::chrono::milliseconds delay{0};
+    // A UUID; any other text counts as withheld.
+    std::string advertisingIdentifier = ASIdentifierManager::withheldIdentifier;
+};
+
+// Ads services that never leave this machine. Threads: any.
+class CORVANTILE_API LocalAds final : public AAAttribution, public ASIdentifierManager {
+public:
+    // Tokens are asked for while an app launches.
+    static constexpr std::chrono::milliseconds longestDelay = std::chrono::seconds(1);
+
+    explicit LocalAds(AdsOptions options);
+    ~LocalAds() override;
+
+    // What is asked for from now on finds these.
+    void set(AdsOptions options);
+
+    // Blocks its thread for the delay.
+    [[nodiscard]] std::string token() override;
+    [[nodiscard]] std::string advertisingIdentifier() const override;
+
+private:
+    [[nodiscard]] AdsOptions options() const;
+
+    mutable std::mutex mutex_;
+    AdsOptions options_;
+};
+
+} // namespace corvantile

@@ -1,0 +1,108 @@
+#include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
+
+#include "CorvantileDesktop/detail/Storage/DefaultsMirror.hpp"
+#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+
+#include <atomic>
+#include <mutex>
+#include <system_error>
+#include <utility>
+
+namespace corvantile {
+
+struct SQLiteUserDefaults::Parts {
+    explicit Parts(UserDefaultsOptions given)
+        : options(std::move(given)), mirror(options.file, options.console) {}
+
+    // What follows with the mutex held.
+
+    const Dictionary& values() {
+        if (hasTurned.load(std::memory_order_relaxed) && hasTurned.exchange(false)) notice();
+        return mirror.values();
+    }
+
+    void notice() {
+        mirror.notice();
+        isBehind = mirror.isBehind();
+    }
+
+    const UserDefaultsOptions options;
+    std::atomic<bool> hasTurned{true}; // since somebody looked at the file; at first nobody has
+    std::atomic<bool> isBehind{false};
+    std::mutex mutex;
+    DefaultsMirror mirror;
+    LogWatch logWatch{longLog};
+};
+
+SQLiteUserDefaults::SQLiteUserDefaults(UserDefaultsOptions options)
+    : parts_(std::make_unique<Parts>(std::move(options))) {}
+
+SQLiteUserDefaults::~SQLiteUserDefaults() {
+    if (parts_->isBehind) parts_->mirror.catchUp();
+}
+
+void SQLiteUserDefaults::beginTurn() {
+    parts_->hasTurned.store(true, std::memory_order_relaxed);
+    if (!parts_->isBehind.load(std::memory_order_relaxed)) return;
+    const std::lock_guard lock(parts_->mutex);
+    parts_->notice();
+}
+
+std::optional<NSUserDefaults::Value> SQLiteUserDefaults::valueForKey(std::string_view key) const {
+    const std::lock_guard lock(parts_->mutex);
+    const auto& values = parts_->values();
+    const auto found = values.find(key);
+    if (found == values.end()) return std::nullopt;
+    return found->second;
+}
+
+void SQLiteUserDefaults::setValue(std::optional<Value> value, std::string_view forKey) {
+    std::unique_lock lock(parts_->mutex);
+    parts_->mirror.set(forKey, std::move(value));
+    parts_->isBehind = parts_->mirror.isBehind();
+    const bool mustEmptyLog = parts_->logWatch.hasGrownLong(parts_->mirror.logPages());
+    lock.unlock();
+    if (!mustEmptyLog) return;
+    auto empty = [file = parts_->options.file] { emptyStateLog(file, DefaultsFile::format); };
+    if (parts_->options.inBackground)
+        parts_->options.inBackground(std::move(empty));
+    else
+        empty();
+}
+
+NSUserDefaults::Dictionary SQLiteUserDefaults::dictionaryRepresentation() const {
+    const std::lock_guard lock(parts_->mutex);
+    return parts_->values();
+}
+
+// The wait for the disk is outside the lock: others go on reading and writing.
+bool SQLiteUserDefaults::synchronize() {
+    {
+        const std::lock_guard lock(parts_->mutex);
+        const bool hasCaughtUp = parts_->mirror.catchUp();
+        parts_->isBehind = parts_->mirror.isBehind();
+        if (!hasCaughtUp) return false;
+    }
+    try {
+        DefaultsFile::flush(parts_->options.file);
+        return true;
+    } catch (const SqliteError&) {
+        return false;
+    }
+}
+
+UserDefaultsInspection SQLiteUserDefaults::inspect(const std::filesystem::path& file) {
+    UserDefaultsInspection inspection;
+    inspection.setAside = filesSetAside(file);
+    std::error_code error;
+    if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found)
+        return inspection;
+    try {
+        inspection.values = DefaultsFile(openState(file, DefaultsFile::format)).load();
+    } catch (const SqliteError& failure) {
+        inspection.fault = failure.what();
+    }
+    return inspection;
+}
+
+} // namespace corvantile

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "CorvantilePlatform/Export.hpp"
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace corvantile {
+
+// Requests that go somewhere else than they say, so that a desk or a test can play a server. Threads: any.
+class CORVANTILE_API HTTPRoutes {
+public:
+    HTTPRoutes();
+    HTTPRoutes(const HTTPRoutes&) = delete;
+    HTTPRoutes& operator=(const HTTPRoutes&) = delete;
+    ~HTTPRoutes();
+
+    // From now on requests to exactly this origin ("https://host", with a port that is not the scheme's own)
+    // go to `base` ("http://127.0.0.1:1234", perhaps with a path), which their path and query follow. False,
+    // and nothing changes, when either could be none.
+    [[nodiscard]] bool set(std::string_view origin, std::string_view base);
+    void remove(std::string_view origin);
+
+    // Where a request to `url` goes: `url` itself when no route leads elsewhere.
+    [[nodiscard]] std::string destination(std::string_view url) const;
+
+private:
+    mutable std::mutex mutex_;
+    std::map<std::string, std::string> bases_; // by origin
+};
+
+} // namespace corvantile

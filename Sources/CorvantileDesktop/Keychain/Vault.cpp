@@ -1,0 +1,173 @@
+#include "CorvantileDesktop/Keychain/Vault.hpp"
+
+#include "CorvantileDesktop/Keychain/detail/MasterKey.hpp"
+#include "CorvantileDesktop/Keychain/detail/VaultReader.hpp"
+#include "CorvantileDesktop/Keychain/detail/VaultSeal.hpp"
+#include "CorvantileDesktop/Keychain/detail/VaultWriter.hpp"
+#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Keychain/KeychainError.hpp"
+
+#include <atomic>
+#include <mutex>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+VaultOptions withAbsoluteFolder(VaultOptions options) {
+    std::error_code error;
+    if (!options.folder.empty()) options.folder = fs::absolute(options.folder, error);
+    return options;
+}
+
+} // namespace
+
+struct Vault::Parts {
+    explicit Parts(VaultOptions given)
+        : options(withAbsoluteFolder(std::move(given))),
+          sealing(options.folder, [this](const std::string& text) { say(text); }),
+          reader(file()),
+          writer(file(), reader,
+                 {.say = [this](const std::string& text) { say(text); },
+                  .canRead =
+                      [this](const SealedEntry& entry) { return sealing.open(entry).dictionary.has_value(); },
+                  .inBackground = options.inBackground}) {}
+
+    // Empty: there is no place for one.
+    [[nodiscard]] fs::path file() const {
+        return options.folder.empty() ? fs::path() : options.folder / vaultFileName;
+    }
+
+    // False also where that cannot be told.
+    bool holds(std::string_view account, std::string_view service) {
+        try {
+            return reader.find(account, service).has_value();
+        } catch (const NSError&) {
+            return false; // the writer will find out why
+        }
+    }
+
+    VaultInspection::Entry describe(SealedEntry entry) {
+        OpenedEntry opened{std::nullopt, "the keychain is locked."};
+        try {
+            if (!locked.load()) opened = sealing.open(entry);
+        } catch (const NSError& error) {
+            opened.fault = error.localizedDescription();
+        }
+        return {std::move(entry.service), std::move(entry.account), std::move(opened.dictionary),
+                std::move(opened.fault)};
+    }
+
+    void requireUnlocked() const {
+        if (locked.load()) throw keychainError(KeychainStatus::interactionNotAllowed);
+    }
+
+    // Runs what changes the vault. The user hears of a fault even where the caller ignores it.
+    template <class Change>
+    auto changing(Change change) {
+        requireUnlocked();
+        try {
+            return change();
+        } catch (const NSError& error) {
+            sayFault(error);
+            throw;
+        }
+    }
+
+    void sayFault(const NSError& error) {
+        const std::unique_lock lock(mutex);
+        const auto& [place, isNew] = said.insert(error.localizedDescription());
+        if (isNew) say("Keychain in " + options.folder.string() + ": " + *place);
+    }
+
+    void say(const std::string& text) const {
+        if (options.console) options.console->print(text);
+    }
+
+    void report(std::string_view account, std::string_view service, std::string_view reason) const {
+        if (options.reportsUnreadableEntries) say(unreadableEntryLine(account, service, reason));
+    }
+
+    const VaultOptions options;
+    std::atomic<bool> locked{false};
+    VaultSeal sealing;
+    VaultReader reader;
+    VaultWriter writer;
+    std::mutex mutex; // of what follows
+    std::set<std::string> said;
+};
+
+Vault::Vault(VaultOptions options) : parts_(std::make_unique<Parts>(std::move(options))) {}
+Vault::~Vault() = default;
+
+std::optional<KeychainDictionary> Vault::load(std::string_view account, std::string_view service) const {
+    if (isLocked()) {
+        parts_->report(account, service, "the keychain is locked.");
+        return std::nullopt;
+    }
+    try {
+        const auto entry = parts_->reader.find(account, service);
+        if (!entry) return std::nullopt;
+        auto [dictionary, fault] = parts_->sealing.open(*entry);
+        if (!dictionary) parts_->report(account, service, fault);
+        return std::move(dictionary);
+    } catch (const NSError& error) {
+        parts_->sayFault(error);
+        parts_->report(account, service, error.localizedDescription());
+        return std::nullopt;
+    }
+}
+
+void Vault::save(const KeychainDictionary& dictionary, std::string_view account, std::string_view service) {
+    const bool isAdded = parts_->changing([&] {
+        // Without a key the entry could not be read; a new key, made only to find it there, would hide why.
+        if (!parts_->sealing.hasKey() && parts_->holds(account, service)) return false;
+        return parts_->writer.add(parts_->sealing.seal(dictionary, account, service));
+    });
+    if (!isAdded) throw keychainError(KeychainStatus::duplicateItem);
+}
+
+void Vault::update(const KeychainDictionary& dictionary, std::string_view account, std::string_view service) {
+    parts_->changing([&] { parts_->writer.put(parts_->sealing.seal(dictionary, account, service)); });
+}
+
+bool Vault::remove(std::string_view account, std::string_view service) {
+    return parts_->changing([&] {
+        // The writer would make a vault where there is none.
+        return parts_->reader.find(account, service) && parts_->writer.remove(account, service);
+    });
+}
+
+void Vault::setLocked(bool locked) { parts_->locked.store(locked); }
+bool Vault::isLocked() const { return parts_->locked.load(); }
+
+VaultInspection Vault::inspect() const {
+    VaultInspection inspection;
+    const auto attempt = [&inspection](auto look) {
+        try {
+            look();
+        } catch (const NSError& error) {
+            inspection.faults.push_back(error.localizedDescription());
+        }
+    };
+    std::string fault;
+    auto sealed = parts_->reader.all(fault);
+    if (!fault.empty()) inspection.faults.push_back(fault);
+    attempt([&] {
+        if (!parts_->sealing.hasKey() && !sealed.empty())
+            inspection.faults.emplace_back("There is no master key.");
+    });
+    for (auto& entry : sealed) inspection.entries.push_back(parts_->describe(std::move(entry)));
+    for (const auto* const name : {vaultFileName, MasterKey::fileName})
+        for (auto& file : filesSetAside(parts_->options.folder / name))
+            inspection.setAside.push_back(std::move(file));
+    return inspection;
+}
+
+} // namespace corvantile

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "CorvantileDesktop/Foundation/detail/Descriptor.hpp"
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace corvantile {
+
+// A folder that belongs to the user and is closed to everybody else; what is in it is safe from other users.
+// Errors: NSError that says what to put right.
+class PrivateFolder {
+public:
+    // nullopt when it is not there; throws when it is not private.
+    [[nodiscard]] static std::optional<PrivateFolder> find(const std::filesystem::path& path);
+    // Makes it, and those above it, unless it is there; its name outlives a power loss.
+    [[nodiscard]] static PrivateFolder make(const std::filesystem::path& path);
+
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+    // The bytes of a file in it, at most `limit`, or nullopt when there is none. Throws when it is no plain
+    // file, another user's, or open to others.
+    [[nodiscard]] std::optional<std::string> readPrivateFile(const std::string& name,
+                                                             std::size_t limit) const;
+
+    // Held until the descriptor closes: one process or thread at a time. Throws after a bounded wait.
+    [[nodiscard]] Descriptor lock() const;
+
+private:
+    PrivateFolder(std::filesystem::path path, Descriptor folder);
+
+    std::filesystem::path path_;
+    Descriptor folder_;
+};
+
+} // namespace corvantile

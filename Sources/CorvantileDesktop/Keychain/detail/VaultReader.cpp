@@ -1,0 +1,107 @@
+#include "CorvantileDesktop/Keychain/detail/VaultReader.hpp"
+
+#include "CorvantileDesktop/detail/Storage/Sqlite.hpp"
+#include "CorvantilePlatform/Keychain/KeychainError.hpp"
+
+#include <iterator>
+#include <utility>
+
+namespace corvantile {
+
+struct VaultReader::Connection {
+    explicit Connection(std::unique_ptr<SqliteDatabase> opened) : database(std::move(opened)) {}
+
+    std::unique_ptr<SqliteDatabase> database;
+    SqliteStatement find =
+        database->prepare("SELECT key, box FROM entries WHERE service = ?1 AND account = ?2");
+    SqliteStatement ascending =
+        database->prepare("SELECT service, account, key, box FROM entries ORDER BY service, account");
+    SqliteStatement descending = database->prepare(
+        "SELECT service, account, key, box FROM entries ORDER BY service DESC, account DESC");
+};
+
+VaultReader::VaultReader(std::filesystem::path file) : file_(std::move(file)) {}
+VaultReader::~VaultReader() = default;
+
+std::optional<SealedEntry> VaultReader::find(std::string_view account, std::string_view service) {
+    const std::lock_guard lock(mutex_);
+    try {
+        if (!open()) return std::nullopt;
+        auto run = connection_->find.run({service, account});
+        if (!run.next()) return std::nullopt;
+        return SealedEntry{std::string(service), std::string(account), std::string(run.bytes(0)),
+                           std::string(run.bytes(1))};
+    } catch (const SqliteError& error) {
+        throw vaultError(error);
+    }
+}
+
+std::vector<SealedEntry> VaultReader::all(std::string& fault) {
+    const std::lock_guard lock(mutex_);
+    std::vector<SealedEntry> entries;
+    try {
+        if (open()) append(entries, connection_->ascending);
+    } catch (const SqliteError& error) {
+        fault = vaultError(error).localizedDescription();
+    } catch (const NSError& error) {
+        fault = error.localizedDescription();
+    }
+    if (!fault.empty() && connection_) appendFromTheOtherEnd(entries);
+    return entries;
+}
+
+void VaultReader::append(std::vector<SealedEntry>& entries, const SqliteStatement& select) {
+    auto run = select.run();
+    while (run.next())
+        entries.push_back({std::string(run.bytes(0)), std::string(run.bytes(1)), std::string(run.bytes(2)),
+                           std::string(run.bytes(3))});
+}
+
+// What lies behind a damaged page, which stopped the way from the beginning.
+void VaultReader::appendFromTheOtherEnd(std::vector<SealedEntry>& entries) {
+    std::vector<SealedEntry> reversed;
+    try {
+        append(reversed, connection_->descending);
+    } catch (const SqliteError&) {
+        // It stops at the damaged page again.
+    }
+    entries.insert(entries.end(), std::make_move_iterator(reversed.rbegin()),
+                   std::make_move_iterator(reversed.rend()));
+}
+
+void VaultReader::reopen() {
+    const std::lock_guard lock(mutex_);
+    connection_.reset();
+}
+
+bool VaultReader::open() {
+    if (connection_) return true;
+    const auto file = FileIdentity::of(file_);
+    if (!file || file->size == 0) return false;
+    if (unusable_ && unusable_->file == *file) throw unusable_->error;
+    unusable_.reset();
+    try {
+        connection_ = connect();
+    } catch (const SqliteError& error) {
+        if (error.isUnreadable()) unusable_.emplace(Unusable{*file, vaultError(error)});
+        throw;
+    } catch (const NSError& error) {
+        unusable_.emplace(Unusable{*file, error});
+        throw;
+    }
+    return connection_ != nullptr;
+}
+
+std::unique_ptr<VaultReader::Connection> VaultReader::connect() const {
+    auto database = std::make_unique<SqliteDatabase>(file_, SqliteDatabase::Missing::fails);
+    switch (contentOf(*database)) {
+    case VaultContent::empty: return nullptr;
+    case VaultContent::later: throw laterVersionError();
+    case VaultContent::foreign:
+        throw keychainError(KeychainStatus::notAvailable, "The vault's file is no vault.");
+    case VaultContent::vault: break;
+    }
+    return std::make_unique<Connection>(std::move(database));
+}
+
+} // namespace corvantile

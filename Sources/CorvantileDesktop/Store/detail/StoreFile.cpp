@@ -1,0 +1,130 @@
+#include "CorvantileDesktop/Store/detail/StoreFile.hpp"
+
+#include "CorvantileLocalStore/LocalStoreError.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+// What SQLite says becomes the store's own error at this edge.
+template <class Act>
+auto translated(const std::filesystem::path& file, Act act) {
+    try {
+        return act();
+    } catch (const SqliteError& error) {
+        throw localStoreError(LocalStoreErrorCode::storage,
+                              file.filename().string() + " cannot be used: " + error.what() + ".");
+    }
+}
+
+} // namespace
+
+const StateFormat StoreFile::format = {
+    .applicationIdentifier = 0x43565354, // "CVST"
+    .version = 1,
+    .content = "local store",
+    .tables =
+        "CREATE TABLE records (key BLOB PRIMARY KEY NOT NULL, value BLOB NOT NULL) STRICT, WITHOUT ROWID"};
+
+struct StoreFile::Connection {
+    explicit Connection(std::unique_ptr<SqliteDatabase> opened)
+        : database(std::move(opened)),
+          select(database->prepare("SELECT key, value FROM records ORDER BY key")),
+          put(database->prepare("INSERT INTO records VALUES (?1, ?2)"
+                                " ON CONFLICT (key) DO UPDATE SET value = excluded.value")),
+          remove(database->prepare("DELETE FROM records WHERE key = ?1")),
+          version(database->prepare("PRAGMA data_version")) {}
+
+    [[nodiscard]] std::int64_t dataVersion() const {
+        auto run = version.run();
+        return run.next() ? run.integer(0) : 0;
+    }
+
+    void write(const Changes& changes) const {
+        for (const auto& [key, value] : changes) {
+            if (value)
+                put.run({key, *value}).next();
+            else
+                remove.run({key}).next();
+        }
+    }
+
+    // False: somebody has committed since `loaded`.
+    [[nodiscard]] bool commit(const Changes& changes, std::int64_t loaded) const {
+        database->execute("BEGIN IMMEDIATE");
+        try {
+            const bool isUpToDate = dataVersion() == loaded;
+            if (isUpToDate) write(changes);
+            database->execute(isUpToDate ? "COMMIT" : "ROLLBACK");
+            return isUpToDate;
+        } catch (const SqliteError&) {
+            database->rollBack();
+            throw;
+        }
+    }
+
+    const std::unique_ptr<SqliteDatabase> database;
+    const SqliteStatement select;
+    const SqliteStatement put;
+    const SqliteStatement remove;
+    const SqliteStatement version;
+};
+
+StoreFile::StoreFile(StoreFileOptions options) : options_(std::move(options)) {}
+StoreFile::~StoreFile() = default;
+
+void StoreFile::open() {
+    connection_.reset();
+    auto opened = openOrBeginState(options_.file, format);
+    if (opened.setAside && options_.console)
+        options_.console->print("The store began anew: " + options_.file.string() + " cannot be used (" +
+                                opened.reason + ") and was set aside as " +
+                                opened.setAside->filename().string() + ".");
+    connection_ = std::make_unique<Connection>(std::move(opened.database));
+}
+
+StoreStorage::Rows StoreFile::load() {
+    return translated(options_.file, [&] {
+        if (!connection_ || connection_->database->hasMoved()) open();
+        // Asked for before the rows: what is written in between is read now and once more later.
+        loadedVersion_ = connection_->dataVersion();
+        Rows loaded;
+        auto rows = connection_->select.run();
+        while (rows.next()) loaded.emplace_hint(loaded.end(), rows.bytes(0), rows.bytes(1));
+        return loaded;
+    });
+}
+
+bool StoreFile::hasChangedElsewhere() {
+    return translated(options_.file, [&] {
+        return !connection_ || connection_->database->hasMoved() ||
+               connection_->dataVersion() != loadedVersion_;
+    });
+}
+
+bool StoreFile::commit(const Changes& changes) {
+    return translated(options_.file, [&] {
+        if (!connection_ || !connection_->commit(changes, loadedVersion_)) return false;
+        emptyLongLog();
+        return true;
+    });
+}
+
+void StoreFile::emptyLongLog() {
+    if (logWatch_.hasGrownLong(connection_->database->logPages()))
+        options_.inBackground([file = options_.file] { emptyStateLog(file, format); });
+}
+
+std::string faultOfStoreFile(const std::filesystem::path& file) {
+    try {
+        static_cast<void>(openState(file, StoreFile::format));
+        return {};
+    } catch (const SqliteError& error) {
+        return error.what();
+    }
+}
+
+} // namespace corvantile

@@ -1,0 +1,150 @@
+#include "CorvantileDesktop/detail/Storage/Sqlite.hpp"
+
+#include <sqlite3.h>
+
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+// Long enough for a slow disk's flush; a process that was stopped inside a write holds others up no longer.
+constexpr int busyMilliseconds = 5000;
+
+sqlite3_stmt* prepared(sqlite3* database, std::string_view statement, unsigned flags, int& code) {
+    sqlite3_stmt* made = nullptr;
+    code = sqlite3_prepare_v3(database, statement.data(), static_cast<int>(statement.size()), flags, &made,
+                              nullptr);
+    return made;
+}
+
+} // namespace
+
+SqliteError::SqliteError(int extendedCode, std::string message)
+    : extendedCode_(extendedCode), message_(std::move(message)) {}
+
+SqliteError::~SqliteError() = default;
+
+bool SqliteError::isUnreadable() const { return code() == SQLITE_NOTADB || code() == SQLITE_CORRUPT; }
+
+bool SqliteError::mayPass() const {
+    return code() == SQLITE_FULL || code() == SQLITE_BUSY || extendedCode_ == SQLITE_IOERR_WRITE;
+}
+
+SqliteRun::~SqliteRun() {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+}
+
+bool SqliteRun::next() {
+    const int code = sqlite3_step(statement_);
+    if (code == SQLITE_ROW) return true;
+    if (code == SQLITE_DONE) return false;
+    sqlite3* const database = sqlite3_db_handle(statement_);
+    throw SqliteError(sqlite3_extended_errcode(database), sqlite3_errmsg(database));
+}
+
+std::string_view SqliteRun::bytes(int column) const {
+    const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(statement_, column));
+    return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
+}
+
+std::int64_t SqliteRun::integer(int column) const { return sqlite3_column_int64(statement_, column); }
+
+void SqliteStatement::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+
+SqliteRun SqliteStatement::run(std::initializer_list<std::string_view> blobs) const {
+    int place = 0;
+    for (const auto blob : blobs) {
+        // A null pointer would bind NULL, which no key ever equals.
+        const char* const bytes = blob.empty() ? "" : blob.data();
+        sqlite3_bind_blob64(statement_.get(), ++place, bytes, blob.size(), SQLITE_STATIC);
+    }
+    return SqliteRun(statement_.get());
+}
+
+void SqliteDatabase::Close::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
+
+SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, Missing missing) {
+    const int flags =
+        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (missing == Missing::isMade ? SQLITE_OPEN_CREATE : 0);
+    sqlite3* opened = nullptr;
+    const int code = sqlite3_open_v2(file.c_str(), &opened, flags, nullptr);
+    database_.reset(opened);
+    check(code);
+    sqlite3_extended_result_codes(opened, 1);
+    sqlite3_busy_timeout(opened, busyMilliseconds);
+    sqlite3_db_config(opened, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
+SqliteDatabase::~SqliteDatabase() = default;
+
+void SqliteDatabase::fail(int code) const {
+    throw SqliteError(code, database_ ? sqlite3_errmsg(database_.get()) : sqlite3_errstr(code));
+}
+
+void SqliteDatabase::check(int code) const {
+    if (code != SQLITE_OK) fail(code);
+}
+
+void SqliteDatabase::execute(const char* statements) {
+    check(sqlite3_exec(database_.get(), statements, nullptr, nullptr, nullptr));
+}
+
+void SqliteDatabase::rollBack() { sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr); }
+
+std::int64_t SqliteDatabase::integer(std::string_view query) {
+    int code = SQLITE_OK;
+    const SqliteStatement statement(prepared(database_.get(), query, 0, code));
+    check(code);
+    auto run = statement.run();
+    return run.next() ? run.integer(0) : 0;
+}
+
+SqliteStatement SqliteDatabase::prepare(std::string_view statement) {
+    int code = SQLITE_OK;
+    SqliteStatement made(prepared(database_.get(), statement, SQLITE_PREPARE_PERSISTENT, code));
+    check(code);
+    return made;
+}
+
+int SqliteDatabase::changes() const { return sqlite3_changes(database_.get()); }
+
+void SqliteDatabase::keepLog() {
+    execute("PRAGMA wal_autocheckpoint = 0");
+    const auto remember = [](void* pages, sqlite3*, const char*, int count) {
+        *static_cast<int*>(pages) = count;
+        return SQLITE_OK;
+    };
+    sqlite3_wal_hook(database_.get(), remember, &logPages_);
+}
+
+// A connection that has read nothing yet knows of no log.
+void SqliteDatabase::noticeLog() { static_cast<void>(integer("PRAGMA schema_version")); }
+
+bool SqliteDatabase::emptyLog() {
+    noticeLog();
+    int pages = 0;
+    int moved = 0;
+    const auto code =
+        sqlite3_wal_checkpoint_v2(database_.get(), nullptr, SQLITE_CHECKPOINT_PASSIVE, &pages, &moved);
+    return code == SQLITE_OK && pages > 0 && pages == moved;
+}
+
+void SqliteDatabase::flush() {
+    noticeLog();
+    for (const int which : {SQLITE_FCNTL_FILE_POINTER, SQLITE_FCNTL_JOURNAL_POINTER}) {
+        sqlite3_file* file = nullptr;
+        sqlite3_file_control(database_.get(), "main", which, &file);
+        if (file != nullptr && file->pMethods != nullptr)
+            check(file->pMethods->xSync(file, SQLITE_SYNC_NORMAL));
+    }
+}
+
+bool SqliteDatabase::hasMoved() const {
+    int moved = 0;
+    sqlite3_file_control(database_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    return moved != 0;
+}
+
+} // namespace corvantile

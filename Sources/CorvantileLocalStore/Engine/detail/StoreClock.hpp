@@ -1,0 +1,33 @@
+#pragma once
+
+#include "CorvantileLocalStore/Engine/StoreRecords.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
+
+#include <chrono>
+
+namespace corvantile {
+
+// The store's own time. It follows the device's clock at a rate, jumps on demand, and never goes back, also
+// where the device's clock is set back. Whole milliseconds, which is what receipts tell.
+class StoreClock {
+public:
+    explicit StoreClock(StoreClockSetting setting) : setting_(setting) {}
+    // A new one, which shows `start` now.
+    StoreClock(Date device, Date start, double rate)
+        : setting_{.device = device, .store = start, .rate = rate, .seen = start} {}
+
+    [[nodiscard]] const StoreClockSetting& setting() const { return setting_; }
+
+    [[nodiscard]] Date at(Date device);
+    void advance(Date device, std::chrono::duration<double> duration);
+    // Store seconds per second of the device; 0 stops the clock.
+    void setRate(Date device, double rate);
+
+    // What the device's clock has to go on until this one shows `store`. For ever when it stands still.
+    [[nodiscard]] std::chrono::nanoseconds until(Date store, Date device);
+
+private:
+    StoreClockSetting setting_;
+};
+
+} // namespace corvantile

@@ -1,0 +1,163 @@
+#include "CorvantileLocalStore/Engine/detail/StoreLedger.hpp"
+
+#include "CorvantileLocalStore/Engine/detail/RecordCoding.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <utility>
+
+namespace corvantile {
+
+namespace {
+
+constexpr std::string_view purchaseKey = "purchase/";
+constexpr std::string_view transactionKey = "transaction/";
+constexpr std::string_view subscriptionKey = "subscription/";
+constexpr std::string_view settingsKey = "settings";
+constexpr std::string_view clockKey = "clock";
+
+std::string keyed(std::string_view kind, std::string_view name) { return std::string(kind).append(name); }
+
+// Of one length, so that keys sort as numbers do.
+std::string nameOf(std::int64_t number) {
+    char text[24];
+    const int length = std::snprintf(text, sizeof text, "%012lld", static_cast<long long>(number));
+    return {text, static_cast<std::size_t>(length)};
+}
+
+std::int64_t numberAtEnd(std::string_view text) {
+    std::int64_t number = 0;
+    const auto digits = text.find_last_not_of("0123456789") + 1; // npos + 1 is 0
+    std::from_chars(text.data() + digits, text.data() + text.size(), number);
+    return number;
+}
+
+template <class Record, class Take>
+bool take(std::string_view text, Take store) {
+    auto record = recordFromText<Record>(text);
+    if (record) store(std::move(*record));
+    return record.has_value();
+}
+
+} // namespace
+
+StoreLedger::StoreLedger(const StoreStorage::Rows& rows, std::vector<std::string>& unreadable) {
+    if (const auto found = rows.find(settingsKey); found != rows.end()) {
+        auto read = recordFromText<StoreSettings>(found->second);
+        if (!read) unreadable.push_back(found->first);
+        settings_ = std::move(read).value_or(StoreSettings());
+    }
+    for (const auto& [key, text] : rows) {
+        bool isRead = true; // somebody else's rows are left alone
+        if (key.starts_with(purchaseKey))
+            isRead = take<StorePurchase>(text, [&](auto record) {
+                auto name = record.identifier;
+                if (record.refundDate) ++refunds_;
+                purchases_.emplace_hint(purchases_.end(), std::move(name), std::move(record));
+            });
+        else if (key.starts_with(transactionKey))
+            isRead = take<StoreTransaction>(
+                text, [&](auto record) { transactions_.emplace(record.number, std::move(record)); });
+        else if (key.starts_with(subscriptionKey))
+            isRead = take<StoreSubscription>(text, [&](auto record) {
+                subscriptions_.emplace(record.groupIdentifier, std::move(record));
+            });
+        else if (key == clockKey)
+            isRead = take<StoreClockSetting>(text, [&](auto record) { clock_ = record; });
+        if (!isRead) unreadable.push_back(key);
+        // Should the counters be unreadable, or older than what they have counted.
+        if (key.starts_with(transactionKey))
+            settings_.nextNumber = std::max(settings_.nextNumber, numberAtEnd(key) + 1);
+        if (key.starts_with(purchaseKey))
+            settings_.nextIdentifier = std::max(settings_.nextIdentifier, numberAtEnd(key) + 1);
+    }
+    for (const auto& [number, transaction] : transactions_)
+        settings_.nextIdentifier =
+            std::max(settings_.nextIdentifier, numberAtEnd(transaction.identifier.value_or("")) + 1);
+}
+
+const StorePurchase* StoreLedger::purchase(std::string_view identifier) const {
+    const auto found = purchases_.find(identifier);
+    return found == purchases_.end() ? nullptr : &found->second;
+}
+
+const StoreTransaction* StoreLedger::transaction(std::int64_t number) const {
+    const auto found = transactions_.find(number);
+    return found == transactions_.end() ? nullptr : &found->second;
+}
+
+void StoreLedger::put(StorePurchase purchase) {
+    changedPurchases_.insert(purchase.identifier);
+    auto& place = purchases_[purchase.identifier];
+    if (purchase.refundDate && !place.refundDate) ++refunds_; // nobody takes a refund back
+    place = std::move(purchase);
+}
+
+void StoreLedger::put(StoreTransaction transaction) {
+    changedTransactions_.insert(transaction.number);
+    const auto number = transaction.number;
+    transactions_.insert_or_assign(number, std::move(transaction));
+}
+
+void StoreLedger::put(StoreSubscription subscription) {
+    changedSubscriptions_.insert(subscription.groupIdentifier);
+    auto name = subscription.groupIdentifier;
+    subscriptions_.insert_or_assign(std::move(name), std::move(subscription));
+}
+
+void StoreLedger::put(StoreSettings settings) {
+    if (settings == settings_) return;
+    settings_ = std::move(settings);
+    haveSettingsChanged_ = true;
+}
+
+void StoreLedger::put(StoreClockSetting clock) {
+    if (clock_ == clock) return;
+    clock_ = clock;
+    hasClockChanged_ = true;
+}
+
+void StoreLedger::removeTransaction(std::int64_t number) {
+    const auto found = transactions_.find(number);
+    if (found == transactions_.end()) return;
+    changedTransactions_.insert(number);
+    removedTransactions_.push_back(std::move(found->second));
+    transactions_.erase(found);
+}
+
+std::string StoreLedger::makeIdentifier() {
+    haveSettingsChanged_ = true;
+    return std::to_string(settings_.nextIdentifier++);
+}
+
+std::int64_t StoreLedger::makeNumber() {
+    haveSettingsChanged_ = true;
+    return settings_.nextNumber++;
+}
+
+bool StoreLedger::hasChanges() const {
+    return !changedPurchases_.empty() || !changedTransactions_.empty() || !changedSubscriptions_.empty() ||
+           haveSettingsChanged_ || hasClockChanged_;
+}
+
+StoreLedger::Changes StoreLedger::takeChanges() {
+    Changes changes;
+    changes.hasNewPurchases = !changedPurchases_.empty() || !changedSubscriptions_.empty();
+    for (const auto& name : std::exchange(changedPurchases_, {}))
+        changes.rows.emplace(keyed(purchaseKey, name), text(purchases_.at(name)));
+    for (const auto& name : std::exchange(changedSubscriptions_, {}))
+        changes.rows.emplace(keyed(subscriptionKey, name), text(subscriptions_.at(name)));
+    for (const auto number : std::exchange(changedTransactions_, {})) {
+        const auto* const left = transaction(number);
+        changes.rows.emplace(keyed(transactionKey, nameOf(number)),
+                             left ? std::optional(text(*left)) : std::nullopt);
+        if (left) changes.updated.push_back(*left);
+    }
+    changes.removed = std::exchange(removedTransactions_, {});
+    if (std::exchange(haveSettingsChanged_, false)) changes.rows.emplace(settingsKey, text(settings_));
+    if (std::exchange(hasClockChanged_, false)) changes.rows.emplace(clockKey, text(*clock_));
+    return changes;
+}
+
+} // namespace corvantile

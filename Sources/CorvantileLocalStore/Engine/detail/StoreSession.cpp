@@ -1,0 +1,84 @@
+#include "CorvantileLocalStore/Engine/detail/StoreSession.hpp"
+
+#include "CorvantileLocalStore/Engine/StoreStorage.hpp"
+#include "CorvantileLocalStore/Engine/detail/ReceiptText.hpp"
+#include "CorvantilePlatform/Foundation/Clock.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+
+#include <algorithm>
+#include <vector>
+
+namespace corvantile {
+
+void StoreSession::setListener(LocalStore::Listener told) {
+    const std::lock_guard lock(mutex_);
+    listener_ = std::move(told);
+}
+
+Date StoreSession::deviceNow() const { return options.clock->now(); }
+
+Date StoreSession::now() {
+    const auto followed = clock->setting().device;
+    const auto shown = clock->at(deviceNow());
+    // The device's clock was set back, which the next launch has to know.
+    if (clock->setting().device != followed) ledger.put(clock->setting());
+    return shown;
+}
+
+void StoreSession::refresh() {
+    if (isLoaded_ && !options.storage->hasChangedElsewhere()) return;
+    std::vector<std::string> unreadable;
+    ledger = StoreLedger(options.storage->load(), unreadable);
+    for (const auto& key : unreadable)
+        if (options.console)
+            options.console->print("The store passes over a record that it cannot read: " + key);
+    setClock();
+    isLoaded_ = true;
+    writeReceipt();
+    LocalStore::News news{.isAll = true};
+    news.updated.reserve(ledger.transactions().size());
+    for (const auto& [number, transaction] : ledger.transactions()) news.updated.push_back(transaction);
+    announce(std::move(news));
+}
+
+void StoreSession::setClock() {
+    const auto device = deviceNow();
+    if (const auto& kept = ledger.clock()) {
+        auto setting = *kept;
+        if (clock) setting.seen = std::max(setting.seen, clock->setting().seen);
+        clock.emplace(setting);
+    } else {
+        clock.emplace(device, options.start.value_or(device), 1);
+        ledger.put(clock->setting());
+    }
+    if (!options.clockRate || isRateKept_) return;
+    clock->setRate(device, *options.clockRate);
+    ledger.put(clock->setting());
+}
+
+bool StoreSession::commit() {
+    if (!ledger.hasChanges()) return true;
+    ledger.put(clock->setting());
+    auto changes = ledger.takeChanges();
+    isLoaded_ = false; // until it is written down: what fails is read again
+    if (!options.storage->commit(changes.rows)) return false;
+    isLoaded_ = true;
+    isRateKept_ = true;
+    if (changes.hasNewPurchases) writeReceipt();
+    announce({.updated = std::move(changes.updated), .removed = std::move(changes.removed)});
+    return true;
+}
+
+void StoreSession::announce(LocalStore::News news) const {
+    news.hasPromotions = !ledger.settings().promotions.empty();
+    if (listener_) listener_(news);
+}
+
+void StoreSession::writeReceipt() {
+    auto bytes = receiptBytes(ledger, options.bundleIdentifier);
+    if (bytes.empty() || bytes == writtenReceipt_ || !options.writeReceipt) return;
+    options.writeReceipt(bytes);
+    writtenReceipt_ = std::move(bytes);
+}
+
+} // namespace corvantile

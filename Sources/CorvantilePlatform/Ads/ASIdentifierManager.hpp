@@ -1,0 +1,28 @@
+#pragma once
+
+#include "CorvantilePlatform/Export.hpp"
+
+#include <memory>
+#include <string>
+
+namespace corvantile {
+
+// Who the device is to advertisers. Threads: any.
+class CORVANTILE_API ASIdentifierManager {
+public:
+    // What a device says whose user keeps it to himself.
+    static constexpr const char* withheldIdentifier = "00000000-0000-0000-0000-000000000000";
+
+    ASIdentifierManager() = default;
+    ASIdentifierManager(const ASIdentifierManager&) = delete;
+    ASIdentifierManager& operator=(const ASIdentifierManager&) = delete;
+    virtual ~ASIdentifierManager();
+
+    // The manager of the installed platform.
+    [[nodiscard]] static std::shared_ptr<ASIdentifierManager> shared();
+
+    // An upper-case UUID; all zeros where the user withholds it.
+    [[nodiscard]] virtual std::string advertisingIdentifier() const = 0;
+};
+
+} // namespace corvantile

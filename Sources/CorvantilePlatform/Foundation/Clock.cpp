@@ -1,0 +1,7 @@
+#include "CorvantilePlatform/Foundation/Clock.hpp"
+
+namespace corvantile {
+
+Clock::~Clock() = default;
+
+} // namespace corvantile

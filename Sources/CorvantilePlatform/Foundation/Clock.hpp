@@ -1,0 +1,24 @@
+#pragma once
+
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
+
+#include <chrono>
+
+namespace corvantile {
+
+// Wall time and the local time zone. Timers do not follow it: they belong to the queues. Threads: any.
+class CORVANTILE_API Clock {
+public:
+    Clock() = default;
+    Clock(const Clock&) = delete;
+    Clock& operator=(const Clock&) = delete;
+    virtual ~Clock();
+
+    [[nodiscard]] virtual Date now() const = 0;
+
+    // What local time is ahead of UTC at `date`; negative west of Greenwich.
+    [[nodiscard]] virtual std::chrono::seconds localOffset(Date date) const = 0;
+};
+
+} // namespace corvantile

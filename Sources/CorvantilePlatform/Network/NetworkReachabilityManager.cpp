@@ -1,0 +1,8 @@
+#include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
+
+namespace corvantile {
+
+NetworkReachabilityManager::~NetworkReachabilityManager() = default;
+NetworkReachabilityManagers::~NetworkReachabilityManagers() = default;
+
+} // namespace corvantile

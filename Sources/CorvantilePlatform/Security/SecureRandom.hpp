@@ -1,0 +1,22 @@
+#pragma once
+
+#include "CorvantilePlatform/Export.hpp"
+
+#include <cstddef>
+
+namespace corvantile {
+
+// The platform's source of random bytes that nobody can foresee. Threads: any.
+class CORVANTILE_API SecureRandom {
+public:
+    SecureRandom() = default;
+    SecureRandom(const SecureRandom&) = delete;
+    SecureRandom& operator=(const SecureRandom&) = delete;
+    virtual ~SecureRandom();
+
+    // Fills the buffer; false when no random bytes can be had, and the buffer is then as it was. Callers that
+    // go on with what was in the buffer may ignore the answer.
+    virtual bool copyBytes(unsigned char* bytes, std::size_t count) = 0;
+};
+
+} // namespace corvantile

@@ -1,0 +1,7 @@
+#include "CorvantilePlatform/Version.hpp"
+
+namespace corvantile {
+
+std::string_view libraryVersion() { return CORVANTILE_VERSION; }
+
+} // namespace corvantile

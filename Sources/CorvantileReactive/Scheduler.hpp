@@ -1,0 +1,34 @@
+#pragma once
+
+#include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantileReactive/Disposable.hpp"
+
+#include <chrono>
+#include <functional>
+
+namespace corvantile::rx {
+
+// Runs actions one after the other, in order. Threads: any. Dropping the scheduler or a handle cancels
+// nothing.
+class CORVANTILE_API Scheduler {
+public:
+    Scheduler() = default;
+    Scheduler(const Scheduler&) = delete;
+    Scheduler& operator=(const Scheduler&) = delete;
+    virtual ~Scheduler();
+
+    // Without a handle: what operators use. Asynchronous, unless the scheduler says otherwise.
+    virtual void post(WorkItem action) = 0;
+
+    // Disposed of before the start, the action does not run.
+    [[nodiscard]] Disposable schedule(std::function<void()> action);
+
+    // The same, not before `delay` has passed; always asynchronous.
+    [[nodiscard]] Disposable scheduleRelative(std::chrono::nanoseconds delay, std::function<void()> action);
+
+private:
+    virtual void postAfter(std::chrono::nanoseconds delay, WorkItem action) = 0;
+};
+
+} // namespace corvantile::rx

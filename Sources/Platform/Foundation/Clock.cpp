@@ -1,7 +1,0 @@
-#include "Platform/Foundation/Clock.hpp"
-
-namespace corvantile {
-
-Clock::~Clock() = default;
-
-} // namespace corvantile

@@ -1,0 +1,178 @@
+#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "Tests/CorvantileDesktop/ChildProcess.hpp"
+#include "Tests/CorvantileDesktop/StoreFiles.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
+#include "Tests/CorvantileDesktop/TextFiles.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+// What holds for each of the files that processes share.
+namespace corvantile {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+using Damage = void (*)(const fs::path& file);
+
+const std::vector<Damage> damagesOfAll = {
+    [](const fs::path& file) { writeFile(file, "These are no tables. " + std::string(5000, '.')); },
+    [](const fs::path& file) { writeFile(file, bytesOf(file).substr(0, 5000)); },
+    [](const fs::path& file) { alter(file, "PRAGMA application_id = 7; PRAGMA user_version = 9"); }};
+const std::vector<Damage> damagesOfVaults = {
+    [](const fs::path& file) { fs::remove(file), writeFile(beside(file, "-wal"), "log"); },
+    [](const fs::path& file) { alter(file, "ALTER TABLE entries RENAME TO mine"); }};
+const std::vector<Damage> damagesOfOthers = {
+    [](const fs::path& file) { fs::resize_file(file, 0), writeFile(beside(file, "-wal"), "log"); },
+    [](const fs::path& file) { writeFile(file, bytesOf(file).replace(2 * 4096, 4096, 4096, 'x')); },
+    [](const fs::path& file) { fs::remove(file), fs::create_directory(file); },
+    [](const fs::path& file) { fs::remove(file), fs::create_symlink("nowhere", file); }};
+
+template <class Stored>
+class StateFiles : public testing::Test {
+protected:
+    [[nodiscard]] Stored open() const { return Stored(file, console); }
+
+    static std::string textOf(const std::string& name) { return name + std::string(name.size() * 97, '.'); }
+
+    // A file of several pages, with nothing in its log.
+    void prepare() const {
+        for (int number = 0; number < 40; ++number) {
+            const auto name = "former " + std::to_string(number);
+            open().save(name, textOf(name));
+        }
+        alter(file, "PRAGMA wal_checkpoint(TRUNCATE)");
+    }
+
+    const TemporaryFolder home;
+    const fs::path folder = home.path() / "state";
+    const fs::path file = folder / Stored::fileName;
+    const std::shared_ptr<ListeningConsole> console = std::make_shared<ListeningConsole>();
+};
+
+using Stores = testing::Types<TextsInVault, TextsInUserDefaults, TextsInStore, TextsInOutbox>;
+TYPED_TEST_SUITE(StateFiles, Stores);
+
+TYPED_TEST(StateFiles, AreMadeByTheFirstSaveForTheirUserAlone) {
+    auto store = this->open();
+    EXPECT_FALSE(fs::exists(this->folder));
+
+    const auto before = ::umask(0);
+    store.save("name", "text");
+    ::umask(before);
+
+    EXPECT_EQ(fs::status(this->folder).permissions(), fs::perms::owner_all);
+    for (const auto& entry : fs::directory_iterator(this->folder))
+        EXPECT_EQ(entry.status().permissions(), fs::perms::owner_read | fs::perms::owner_write) << entry;
+}
+
+TYPED_TEST(StateFiles, AreSetAsideWhenTheyCannotBeUsedAndBegunAnew) {
+    this->prepare();
+    const auto prepared = this->home.path() / "prepared";
+    fs::rename(this->folder, prepared);
+    auto damages = std::is_same_v<TypeParam, TextsInVault> ? damagesOfVaults : damagesOfOthers;
+    damages.insert(damages.end(), damagesOfAll.begin(), damagesOfAll.end());
+    int number = 0;
+    for (const auto& damage : damages) {
+        SCOPED_TRACE(++number);
+        fs::remove_all(this->folder);
+        fs::copy(prepared, this->folder, fs::copy_options::recursive);
+        damage(this->file);
+        const auto damaged = bytesOf(this->file), log = bytesOf(beside(this->file, "-wal"));
+        this->console->lines.clear();
+
+        this->open().save("new", "text");
+
+        EXPECT_EQ(TypeParam::in(this->file), (Texts{{"new", "text"}}));
+        EXPECT_EQ(bytesOf(beside(this->file, ".set-aside-1")), damaged);
+        EXPECT_EQ(bytesOf(beside(this->file, ".set-aside-1-wal")), log);
+        EXPECT_THAT(filesSetAside(this->file), Not(IsEmpty()));
+        EXPECT_THAT(this->console->lines,
+                    ElementsAre(HasSubstr(std::string(TypeParam::fileName) + ".set-aside-1")));
+    }
+}
+
+TYPED_TEST(StateFiles, OfALaterVersionAreLeftAlone) {
+    this->prepare();
+    alter(this->file, "PRAGMA user_version = 2; PRAGMA wal_checkpoint(TRUNCATE)");
+    const auto before = bytesOf(this->file);
+
+    try {
+        this->open().save("new", "text");
+    } catch (const NSError& error) {
+        this->console->print(error.localizedDescription());
+    }
+
+    EXPECT_EQ(bytesOf(this->file), before);
+    EXPECT_THAT(filesSetAside(this->file), IsEmpty());
+    EXPECT_THAT(this->console->lines, Contains(HasSubstr("later version")));
+}
+
+// One process writes and is killed at some moment while another goes on. CORVANTILE_KILL_ROUNDS sets how
+// often.
+TYPED_TEST(StateFiles, LoseNothingAcknowledgedWhenAProcessIsKilled) {
+    constexpr std::size_t ofOther = 5;
+    const auto nameOf = [](int round, const char* writer, std::size_t number) {
+        return std::to_string(round) + writer + std::to_string(number);
+    };
+    const auto write = [&](int round, const char* writer, std::size_t count) {
+        return [&, round, writer, count](int out) {
+            auto store = this->open();
+            for (std::size_t number = 0; number < count; ++number) {
+                const auto name = nameOf(round, writer, number);
+                store.save(name, this->textOf(name));
+                if (::write(out, "+", 1) != 1) ::_exit(2);
+            }
+        };
+    };
+    const char* const asked = std::getenv("CORVANTILE_KILL_ROUNDS");
+    const int rounds = asked != nullptr ? std::atoi(asked) : 60;
+    std::mt19937 random(7);
+    std::uniform_int_distribution<std::size_t> writesBefore(0, 3);
+    std::uniform_int_distribution<int> microsecondsLater(0, 5'000);
+    std::size_t acknowledged = 0;
+    for (int round = 0; round < rounds && !this->HasFailure(); ++round) {
+        if (round % 4 == 0) fs::remove_all(this->folder); // making it is interrupted too
+        ChildProcess killed(write(round, " killed ", 20'000));
+        ChildProcess other(write(round, " other ", ofOther));
+        auto count = killed.read(writesBefore(random)).size();
+        // Somewhere within the next write: a kill needs a moment of real time.
+        std::this_thread::sleep_for(std::chrono::microseconds(microsecondsLater(random)));
+        killed.kill();
+        count += killed.readAll().size();
+        acknowledged += count;
+        EXPECT_EQ(other.readAll().size(), ofOther);
+
+        const auto texts = TypeParam::in(this->file);
+        for (const auto& [name, text] : texts) EXPECT_EQ(text, this->textOf(name));
+        for (std::size_t number = 0; number < count; ++number)
+            EXPECT_TRUE(texts.contains(nameOf(round, " killed ", number))) << number;
+        for (std::size_t number = 0; number < ofOther; ++number)
+            EXPECT_TRUE(texts.contains(nameOf(round, " other ", number))) << number;
+        EXPECT_THAT(filesSetAside(this->file), IsEmpty());
+    }
+    EXPECT_GT(acknowledged, static_cast<std::size_t>(rounds) / 2);
+}
+
+} // namespace
+} // namespace corvantile
