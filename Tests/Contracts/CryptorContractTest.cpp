@@ -9,8 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace corvantile {
-namespace {
+namespace corvantile::CryptorContractTest {
 
 constexpr auto encrypt = Cryptor::Operation::encrypt;
 constexpr auto decrypt = Cryptor::Operation::decrypt;
@@ -107,5 +106,4 @@ TYPED_TEST(SecureRandomContract, FillsTheWholeBufferWithOtherBytesEachTime) {
     EXPECT_FALSE(std::equal(first.end() - 8, first.end(), second.end() - 8));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::CryptorContractTest

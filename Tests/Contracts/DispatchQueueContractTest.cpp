@@ -14,8 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::DispatchQueueContractTest {
 
 using namespace std::chrono_literals;
 
@@ -184,5 +183,4 @@ TYPED_TEST(DispatchQueueContract, DestroysUnrunWhatWaitsWhenTheProcessEnds) {
     EXPECT_EQ(ran, 0);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::DispatchQueueContractTest

@@ -17,8 +17,7 @@
 #include <string>
 #include <utility>
 
-namespace corvantile {
-namespace {
+namespace corvantile::HTTPClientContractTest {
 
 using namespace std::chrono_literals;
 using testing::Contains;
@@ -176,5 +175,4 @@ TYPED_TEST(HTTPClientContract, EndsWithTheProcess) {
     EXPECT_EQ(underWay.calls + late.calls, 0);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::HTTPClientContractTest

@@ -11,8 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::LocksmithContractTest {
 
 using namespace std::string_literals;
 
@@ -157,5 +156,4 @@ TYPED_TEST(LocksmithContract, BelongsToTheAppUnlessAServiceIsNamed) {
     EXPECT_NE(Locksmith::loadDataForUserAccount("account", "another contractBundle"), std::nullopt);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::LocksmithContractTest

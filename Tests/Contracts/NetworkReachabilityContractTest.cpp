@@ -10,8 +10,7 @@
 #include <functional>
 #include <memory>
 
-namespace corvantile {
-namespace {
+namespace corvantile::NetworkReachabilityContractTest {
 
 using namespace std::chrono_literals;
 
@@ -113,5 +112,4 @@ TYPED_TEST(NetworkReachabilityContract, LetsAManagerOutliveTheProcess) {
     EXPECT_TRUE(ear.isReleased());
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::NetworkReachabilityContractTest

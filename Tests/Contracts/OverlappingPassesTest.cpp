@@ -16,8 +16,7 @@
 #include <vector>
 
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
-namespace corvantile {
-namespace {
+namespace corvantile::OverlappingPassesTest {
 
 TEST(OverlappingPasses, SendEachTransactionOnceOnRealThreads) {
     constexpr std::int64_t transactionCount = 100;
@@ -53,6 +52,5 @@ TEST(OverlappingPasses, SendEachTransactionOnceOnRealThreads) {
     EXPECT_EQ(std::set<std::string>(lines.begin(), lines.end()).size(), lines.size());
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::OverlappingPassesTest
 #endif

@@ -16,8 +16,7 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::PaymentQueueContractTest {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -213,5 +212,4 @@ TYPED_TEST(PaymentQueueContract, AnswersWhatIsAskedOfTheStoreOnceOnItsQueueUnles
     EXPECT_THAT(this->news(), ElementsAre("1", "error"));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::PaymentQueueContractTest

@@ -18,8 +18,7 @@
 #include <memory>
 #include <optional>
 
-namespace corvantile {
-namespace {
+namespace corvantile::StorageStoriesTest {
 
 using testing::HasSubstr;
 using testing::Not;
@@ -96,5 +95,4 @@ TYPED_TEST(StorageStory, KeepsRecordsEncryptedUntilAReinstallAndTheFirstDateBeyo
     EXPECT_EQ(latest(Corvantile::queryAppDelegate<FirstDatePluggable>()->firstDate()), longAgo);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::StorageStoriesTest

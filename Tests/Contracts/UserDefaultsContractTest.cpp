@@ -7,8 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace corvantile {
-namespace {
+namespace corvantile::UserDefaultsContractTest {
 
 using namespace std::string_literals;
 using Dictionary = NSUserDefaults::Dictionary;
@@ -102,5 +101,4 @@ TYPED_TEST(UserDefaultsContract, IsReadAndWrittenByManyThreadsAtOnce) {
               (Dictionary{{"0", "50"}, {"1", "50"}, {"2", "50"}, {"3", "50"}}));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::UserDefaultsContractTest

@@ -9,8 +9,7 @@
 
 #include <chrono>
 
-namespace corvantile {
-namespace {
+namespace corvantile::AdNetworkPluginTest {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
@@ -126,5 +125,4 @@ TEST(URLTextDeathTest, TakesOnlyWhatCanBeAURL) {
             << text;
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::AdNetworkPluginTest

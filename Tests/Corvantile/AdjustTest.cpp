@@ -4,8 +4,7 @@
 #include "CorvantileTest/RecordingAdjust.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-namespace corvantile {
-namespace {
+namespace corvantile::AdjustTest {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -169,5 +168,4 @@ TEST_F(SendingToAdjust, SendsASubscriptionIfThereIsAReceipt) {
                                      "Adjust IAP track---     2024-01-02 03:04:05 +0000 US"));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::AdjustTest

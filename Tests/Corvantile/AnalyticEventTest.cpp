@@ -8,8 +8,7 @@
 
 #include <cstdint>
 
-namespace corvantile {
-namespace {
+namespace corvantile::AnalyticEventTest {
 
 using Status = NetworkReachabilityStatus;
 
@@ -107,5 +106,4 @@ TEST_F(Events, DefaultEventsHaveTheirNamesAndParameters) {
     }
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::AnalyticEventTest

@@ -7,8 +7,7 @@
 
 #include <thread>
 
-namespace corvantile {
-namespace {
+namespace corvantile::AnalyticPluginTest {
 
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -113,5 +112,4 @@ TEST_F(Router, TakesASinkWhileAnotherThreadTracks) {
     EXPECT_THAT(journal_, SizeIs(1000));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::AnalyticPluginTest

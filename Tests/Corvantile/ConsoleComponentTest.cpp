@@ -6,8 +6,7 @@
 #include <cmath>
 #include <limits>
 
-namespace corvantile {
-namespace {
+namespace corvantile::ConsoleComponentTest {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -95,5 +94,4 @@ TEST_F(Printing, KeepsEveryNameThatItIsToIgnore) {
     EXPECT_THAT(component_.ignoredEventNames(), ElementsAre("b", "a", "b"));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::ConsoleComponentTest

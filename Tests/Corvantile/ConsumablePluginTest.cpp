@@ -4,8 +4,7 @@
 #include "CorvantileTest/ScriptedStore.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-namespace corvantile {
-namespace {
+namespace corvantile::ConsumablePluginTest {
 
 using State = SKPaymentTransactionState;
 using Identifiers = std::vector<std::string>;
@@ -45,5 +44,4 @@ TEST_F(Consumables, AreIdentifiedByTheBundleAndTheirKey) {
     EXPECT_EQ(gems.identifier(), ".gems");
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::ConsumablePluginTest

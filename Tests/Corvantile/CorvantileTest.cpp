@@ -11,8 +11,7 @@
 #include "HostCore/HostCore.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-namespace corvantile {
-namespace {
+namespace corvantile::CorvantileTest {
 
 using testing::Eq;
 
@@ -91,5 +90,4 @@ TEST_F(StaticCorvantileDeathTest, ARequiredServiceThatIsMissingEndsTheProcess) {
                  "^Corvantile/FirstDatePlugin" + report + "AnalyticPluggable\\.\n$");
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::CorvantileTest

@@ -15,8 +15,7 @@
 #include <functional>
 #include <string_view>
 
-namespace corvantile {
-namespace {
+namespace corvantile::DatabasePluginTest {
 
 using namespace std::chrono_literals;
 using testing::Contains;
@@ -232,5 +231,4 @@ TEST(ApplicationState, MirrorsTheRecordAndTellsOfChanges) {
     EXPECT_EQ(ApplicationState::fromJSON(R"({"primaryID":3.5,"updatedTime":0})"), nullptr);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::DatabasePluginTest

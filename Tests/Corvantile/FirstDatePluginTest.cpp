@@ -9,8 +9,7 @@
 
 #include <chrono>
 
-namespace corvantile {
-namespace {
+namespace corvantile::FirstDatePluginTest {
 
 using namespace std::chrono_literals;
 using testing::AllOf;
@@ -109,5 +108,4 @@ TEST_F(FirstDate, ReportsARefusalAsAnEventAndPublishesNothing) {
     EXPECT_THAT(published_, ElementsAre(midnight_));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::FirstDatePluginTest

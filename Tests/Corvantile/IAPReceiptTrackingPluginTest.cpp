@@ -8,8 +8,7 @@
 #include "Tests/Corvantile/PurchaseFakes.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-namespace corvantile {
-namespace {
+namespace corvantile::IAPReceiptTrackingPluginTest {
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -195,5 +194,4 @@ TEST(IAPReceiptTrackingPasses, SendEachTransactionOnceInWhateverOrderTheirQueues
     forEachSeed(200, play, testing::Test::HasFailure);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::IAPReceiptTrackingPluginTest

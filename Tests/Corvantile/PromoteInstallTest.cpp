@@ -8,8 +8,7 @@
 #include <cstdint>
 #include <string>
 
-namespace corvantile {
-namespace {
+namespace corvantile::PromoteInstallTest {
 
 using testing::HasSubstr;
 
@@ -68,5 +67,4 @@ TEST(PromoteInstalls, NameTheKeyThatCannotBeRead) {
     for (const char* json : {"", "[]", "nonsense"}) EXPECT_THAT(failure(json), HasSubstr("JSON"));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::PromoteInstallTest

@@ -6,8 +6,7 @@
 
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::PurchaseDecisionTest {
 
 // The plain cases are those of the year of purchases, from end to end.
 TEST(PurchaseDecision, FollowsFromARecordItsPlaceAndTheTime) {
@@ -45,5 +44,4 @@ TEST(PurchaseDecision, FollowsFromARecordItsPlaceAndTheTime) {
     EXPECT_EQ(abroad.region, std::nullopt);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::PurchaseDecisionTest

@@ -10,8 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::RecordStoreTest {
 
 using testing::Pair;
 using testing::UnorderedElementsAre;
@@ -129,5 +128,4 @@ TEST_F(AESText, RefusesDamageAnotherKeyAndWhatNeedsPaddingWithoutIt) {
     EXPECT_EQ(aesEncrypt("not a block", key, iv, 0), std::nullopt);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::RecordStoreTest

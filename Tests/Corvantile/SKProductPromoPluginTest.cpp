@@ -6,8 +6,7 @@
 #include "CorvantileTest/ScriptedStore.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-namespace corvantile {
-namespace {
+namespace corvantile::SKProductPromoPluginTest {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -104,5 +103,4 @@ TEST_F(Promotion, LogsErrorsAndEachTransactionThatHasAnIdentifier) {
                                      "\"Transaction (\\\"2\\\") is purchased.\""));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::SKProductPromoPluginTest

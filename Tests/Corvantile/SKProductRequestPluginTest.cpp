@@ -10,8 +10,7 @@
 
 #include <functional>
 
-namespace corvantile {
-namespace {
+namespace corvantile::SKProductRequestPluginTest {
 
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -182,5 +181,4 @@ TEST(RequestSlot, GoesByWhatBeganLastAndNotByWhoseHandleComesFirst) {
     EXPECT_TRUE(quick.isDisposed() && cancelled.isDisposed());
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::SKProductRequestPluginTest

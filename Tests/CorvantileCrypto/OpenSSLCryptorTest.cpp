@@ -8,8 +8,7 @@
 
 #include <openssl/err.h>
 
-namespace corvantile {
-namespace {
+namespace corvantile::OpenSSLCryptorTest {
 
 using Operation = Cryptor::Operation;
 
@@ -39,5 +38,4 @@ TEST(OpenSSLCryptor, LeavesNoErrorBehindForTheHost) {
     EXPECT_EQ(ERR_peek_error(), 0U);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::OpenSSLCryptorTest

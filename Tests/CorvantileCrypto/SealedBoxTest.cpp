@@ -5,8 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace corvantile {
-namespace {
+namespace corvantile::SealedBoxTest {
 
 using namespace std::string_literals;
 
@@ -56,5 +55,4 @@ TEST(SealedBox, StaysShutWhenAnythingWasChangedOrIsMissing) {
     EXPECT_EQ(SealedBox::seal(key.substr(1), "secret", ""), std::nullopt);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::SealedBoxTest

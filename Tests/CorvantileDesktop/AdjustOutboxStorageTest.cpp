@@ -9,8 +9,7 @@
 
 #include <unistd.h>
 
-namespace corvantile {
-namespace {
+namespace corvantile::AdjustOutboxStorageTest {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
@@ -174,5 +173,4 @@ TEST_F(AdjustOutbox, DeliversFromMemoryWhereThereIsNoPlaceForAFile) {
     EXPECT_THAT(lines(), IsEmpty());
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::AdjustOutboxStorageTest

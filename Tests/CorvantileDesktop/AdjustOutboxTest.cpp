@@ -7,8 +7,7 @@
 #include <functional>
 #include <limits>
 
-namespace corvantile {
-namespace {
+namespace corvantile::AdjustOutboxTest {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
@@ -218,5 +217,4 @@ TEST_F(AdjustOutbox, RestsWithoutEndpointOfflineAndWhileTheAppIsNotActive) {
     EXPECT_EQ(posted().back(), "/event token3");
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::AdjustOutboxTest

@@ -13,7 +13,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
-namespace corvantile {
+namespace corvantile::DescriptorConsoleTest {
 
 namespace {
 
@@ -73,4 +73,4 @@ TEST(DescriptorConsole, IsSilentWhenItsReaderHasGone) {
     EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
 }
 
-} // namespace corvantile
+} // namespace corvantile::DescriptorConsoleTest

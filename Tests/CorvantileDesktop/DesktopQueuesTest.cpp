@@ -14,7 +14,7 @@
 
 #include <pthread.h>
 
-namespace corvantile {
+namespace corvantile::DesktopQueuesTest {
 
 namespace {
 
@@ -87,4 +87,4 @@ TEST(DesktopQueues, LeaveSignalsToTheHostsThreads) {
     EXPECT_EQ(blocked, 1);
 }
 
-} // namespace corvantile
+} // namespace corvantile::DesktopQueuesTest

@@ -21,8 +21,7 @@
 #include <string>
 #include <utility>
 
-namespace corvantile {
-namespace {
+namespace corvantile::HTTPRoutesTest {
 
 using namespace std::chrono_literals;
 using testing::AllOf;
@@ -92,5 +91,4 @@ TEST(HTTPRoutes, AreFollowedButSpareNoServerItsProof) {
     EXPECT_EQ(served, 1);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::HTTPRoutesTest

@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-namespace corvantile {
+namespace corvantile::MainLoopTest {
 
 namespace {
 
@@ -70,4 +70,4 @@ TEST_F(MainLoopDeathTest, RunsOnlyOnItsThreadAndNotInsideItself) {
         "outside any item");
 }
 
-} // namespace corvantile
+} // namespace corvantile::MainLoopTest

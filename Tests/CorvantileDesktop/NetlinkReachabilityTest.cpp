@@ -15,7 +15,7 @@
 #include <sched.h>
 #include <unistd.h>
 
-namespace corvantile {
+namespace corvantile::NetlinkReachabilityTest {
 
 namespace {
 
@@ -74,4 +74,4 @@ TEST(NetlinkReachability, FollowsDefaultRoutesAsTheyComeAndGo) {
     EXPECT_EXIT(followRoutesInOwnNetwork(), testing::ExitedWithCode(0), "");
 }
 
-} // namespace corvantile
+} // namespace corvantile::NetlinkReachabilityTest

@@ -13,8 +13,7 @@
 #include <linux/if.h>
 #include <linux/if_arp.h>
 
-namespace corvantile {
-namespace {
+namespace corvantile::RouteTrackerTest {
 
 using Status = NetworkReachabilityStatus;
 
@@ -173,5 +172,4 @@ TEST(NetlinkMessages, AreReadNoFurtherThanTheyReach) {
     }
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::RouteTrackerTest

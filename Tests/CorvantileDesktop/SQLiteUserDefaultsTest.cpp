@@ -15,8 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::SQLiteUserDefaultsTest {
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
@@ -128,5 +127,4 @@ TEST_F(SQLiteUserDefaultsTest, ReadsAFileOfVersionOne) {
     EXPECT_THAT(console_->lines, IsEmpty());
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::SQLiteUserDefaultsTest

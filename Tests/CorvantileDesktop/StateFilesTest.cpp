@@ -23,8 +23,7 @@
 #include <unistd.h>
 
 // What holds for each of the files that processes share.
-namespace corvantile {
-namespace {
+namespace corvantile::StateFilesTest {
 
 namespace fs = std::filesystem;
 using testing::Contains;
@@ -174,5 +173,4 @@ TYPED_TEST(StateFiles, LoseNothingAcknowledgedWhenAProcessIsKilled) {
     EXPECT_GT(acknowledged, static_cast<std::size_t>(rounds) / 2);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::StateFilesTest

@@ -17,8 +17,7 @@
 #include <string>
 #include <utility>
 
-namespace corvantile {
-namespace {
+namespace corvantile::StoreFileTest {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -63,5 +62,4 @@ TEST(StoreFiles, AreNotNeededToSayWhyACatalogueCannotBeRead) {
     EXPECT_THAT(console->lines, ElementsAre("The store sells nothing: " + said));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::StoreFileTest

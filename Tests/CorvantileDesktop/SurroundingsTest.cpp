@@ -21,8 +21,7 @@
 #include <utility>
 
 // What a desktop platform takes from around it: folders, the time zone, files, an identifier, names.
-namespace corvantile {
-namespace {
+namespace corvantile::SurroundingsTest {
 
 using namespace std::chrono_literals;
 using namespace std::string_view_literals;
@@ -116,5 +115,4 @@ TEST(HostName, IsANameOrAnAddressAndNothingAroundIt) {
     EXPECT_FALSE(isAccepted(longest + "a"));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::SurroundingsTest

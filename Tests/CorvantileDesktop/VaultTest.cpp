@@ -19,8 +19,7 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::VaultTest {
 
 namespace fs = std::filesystem;
 
@@ -215,5 +214,4 @@ TEST_F(VaultTest, CarriesOverWhatADamagedFileStillHolds) {
     EXPECT_THAT(console->lines, Contains(HasSubstr(std::to_string(left.size()) + " entries")));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::VaultTest

@@ -5,8 +5,7 @@
 #include "CorvantileTest/ScriptedStore.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-namespace corvantile {
-namespace {
+namespace corvantile::IAPReceiptPluginTest {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -144,5 +143,4 @@ TEST_F(IAPReceipt, IsNotWaitedForAfterResigningOrTheEnd) {
     EXPECT_EQ(store().requestsUnderWay(), 0);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::IAPReceiptPluginTest

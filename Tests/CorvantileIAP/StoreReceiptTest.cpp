@@ -13,8 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::StoreReceiptTest {
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -190,5 +189,4 @@ TEST(ReceiptInfoOrder, PutsTheNewestFirstAndTellsAnyTwoApart) {
         for (std::size_t j = 0; j < ordered.size(); ++j) EXPECT_EQ(ordered[i] < ordered[j], i < j) << i << j;
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::StoreReceiptTest

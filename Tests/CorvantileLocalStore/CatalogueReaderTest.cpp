@@ -6,8 +6,7 @@
 
 #include <string>
 
-namespace corvantile {
-namespace {
+namespace corvantile::CatalogueReaderTest {
 
 std::string text(const SubscriptionOffer& offer) {
     static constexpr const char* modes[] = {" free ", " payAsYouGo ", " payUpFront "};
@@ -120,5 +119,4 @@ TEST(Period, CountsDaysOfTheMonthFromOneStart) {
         EXPECT_FALSE(periodFromText(wrong)) << wrong;
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::CatalogueReaderTest

@@ -15,8 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::LocalPaymentQueueTest {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
@@ -146,5 +145,4 @@ TEST(LocalPaymentQueue, FailsPaymentsThatCannotBeWrittenDownAndKeepsWhatCouldNot
     EXPECT_EQ(store->purchases().size(), 1u);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::LocalPaymentQueueTest

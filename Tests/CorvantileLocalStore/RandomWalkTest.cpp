@@ -19,8 +19,7 @@
 #include <string>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::RandomWalkTest {
 
 using State = SKPaymentTransactionState;
 using Identifiers = std::set<std::string>;
@@ -186,5 +185,4 @@ TEST(LocalStoreWalk, LosesNothingRepeatsNothingAndAgreesWithItsReceipt) {
         [] { return testing::Test::HasFailure(); });
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::RandomWalkTest

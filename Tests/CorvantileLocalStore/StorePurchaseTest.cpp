@@ -7,8 +7,7 @@
 
 #include <string>
 
-namespace corvantile {
-namespace {
+namespace corvantile::StorePurchaseTest {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -160,5 +159,4 @@ TEST_F(StorePurchases, PassOverWhatCannotBeReadAndUseNoNumberTwice) {
     EXPECT_EQ(shop.storage->load().at("future/thing"), "left alone");
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::StorePurchaseTest

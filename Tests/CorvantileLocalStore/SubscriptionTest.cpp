@@ -5,8 +5,7 @@
 #include <functional>
 #include <string>
 
-namespace corvantile {
-namespace {
+namespace corvantile::SubscriptionTest {
 
 std::string summary(LocalStore& store) {
     static constexpr const char* states[] = {"active", "grace", "retry", "expired", "revoked"};
@@ -128,5 +127,4 @@ TEST(StoreClock, FollowsTheDeviceAtItsRateAndNeverGoesBack) {
     EXPECT_THROW(shop.store->advance(std::chrono::seconds(-1)), NSError);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::SubscriptionTest

@@ -8,8 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace corvantile {
-namespace {
+namespace corvantile::DateTest {
 
 using namespace std::chrono_literals;
 
@@ -56,5 +55,4 @@ TEST(Date, HasATextHoweverFarAway) {
     EXPECT_EQ(describe(Date{-1e300}), describe(Date{-infinity}));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::DateTest

@@ -9,8 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace corvantile {
-namespace {
+namespace corvantile::ErrorTest {
 
 using testing::Eq;
 
@@ -51,5 +50,4 @@ TEST(FatalErrorDeathTest, NamesThePlaceWithoutItsFolderAndEnding) {
                  "Fatal error: Use of unimplemented initializer 'init\\(\\)' for class 'Corvantile.Some'\n$");
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::ErrorTest

@@ -15,8 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::PlatformTest {
 
 void say(const std::string& text) { Platform::current().ports().console->print(text); }
 
@@ -65,5 +64,4 @@ TEST(PlatformDeathTest, NamesMistakesOfItsHost) {
     EXPECT_DEATH(static_cast<void>(platform->process()), "has ended");
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::PlatformTest

@@ -10,8 +10,7 @@
 #include <thread>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::ProcessTest {
 
 std::vector<std::string> journal;
 
@@ -66,5 +65,4 @@ TEST(Process, MakesARecordOnceForManyThreads) {
     EXPECT_EQ(std::set<void*>(records.begin(), records.end()).size(), 1u);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::ProcessTest

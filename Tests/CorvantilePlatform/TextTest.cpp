@@ -9,8 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace corvantile {
-namespace {
+namespace corvantile::TextTest {
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
@@ -117,5 +116,4 @@ TEST(Unicode, StepsOverAMalformedByteAlone) {
     }
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::TextTest

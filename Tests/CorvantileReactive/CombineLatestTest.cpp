@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace corvantile::rx {
+namespace corvantile::rx::CombineLatestTest {
 
 TEST(CombineLatest, PairsTheLatestElementsUntilNoneCanFollow) {
     using Side = const PublishSubject<int>&;
@@ -64,4 +64,4 @@ TEST(CombineLatest, NestsWhatItsHandlerEmits) {
     EXPECT_EQ(recorder.take(), "next 3, next 11, handled 11, handled 3");
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::CombineLatestTest

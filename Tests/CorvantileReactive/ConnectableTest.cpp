@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace corvantile::rx {
+namespace corvantile::rx::ConnectableTest {
 
 TEST(Connectables, ShareOneSubscriptionAndItsReplayFromEachConnectionOn) {
     Recorder recorder;
@@ -28,4 +28,4 @@ TEST(Connectables, ShareOneSubscriptionAndItsReplayFromEachConnectionOn) {
     EXPECT_EQ(recorder.take(), "subscribed, C next 3");
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::ConnectableTest

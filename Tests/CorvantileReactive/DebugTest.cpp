@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile::rx {
+namespace corvantile::rx::DebugTest {
 
 namespace {
 
@@ -104,4 +104,4 @@ TEST_F(Debug, TrimsLongEventsByCharactersAndOnlyOnRequest) {
     }
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::DebugTest

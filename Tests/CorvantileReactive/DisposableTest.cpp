@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-namespace corvantile::rx {
+namespace corvantile::rx::DisposableTest {
 
 TEST(Disposables, RunTheirActionOnceForAllCopiesAndLetItGo) {
     Recorder recorder;
@@ -55,4 +55,4 @@ TEST(DisposableSlots, DisposeOnlyWhenToldAndOutsideTheirLock) {
     EXPECT_EQ(recorder.take(), "empty, old");
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::DisposableTest

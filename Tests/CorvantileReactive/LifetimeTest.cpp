@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile::rx {
+namespace corvantile::rx::LifetimeTest {
 
 namespace {
 
@@ -107,4 +107,4 @@ TEST_F(Lifetimes, ReturnToZeroHoweverASubscriptionEnds) {
             }
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::LifetimeTest

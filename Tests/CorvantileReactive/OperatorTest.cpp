@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-namespace corvantile::rx {
+namespace corvantile::rx::OperatorTest {
 
 namespace {
 using Apply = std::function<Observable<int>(const Observable<int>&)>;
@@ -104,4 +104,4 @@ TEST(DoOn, RunsAroundEachEventAndAfterTheSourceWasLeft) {
     EXPECT_EQ(recorder.take(), "onError, error no, disposed, onDispose, below, afterError");
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::OperatorTest

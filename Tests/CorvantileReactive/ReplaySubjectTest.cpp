@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-namespace corvantile::rx {
+namespace corvantile::rx::ReplaySubjectTest {
 
 TEST(ReplaySubjects, ReplayTheNewestElementsAndTheTerminal) {
     constexpr long long unbounded = -1;
@@ -63,4 +63,4 @@ TEST(ReplaySubjects, MayBeCalledFromTheDestructorOfWhatTheyDrop) {
     EXPECT_EQ(recorder.take(), "error unobserved, 2 unobserved");
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::ReplaySubjectTest

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-namespace corvantile::rx {
+namespace corvantile::rx::SchedulerTest {
 
 using namespace std::chrono_literals;
 
@@ -143,4 +143,4 @@ TEST_F(SubscribeOn, LeavesLaterAlsoAfterATerminalAndNeverSubscribesOnceDisposed)
     EXPECT_EQ(run(), "left on s");
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::SchedulerTest

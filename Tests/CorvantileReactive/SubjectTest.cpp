@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace corvantile::rx {
+namespace corvantile::rx::SubjectTest {
 
 // Observers A and B of a subject; what A does when it gets 1 decides what both see. Who is disposed of gets
 // nothing more, not even what is being delivered, whether or not an operator stands between.
@@ -105,4 +105,4 @@ TEST(Subjects, MayBeCalledFromTheDestructorOfAHandler) {
     EXPECT_EQ(recorder.take(), "next 1, disposed, alone");
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::SubjectTest

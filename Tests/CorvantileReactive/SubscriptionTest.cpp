@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile::rx {
+namespace corvantile::rx::SubscriptionTest {
 
 using Subscription = PlatformTest;
 using UnhandledErrors = PlatformTest;
@@ -66,4 +66,4 @@ TEST_F(UnhandledErrors, GoToTheHookOfTheProcessAndEndTheSubscription) {
     EXPECT_EQ(lines(), printed);
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::SubscriptionTest

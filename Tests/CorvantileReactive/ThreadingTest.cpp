@@ -11,7 +11,7 @@
 #include <vector>
 
 // Real threads; meant for the thread sanitizer as much as for what the tests assert.
-namespace corvantile::rx {
+namespace corvantile::rx::ThreadingTest {
 
 namespace {
 
@@ -123,4 +123,4 @@ TEST_F(Threading, LetsDisposeRaceWithTheItemOfSubscribeOn) {
     });
 }
 
-} // namespace corvantile::rx
+} // namespace corvantile::rx::ThreadingTest

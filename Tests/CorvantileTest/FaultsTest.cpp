@@ -10,8 +10,7 @@
 #include <string>
 
 // What a test can do to the device under an app.
-namespace corvantile {
-namespace {
+namespace corvantile::FaultsTest {
 
 using testing::ElementsAre;
 
@@ -81,5 +80,4 @@ TEST_F(Faults, TheKeychainSaysWhichEntriesItCannotReadWhenAsked) {
                                                           begin + "any" + end + "the keychain is locked."));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::FaultsTest

@@ -13,8 +13,7 @@
 #include <string>
 #include <utility>
 
-namespace corvantile {
-namespace {
+namespace corvantile::InterleavingTest {
 
 using namespace std::chrono_literals;
 
@@ -68,5 +67,4 @@ TEST(ForEachSeed, StopsAtAndNamesTheFailingSeed) {
               "Failed with seed 7 of the queues.\nFailed with seed 5 of the queues.\n");
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::InterleavingTest

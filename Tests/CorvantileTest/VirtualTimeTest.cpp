@@ -9,8 +9,7 @@
 #include <thread>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::VirtualTimeTest {
 
 using namespace std::chrono_literals;
 
@@ -120,5 +119,4 @@ TEST(TestOptionsDeathTest, EndAnEndlessLoopByTheItemLimit) {
     platform->advance(500ms);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::VirtualTimeTest

@@ -10,8 +10,7 @@
 #include <string>
 
 // From the store to the attribution SDK, over a year.
-namespace corvantile {
-namespace {
+namespace corvantile::YearOfPurchasesTest {
 
 using namespace std::chrono_literals;
 
@@ -131,5 +130,4 @@ TYPED_TEST(YearOfPurchases, SendsWhatTheRulesSayAndNothingTwice) {
     EXPECT_EQ(story.sdk(), sent);
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::YearOfPurchasesTest

@@ -12,8 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::ActivityIndicatorTest {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -94,5 +93,4 @@ TEST_F(Activity, CountsOnAnyThreadAndTellsOnMain) {
     EXPECT_THAT(turn(), ElementsAre(false));
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::ActivityIndicatorTest

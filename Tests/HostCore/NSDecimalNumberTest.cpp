@@ -11,8 +11,7 @@
 #include <string_view>
 #include <utility>
 
-namespace corvantile {
-namespace {
+namespace corvantile::NSDecimalNumberTest {
 
 constexpr std::string_view nines = "99999999999999999999999999999999999999"; // as many as fit
 
@@ -95,5 +94,4 @@ TEST(NSDecimalNumber, GivesTheNearestDouble) {
         EXPECT_EQ(number(text).doubleValue(), value) << text;
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::NSDecimalNumberTest

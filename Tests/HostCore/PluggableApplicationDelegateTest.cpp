@@ -11,8 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile {
-namespace {
+namespace corvantile::PluggableApplicationDelegateTest {
 
 using testing::ElementsAre;
 using Journal = std::vector<std::string>;
@@ -145,5 +144,4 @@ TEST_F(PluggableDelegateDeathTest, RefusesANullPluginAndAMissingPlatform) {
     EXPECT_DEATH(plugin("a"), "Fatal error: No platform is installed");
 }
 
-} // namespace
-} // namespace corvantile
+} // namespace corvantile::PluggableApplicationDelegateTest

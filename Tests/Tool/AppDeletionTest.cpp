@@ -8,8 +8,7 @@
 
 #include <functional>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::AppDeletionTest {
 
 namespace fs = std::filesystem;
 
@@ -59,5 +58,4 @@ TEST(DeviceDeletion, DeletesAStateFolderAndNothingElse) {
     EXPECT_THAT(deleteDevice(state / "missing"), testing::IsEmpty());
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::AppDeletionTest

@@ -6,8 +6,7 @@
 
 #include <string>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::AppDescriptionTest {
 
 using testing::HasSubstr;
 
@@ -80,5 +79,4 @@ TEST(AppDescription, SaysWhereItIsWrongAndWhatWasExpected) {
         complaint(withMembers(R"("plugins": [{"kind": "DatabasePlugin"}, {"kind": "UserPreference"}])")), "");
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::AppDescriptionTest

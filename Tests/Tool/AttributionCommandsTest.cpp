@@ -5,8 +5,7 @@
 
 #include <sstream>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::AttributionCommandsTest {
 
 using testing::AllOf;
 using testing::Contains;
@@ -165,5 +164,4 @@ TEST_F(AttributionCommands, ExplainWhatTheyCannotDo) {
     EXPECT_THAT(refusal("server"), HasSubstr("this play has no server"));
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::AttributionCommandsTest

@@ -11,8 +11,7 @@
 #include <string>
 #include <utility>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::CommandLineTest {
 
 using testing::AllOf;
 using testing::EndsWith;
@@ -195,5 +194,4 @@ TEST_F(CommandLineTest, LooksAtTheStateThatAPlayLeavesUnlessItBeginsAfresh) {
               "There are no records.\nThe keychain is empty.\n");
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::CommandLineTest

@@ -8,8 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::CommandWordsTest {
 
 using std::chrono::milliseconds;
 
@@ -103,5 +102,4 @@ TEST(NearestName, IsTheOneThatWasMostLikelyMeant) {
     for (const auto& [text, meant] : cases) EXPECT_EQ(nearestName(text, names), meant) << text;
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::CommandWordsTest

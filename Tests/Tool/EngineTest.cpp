@@ -1,8 +1,7 @@
 #include "CorvantilePlatform/Platform.hpp"
 #include "Tests/Tool/EngineFixture.hpp"
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::EngineTest {
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -114,5 +113,4 @@ TEST_F(EngineTest, RefusesWhatItDoesNotUnderstandAndGoesOn) {
     EXPECT_TRUE(engine().isOver());
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::EngineTest

@@ -7,8 +7,7 @@
 #include <limits>
 #include <sstream>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::FacesTest {
 
 using namespace std::chrono_literals;
 
@@ -44,5 +43,4 @@ TEST(JSONLinesFace, KeepsKindsOfValuesApartAndSurvivesTextThatIsNotUTF8) {
               R"("d":["x",null],"e":{"f":"2001-01-01T00:00:00Z"},"g":null})");
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::FacesTest

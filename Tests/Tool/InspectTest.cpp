@@ -16,8 +16,7 @@
 #include <string>
 #include <utility>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::InspectTest {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
@@ -149,5 +148,4 @@ TEST_F(Inspect, SaysWhatIsWrong) {
     EXPECT_TRUE(fs::is_empty(state));
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::InspectTest

@@ -11,8 +11,7 @@
 #include <vector>
 
 // What the tool prints as JSON is what its page promises to scripts.
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::JSONFormatTest {
 
 using JSON = nlohmann::json;
 using Types = std::map<std::string, std::string>;
@@ -123,5 +122,4 @@ TEST(JSONFormat, IsWhatThePageSaysInEverySubcommand) {
     }
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::JSONFormatTest

@@ -7,8 +7,7 @@
 
 #include <unistd.h>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::LineReaderTest {
 
 TEST(LineReader, NeverWaitsForALineNorForTheEndOfTheLast) {
     std::array<int, 2> ends{};
@@ -39,5 +38,4 @@ TEST(LineReader, NeverWaitsForALineNorForTheEndOfTheLast) {
     ::close(ends[0]);
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::LineReaderTest

@@ -4,8 +4,7 @@
 
 #include <thread>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::LostEventsTest {
 
 using testing::AllOf;
 using testing::Contains;
@@ -117,5 +116,4 @@ TEST_F(LostEvents, KeepsTheTransactionsOfThreadsApart) {
     EXPECT_THAT(told.front().text, HasSubstr("the validated purchase 3 is marked as reported, but no event"));
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::LostEventsTest

@@ -14,8 +14,7 @@
 #include <sstream>
 #include <string>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::ManualTest {
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -149,5 +148,4 @@ TEST_F(Completion, QuotesTextsForZshAndRefusesAnUnknownShell) {
     EXPECT_THROW(static_cast<void>(makeCompletion(text, "tcsh")), Refusal);
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::ManualTest

@@ -14,8 +14,7 @@
 #include <vector>
 
 // A proof that finds nothing must be able to find something.
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::ProofVerdictTest {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -85,5 +84,4 @@ TEST_F(ProofVerdictTest, MissesAMarker) {
     EXPECT_THAT(verdictOn({}, {}).faults, ElementsAre(HasSubstr("marker 200000000000009")));
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::ProofVerdictTest

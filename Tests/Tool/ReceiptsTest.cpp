@@ -10,8 +10,7 @@
 #include <sstream>
 #include <string>
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::ReceiptsTest {
 
 using testing::HasSubstr;
 
@@ -154,5 +153,4 @@ TEST_F(Receipts, ComeFromACatalogueThatIsShownAsATable) {
         HasSubstr(R"("price":"0.99","product":"app.coins","region":"US","title":"","type":"Consumable")"));
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::ReceiptsTest

@@ -1,8 +1,7 @@
 #include "Tests/Tool/EngineFixture.hpp"
 #include "Tests/Tool/GoldenState.hpp"
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::StorageCommandsTest {
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -100,5 +99,4 @@ TEST_F(StorageCommands, ExplainWhatTheyCannotDo) {
     });
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::StorageCommandsTest

@@ -1,8 +1,7 @@
 #include "Tests/Tool/EngineFixture.hpp"
 #include "Tests/Tool/SampleCatalogue.hpp"
 
-namespace corvantile::tool {
-namespace {
+namespace corvantile::tool::StoreCommandsTest {
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -114,5 +113,4 @@ TEST_F(StoreCommands, RefuseWhatTheStoreCannotDo) {
     });
 }
 
-} // namespace
-} // namespace corvantile::tool
+} // namespace corvantile::tool::StoreCommandsTest
