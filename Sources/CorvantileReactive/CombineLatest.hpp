@@ -24,14 +24,14 @@ template <class A, class B, class Out, class Selector>
 class CombineLatest final : public Detachable {
 public:
     CombineLatest(std::shared_ptr<Observer<Out>> downstream, Chain& below, Selector selector)
-        : downstream_(std::move(downstream)), below_(below), selector_(std::move(selector)) {}
+        : downstream_(std::move(downstream), below), selector_(std::move(selector)) {}
 
     void detach(std::uint64_t) noexcept override {
         if (const auto chain = chainA_.lock()) chain->dispose();
         if (const auto chain = chainB_.lock()) chain->dispose();
     }
 
-    // A side's own chain ends in one of these.
+    // The final observer of a side's own chain.
     template <std::size_t Index>
     class Side final : public FinalObserver<std::tuple_element_t<Index, std::tuple<A, B>>> {
         using Element = std::tuple_element_t<Index, std::tuple<A, B>>;
@@ -42,18 +42,10 @@ public:
         void onNext(const Element& value) noexcept override {
             if (this->isLive()) owner_->template next<Index>(value);
         }
-        void onError(const std::exception_ptr& error) noexcept override {
-            if (!this->claimTerminal()) return;
-            owner_->fail(error);
-            this->disposeUnlessStaged();
-        }
-        void onCompleted() noexcept override {
-            if (!this->claimTerminal()) return;
-            owner_->complete(Index);
-            this->disposeUnlessStaged();
-        }
 
     private:
+        void terminated(const Terminal& terminal) noexcept override { owner_->end(Index, terminal); }
+
         const std::shared_ptr<CombineLatest> owner_;
     };
 
@@ -83,7 +75,7 @@ private:
         if (a && b)
             emit(*a, *b);
         else if (completed_[1 - Index])
-            end(Terminal{});
+            downstream_.end(Terminal{});
     }
 
     void emit(const A& a, const B& b) noexcept {
@@ -91,30 +83,19 @@ private:
         try {
             result.emplace(selector_(a, b));
         } catch (...) {
-            return end(Terminal{std::current_exception()});
+            return downstream_.end(Terminal{std::current_exception()});
         }
-        downstream_->onNext(*result);
+        downstream_.next(*result);
     }
 
-    void fail(const std::exception_ptr& error) noexcept {
-        const std::lock_guard lock(mutex_);
-        end(Terminal{error});
-    }
-
-    // A side that ends without an element does not end the pair: the other's next element does.
-    void complete(std::size_t index) noexcept {
+    // A side that completes without an element does not end the pair: the other's next element does.
+    void end(std::size_t index, const Terminal& terminal) noexcept {
         const std::lock_guard lock(mutex_);
         completed_[index] = true;
-        if (completed_[1 - index]) end(Terminal{});
+        if (terminal.error || completed_[1 - index]) downstream_.end(terminal);
     }
 
-    void end(const Terminal& terminal) noexcept {
-        if (!below_.isDisposed()) terminal.deliverTo(*downstream_);
-        below_.dispose();
-    }
-
-    const std::shared_ptr<Observer<Out>> downstream_;
-    Chain& below_; // in the final observer below, which downstream_ keeps alive
+    const Downstream<Out> downstream_;
     Selector selector_;
     std::weak_ptr<Chain> chainA_, chainB_;
     std::recursive_mutex mutex_;
@@ -130,9 +111,8 @@ public:
 
     Upstream subscribe(std::shared_ptr<Observer<Out>> observer, Chain& chain) override {
         using Combination = CombineLatest<A, B, Out, Selector>;
-        chain.noteStage();
         const auto combination = std::make_shared<Combination>(observer, chain, selector_);
-        return {combination, 0, {}, Combination::begin(combination, *a_, *b_)};
+        return {.source = combination, .keep = Combination::begin(combination, *a_, *b_)};
     }
 
 private:

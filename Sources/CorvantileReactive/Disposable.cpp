@@ -1,5 +1,7 @@
 #include "CorvantileReactive/Disposable.hpp"
 
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+
 #include <atomic>
 #include <utility>
 
@@ -45,5 +47,11 @@ void Disposable::dispose() const noexcept {
 }
 
 bool Disposable::isDisposed() const noexcept { return !target_ || target_->isDisposed(); }
+
+std::exception_ptr disposedError() {
+    static const auto error = std::make_exception_ptr(
+        NSError("corvantile.rx", 1, {{NSError::localizedDescriptionKey, "Object was disposed."}}));
+    return error;
+}
 
 } // namespace corvantile::rx

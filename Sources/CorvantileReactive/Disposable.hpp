@@ -2,14 +2,16 @@
 
 #include "CorvantilePlatform/Export.hpp"
 
+#include <exception>
 #include <functional>
 #include <memory>
 #include <vector>
 
 namespace corvantile::rx {
 
-// What a Disposable shares between its copies. `dispose` is idempotent, from any thread, and never waits. The
-// last copy may go while it runs: an implementation no longer touches itself once it has called out.
+// What the copies of a Disposable share. `dispose` is idempotent, may be called from any thread, and never
+// waits. The last copy may be destroyed while it runs: an implementation does not touch itself after a call
+// to user code.
 class CORVANTILE_API Cancelable {
 public:
     Cancelable() = default;
@@ -21,15 +23,15 @@ public:
     [[nodiscard]] virtual bool isDisposed() const noexcept = 0;
 };
 
-// A copyable handle to something that can be ended, most often a subscription. Dropping or overwriting the
-// handle ends nothing: only `dispose` and a DisposeBag do.
+// A copyable handle to something disposable, most often a subscription. Dropping or overwriting the handle
+// does not dispose: only `dispose` and a DisposeBag do.
 class CORVANTILE_API Disposable {
 public:
     // Disposes nothing.
     Disposable() = default;
     explicit Disposable(std::shared_ptr<Cancelable> target);
 
-    // Runs `action` once, at the first dispose; it is let go before it runs. It does not throw.
+    // Runs `action` once, at the first dispose; the handle drops it before it runs. It must not throw.
     [[nodiscard]] static Disposable create(std::function<void()> action);
     // Disposes of all, in the order given.
     [[nodiscard]] static Disposable all(std::vector<Disposable> parts);
@@ -41,5 +43,8 @@ public:
 private:
     std::shared_ptr<Cancelable> target_;
 };
+
+// The error that later subscribers of a disposed subject get.
+[[nodiscard]] CORVANTILE_API std::exception_ptr disposedError();
 
 } // namespace corvantile::rx

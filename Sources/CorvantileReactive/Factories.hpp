@@ -1,8 +1,7 @@
 #pragma once
 
-#include "CorvantileReactive/AnyObserver.hpp"
 #include "CorvantileReactive/Observable.hpp"
-#include "CorvantileReactive/detail/ImmediateSource.hpp"
+#include "CorvantileReactive/Observer.hpp"
 #include "CorvantileReactive/detail/Source.hpp"
 #include "CorvantileReactive/detail/Stage.hpp"
 
@@ -23,13 +22,13 @@ class ProducerStage final : public Stage<T, T> {
 public:
     using Stage<T, T>::Stage;
     void onNext(const T& value) noexcept override {
-        if (!stopped_.load(std::memory_order_acquire)) this->forward(value);
+        if (!stopped_.load(std::memory_order_acquire)) this->downstream().next(value);
     }
     void onError(const std::exception_ptr& error) noexcept override {
-        if (!stopped_.exchange(true, std::memory_order_acq_rel)) this->fail(error);
+        if (!stopped_.exchange(true, std::memory_order_acq_rel)) Stage<T, T>::onError(error);
     }
     void onCompleted() noexcept override {
-        if (!stopped_.exchange(true, std::memory_order_acq_rel)) this->complete();
+        if (!stopped_.exchange(true, std::memory_order_acq_rel)) Stage<T, T>::onCompleted();
     }
 
 private:
@@ -45,7 +44,7 @@ public:
     Upstream subscribe(std::shared_ptr<Observer<T>> observer, Chain& chain) override {
         auto stage = std::make_shared<ProducerStage<T>>(std::move(observer), chain);
         auto production = body_(AnyObserver<T>(stage));
-        return {{}, 0, std::move(production), std::move(stage)};
+        return {.owned = std::move(production), .keep = std::move(stage)};
     }
 
 private:

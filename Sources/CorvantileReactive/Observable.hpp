@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CorvantileReactive/DebugLabel.hpp"
 #include "CorvantileReactive/Disposable.hpp"
 #include "CorvantileReactive/Observer.hpp"
+#include "CorvantileReactive/detail/DebugPrinter.hpp"
 #include "CorvantileReactive/detail/Source.hpp"
 #include "CorvantileReactive/detail/Subscriber.hpp"
 
@@ -25,17 +25,18 @@ struct DoHandlers {
     std::function<void(const T&)> onNext = {}, afterNext = {};
     std::function<void(const std::exception_ptr&)> onError = {}, afterError = {};
     std::function<void()> onCompleted = {}, afterCompleted = {};
-    // Around the subscription to what stands before, on the subscribing thread.
+    // Before and after the upstream is subscribed, on the subscribing thread.
     std::function<void()> onSubscribe = {}, onSubscribed = {};
-    // Once per subscription, ended or disposed, when what stands before has been left.
+    // Once per subscription, ended or disposed, after the upstream has been unsubscribed.
     std::function<void()> onDispose = {};
 };
 
 // A stream that can be subscribed to any number of times. A value: copies describe the same stream.
 //
 // Elements come on whatever thread the source emits on, unless `observeOn` says otherwise. An operator's
-// function may throw, which sends the error down; a handler may not. Dropping a subscription's handle does
-// not end the subscription. `dispose` does not wait: on another thread one delivery may still be under way.
+// function may throw, which emits the error downstream; a handler may not. Dropping a subscription's handle
+// does not end the subscription. `dispose` does not wait: on another thread one delivery may still be in
+// flight.
 template <class T>
 class Observable {
 public:
@@ -43,14 +44,15 @@ public:
 
     explicit Observable(std::shared_ptr<detail::Source<T>> source) : source_(std::move(source)) {}
 
-    // The terminal's handler runs first, then onDisposed, then the chain is left; at an explicit dispose the
-    // chain is left first. onDisposed runs at most once. An error without onError goes to Hooks.
+    // At a terminal its handler runs first, then onDisposed, then the upstream is unsubscribed; at an
+    // explicit dispose the upstream is unsubscribed first. onDisposed runs at most once. An error without
+    // onError goes to Hooks.
     template <class OnNext = detail::NoHandler, class OnError = detail::NoHandler,
               class OnCompleted = detail::NoHandler, class OnDisposed = detail::NoHandler>
     Disposable subscribe(OnNext onNext = {}, OnError onError = {}, OnCompleted onCompleted = {},
                          OnDisposed onDisposed = {}) const {
         using Subscriber = detail::Subscriber<T, OnNext, OnError, OnCompleted, OnDisposed>;
-        const auto source = source_; // a handler may end whoever holds this stream
+        const auto source = source_; // a handler may destroy the owner of this stream
         return detail::attach(*source,
                               std::make_shared<Subscriber>(std::move(onNext), std::move(onError),
                                                            std::move(onCompleted), std::move(onDisposed)));
@@ -67,21 +69,20 @@ public:
     // A negative count is a fatal error.
     [[nodiscard]] Observable take(long long count) const;
 
-    // Drops elements until `predicate` first says no; it is not asked again.
+    // Drops elements until `predicate` first returns false; it is not called again.
     template <class Predicate>
     [[nodiscard]] Observable skipWhile(Predicate predicate) const;
 
     // Drops an element equal to the one before it.
     [[nodiscard]] Observable distinctUntilChanged() const;
 
-    // Delivers through `scheduler`, in order, terminals included: an error waits behind the elements before
-    // it.
+    // Delivers on `scheduler`, in order, terminals included: an error never overtakes elements.
     [[nodiscard]] Observable observeOn(std::shared_ptr<Scheduler> scheduler) const;
 
-    // Subscribes on `scheduler`, and later leaves on it; events pass on whatever thread emits them.
+    // Subscribes and later unsubscribes on `scheduler`; events are delivered on the thread that emits them.
     [[nodiscard]] Observable subscribeOn(std::shared_ptr<Scheduler> scheduler) const;
 
-    // `do` is a word of the language.
+    // Not `do`, which is a keyword.
     [[nodiscard]] Observable doOn(DoHandlers<T> handlers) const;
 
     // Prints what happens, a line each: `TIMESTAMP: LABEL -> subscribed`, `Event next(VALUE)`,
@@ -106,13 +107,9 @@ private:
 
 } // namespace corvantile::rx
 
+#include "CorvantileReactive/ConnectableObservable.hpp"
 #include "CorvantileReactive/Operators/Debug.hpp"
-#include "CorvantileReactive/Operators/DistinctUntilChanged.hpp"
 #include "CorvantileReactive/Operators/Do.hpp"
-#include "CorvantileReactive/Operators/Filter.hpp"
-#include "CorvantileReactive/Operators/Map.hpp"
+#include "CorvantileReactive/Operators/MapAndFilter.hpp"
 #include "CorvantileReactive/Operators/ObserveOn.hpp"
-#include "CorvantileReactive/Operators/ReplayAll.hpp"
-#include "CorvantileReactive/Operators/SkipWhile.hpp"
 #include "CorvantileReactive/Operators/SubscribeOn.hpp"
-#include "CorvantileReactive/Operators/Take.hpp"

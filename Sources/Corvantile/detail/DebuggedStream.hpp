@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Corvantile/Corvantile.hpp"
-#include "CorvantileReactive/DebugLabel.hpp"
 #include "CorvantileReactive/Observable.hpp"
 
 #include <string_view>

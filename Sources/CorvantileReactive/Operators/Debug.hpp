@@ -15,11 +15,11 @@ namespace corvantile::rx {
 
 namespace detail {
 
-// Prints `isDisposed` once: with the stage's own terminal, or when the chain is torn down.
-class DebugHook final : public StageHook {
+// Prints `isDisposed` once: after the stage's own terminal, or when the chain is torn down.
+class DisposedLine final {
 public:
-    explicit DebugHook(std::shared_ptr<const DebugPrinter> printer) : printer_(std::move(printer)) {}
-    void beforeUpstream() noexcept override { print(); }
+    explicit DisposedLine(std::shared_ptr<const DebugPrinter> printer) : printer_(std::move(printer)) {}
+
     void print() noexcept {
         if (!printed_.exchange(true, std::memory_order_acq_rel)) printer_->print("isDisposed");
     }
@@ -29,40 +29,40 @@ private:
     std::atomic<bool> printed_{false};
 };
 
-// Prints an event before the chain's flag is asked: what comes after the end is seen here, and goes no
-// further.
+// Prints an event before the chain's flag is tested: an event after the end is printed, and not forwarded.
 template <class T>
 class DebugStage final : public Stage<T, T> {
 public:
     DebugStage(std::shared_ptr<Observer<T>> downstream, Chain& chain,
-               std::shared_ptr<const DebugPrinter> printer, DebugHook& hook)
-        : Stage<T, T>(std::move(downstream), chain), printer_(std::move(printer)), hook_(hook) {}
+               std::shared_ptr<const DebugPrinter> printer)
+        : Stage<T, T>(std::move(downstream), chain),
+          printer_(std::move(printer)),
+          disposedLine_(std::make_shared<DisposedLine>(printer_)) {
+        chain.addHook({.beforeUpstream = [line = disposedLine_] { line->print(); }});
+    }
 
     void onNext(const T& value) noexcept override {
         printer_->printEvent("next(" + describeValue(value) + ")");
-        this->forward(value);
+        this->downstream().next(value);
     }
 
     void onError(const std::exception_ptr& error) noexcept override {
         printer_->printEvent("error(" + describeValue(error) + ")");
-        if (!this->chain().isDisposed()) this->downstream()->onError(error);
-        end();
+        end(Terminal{error});
     }
 
     void onCompleted() noexcept override {
         printer_->printEvent("completed");
-        if (!this->chain().isDisposed()) this->downstream()->onCompleted();
-        end();
+        end(Terminal{});
     }
 
 private:
-    void end() noexcept {
-        hook_.print();
-        this->chain().dispose();
+    void end(const Terminal& terminal) noexcept {
+        this->downstream().end(terminal, [this] { disposedLine_->print(); });
     }
 
     const std::shared_ptr<const DebugPrinter> printer_;
-    DebugHook& hook_; // owned by the chain
+    const std::shared_ptr<DisposedLine> disposedLine_;
 };
 
 template <class T>
@@ -73,10 +73,8 @@ public:
 
     Upstream subscribe(std::shared_ptr<Observer<T>> observer, Chain& chain) override {
         printer_->print("subscribed");
-        auto hook = std::make_unique<DebugHook>(printer_);
-        auto stage = std::make_shared<DebugStage<T>>(std::move(observer), chain, printer_, *hook);
-        chain.addHook(std::move(hook));
-        return upstream_->subscribe(std::move(stage), chain);
+        return upstream_->subscribe(std::make_shared<DebugStage<T>>(std::move(observer), chain, printer_),
+                                    chain);
     }
 
 private:

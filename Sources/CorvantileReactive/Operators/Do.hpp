@@ -12,46 +12,35 @@ namespace corvantile::rx {
 
 namespace detail {
 
-class DoHook final : public StageHook {
-public:
-    explicit DoHook(std::function<void()> onDispose) : onDispose_(std::move(onDispose)) {}
-    void afterUpstream() noexcept override { onDispose_(); }
-
-private:
-    std::function<void()> onDispose_;
-};
-
 template <class T>
 class DoStage final : public Stage<T, T> {
 public:
     DoStage(std::shared_ptr<Observer<T>> downstream, Chain& chain,
             std::shared_ptr<const DoHandlers<T>> handlers)
         : Stage<T, T>(std::move(downstream), chain), handlers_(std::move(handlers)) {
-        if (handlers_->onDispose) chain.addHook(std::make_unique<DoHook>(handlers_->onDispose));
+        if (handlers_->onDispose) chain.addHook({.afterUpstream = handlers_->onDispose});
     }
 
     void onNext(const T& value) noexcept override {
-        if (this->chain().isDisposed() || !ran(handlers_->onNext, value)) return;
-        this->forward(value);
+        if (isDisposed() || !ran(handlers_->onNext, value)) return;
+        this->downstream().next(value);
         ran(handlers_->afterNext, value);
     }
 
     void onError(const std::exception_ptr& error) noexcept override {
-        if (this->chain().isDisposed() || !ran(handlers_->onError, error)) return;
-        this->downstream()->onError(error);
-        ran(handlers_->afterError, error);
-        this->chain().dispose();
+        if (isDisposed() || !ran(handlers_->onError, error)) return;
+        this->downstream().end(Terminal{error}, [&] { ran(handlers_->afterError, error); });
     }
 
     void onCompleted() noexcept override {
-        if (this->chain().isDisposed() || !ran(handlers_->onCompleted)) return;
-        this->downstream()->onCompleted();
-        ran(handlers_->afterCompleted);
-        this->chain().dispose();
+        if (isDisposed() || !ran(handlers_->onCompleted)) return;
+        this->downstream().end(Terminal{}, [this] { ran(handlers_->afterCompleted); });
     }
 
 private:
-    // False when the handler threw, which has then taken the event's place.
+    [[nodiscard]] bool isDisposed() const noexcept { return this->downstream().isDisposed(); }
+
+    // False when the handler threw: the stream has then failed, and the event is dropped.
     template <class Handler, class... Arguments>
     bool ran(const Handler& handler, const Arguments&... arguments) noexcept {
         if (!handler) return true;
@@ -59,7 +48,7 @@ private:
             handler(arguments...);
             return true;
         } catch (...) {
-            this->fail(std::current_exception());
+            this->downstream().end(Terminal{std::current_exception()});
             return false;
         }
     }

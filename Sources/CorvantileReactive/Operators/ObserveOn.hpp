@@ -6,7 +6,6 @@
 #include "CorvantileReactive/detail/Source.hpp"
 
 #include <cstdint>
-#include <exception>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -16,10 +15,10 @@ namespace corvantile::rx {
 
 namespace detail {
 
-// The end of the chain above, which is over with its terminal although that still waits for the chain below.
-// Events wait in a vector. The first to wait posts a drain item, which takes all that waits when it runs;
-// what comes meanwhile gets an item of its own behind whatever else is queued. The scheduler runs one at a
-// time.
+// The final observer of the chain above, which ends with its terminal although that is still pending for the
+// chain below. Pending events are kept in a vector. The first one posts a drain item, which takes all that
+// are pending when it runs; events that arrive while it runs get another item, behind whatever else is
+// queued. The scheduler runs one item at a time.
 template <class T>
 class ObserveOnObserver final : public FinalObserver<T>,
                                 public Detachable,
@@ -27,27 +26,21 @@ class ObserveOnObserver final : public FinalObserver<T>,
 public:
     ObserveOnObserver(std::shared_ptr<Observer<T>> downstream, Chain& below,
                       std::shared_ptr<Scheduler> scheduler)
-        : downstream_(std::move(downstream)), below_(below), scheduler_(std::move(scheduler)) {}
+        : downstream_(std::move(downstream), below), scheduler_(std::move(scheduler)) {}
 
     void onNext(const T& value) noexcept override {
         if (this->isLive()) enqueue(Event<T>(value));
     }
-    void onError(const std::exception_ptr& error) noexcept override { end(Terminal{error}); }
-    void onCompleted() noexcept override { end(Terminal{}); }
 
     void detach(std::uint64_t) noexcept override { this->dispose(); }
 
 private:
-    void end(Terminal terminal) noexcept {
-        if (!this->claimTerminal()) return;
-        enqueue(Event<T>(std::move(terminal)));
-        this->disposeUnlessStaged();
-    }
+    void terminated(const Terminal& terminal) noexcept override { enqueue(Event<T>(terminal)); }
 
     void enqueue(Event<T> event) {
         std::unique_lock lock(mutex_);
-        const bool isFirst = waiting_.empty();
-        waiting_.push_back(std::move(event));
+        const bool isFirst = pending_.empty();
+        pending_.push_back(std::move(event));
         lock.unlock();
         if (isFirst) scheduler_->post([self = this->shared_from_this()] { self->drain(); });
     }
@@ -55,21 +48,16 @@ private:
     void drain() {
         {
             const std::lock_guard lock(mutex_);
-            batch_.swap(waiting_);
+            batch_.swap(pending_);
         }
-        for (const auto& event : batch_) {
-            if (below_.isDisposed()) break;
-            event.deliverTo(*downstream_);
-            if (event.isTerminal()) below_.dispose();
-        }
+        for (const auto& event : batch_) downstream_.deliver(event);
         batch_.clear();
     }
 
-    const std::shared_ptr<Observer<T>> downstream_;
-    Chain& below_; // in the final observer below, which downstream_ keeps alive
+    const Downstream<T> downstream_;
     const std::shared_ptr<Scheduler> scheduler_;
     std::mutex mutex_;
-    std::vector<Event<T>> waiting_;
+    std::vector<Event<T>> pending_;
     std::vector<Event<T>> batch_; // of the running drain item
 };
 
@@ -80,10 +68,10 @@ public:
         : upstream_(std::move(upstream)), scheduler_(std::move(scheduler)) {}
 
     Upstream subscribe(std::shared_ptr<Observer<T>> observer, Chain& chain) override {
-        chain.noteStage();
         const auto above = std::make_shared<ObserveOnObserver<T>>(observer, chain, scheduler_);
-        const auto joint = std::make_shared<Joint>(Joint{observer, attach(*upstream_, above)});
-        return {above, 0, {}, joint};
+        auto handle = attach(*upstream_, above);
+        return {.source = above,
+                .keep = std::make_shared<ChainLink>(ChainLink{std::move(observer), std::move(handle)})};
     }
 
 private:

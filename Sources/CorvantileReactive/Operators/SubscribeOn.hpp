@@ -2,8 +2,7 @@
 
 #include "CorvantileReactive/Observable.hpp"
 #include "CorvantileReactive/Scheduler.hpp"
-#include "CorvantileReactive/detail/Event.hpp"
-#include "CorvantileReactive/detail/LateUpstream.hpp"
+#include "CorvantileReactive/detail/ScheduledSubscription.hpp"
 #include "CorvantileReactive/detail/Source.hpp"
 
 #include <memory>
@@ -13,28 +12,20 @@ namespace corvantile::rx {
 
 namespace detail {
 
-// The end of the chain above, which is subscribed on the scheduler; hands on to the chain below.
+// The final observer of the chain above, which is subscribed on the scheduler; forwards to the chain below.
 template <class T>
 class SubscribeOnObserver final : public FinalObserver<T> {
 public:
-    SubscribeOnObserver(std::shared_ptr<Observer<T>> downstream, Chain& below)
-        : downstream_(std::move(downstream)), below_(below) {}
+    explicit SubscribeOnObserver(Downstream<T> downstream) : downstream_(std::move(downstream)) {}
 
     void onNext(const T& value) noexcept override {
-        if (this->isLive() && !below_.isDisposed()) downstream_->onNext(value);
+        if (this->isLive()) downstream_.next(value);
     }
-    void onError(const std::exception_ptr& error) noexcept override { end(Terminal{error}); }
-    void onCompleted() noexcept override { end(Terminal{}); }
 
 private:
-    void end(const Terminal& terminal) noexcept {
-        if (!this->claimTerminal()) return;
-        if (!below_.isDisposed()) terminal.deliverTo(*downstream_);
-        below_.dispose();
-    }
+    void terminated(const Terminal& terminal) noexcept override { downstream_.end(terminal); }
 
-    const std::shared_ptr<Observer<T>> downstream_;
-    Chain& below_; // in the final observer below, which downstream_ keeps alive
+    const Downstream<T> downstream_;
 };
 
 template <class T>
@@ -44,16 +35,16 @@ public:
         : upstream_(std::move(upstream)), scheduler_(std::move(scheduler)) {}
 
     Upstream subscribe(std::shared_ptr<Observer<T>> observer, Chain& chain) override {
-        chain.noteStage();
-        const auto joint = std::make_shared<Joint>(Joint{observer, Disposable()});
-        const auto late = std::make_shared<LateUpstream>(scheduler_, joint);
-        scheduler_->post([late, source = upstream_, weakJoint = std::weak_ptr(joint), observer, &chain] {
-            const auto above = std::make_shared<SubscribeOnObserver<T>>(observer, chain);
-            if (!late->begin(above)) return;
+        const auto link = std::make_shared<ChainLink>(ChainLink{observer, Disposable()});
+        const auto scheduled = std::make_shared<ScheduledSubscription>(scheduler_, link);
+        const Downstream<T> downstream(std::move(observer), chain);
+        scheduler_->post([scheduled, source = upstream_, weakLink = std::weak_ptr(link), downstream] {
+            const auto above = std::make_shared<SubscribeOnObserver<T>>(downstream);
+            if (!scheduled->begin(above)) return;
             const auto handle = attach(*source, above);
-            if (const auto kept = weakJoint.lock()) kept->above = handle;
+            if (const auto kept = weakLink.lock()) kept->above = handle;
         });
-        return {{}, 0, Disposable(late), joint};
+        return {.owned = Disposable(scheduled), .keep = link};
     }
 
 private:

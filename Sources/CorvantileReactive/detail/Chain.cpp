@@ -1,11 +1,12 @@
 #include "CorvantileReactive/detail/Chain.hpp"
 
+#include <iterator>
 #include <utility>
 
 namespace corvantile::rx::detail {
 
-// The caller's side of a subscription. Whoever claims it first, the caller's dispose or the chain's own end,
-// takes what it keeps: a finished subscription holds no closure alive, however long its handle is kept.
+// The caller's side of a subscription. The first of the caller's dispose and the chain's own end releases
+// what it keeps: a finished subscription keeps no closure alive, however long its handle is kept.
 class Handle final : public Cancelable {
 public:
     Handle(std::shared_ptr<void> keep, Chain& chain) : keep_(std::move(keep)), chain_(chain) {}
@@ -13,12 +14,12 @@ public:
     void dispose() noexcept override {
         if (claimed_.exchange(true, std::memory_order_acq_rel)) return;
         const auto keep = std::move(keep_);
-        auto& chain = chain_; // this handle may go meanwhile
-        if (chain.claimTeardown()) chain.leaveUpstream();
+        auto& chain = chain_; // this handle may be destroyed meanwhile
+        if (chain.claimTeardown()) chain.unsubscribe();
         chain.disposedByHandle();
     }
 
-    void letGo() noexcept {
+    void release() noexcept {
         if (claimed_.exchange(true, std::memory_order_acq_rel)) return;
         const auto keep = std::move(keep_);
     }
@@ -32,10 +33,9 @@ private:
 };
 
 Detachable::~Detachable() = default;
-StageHook::~StageHook() = default;
 Chain::~Chain() = default;
 
-void Upstream::leave() noexcept {
+void Upstream::unsubscribe() noexcept {
     if (const auto from = source.lock()) from->detach(key);
     owned.dispose();
 }
@@ -49,10 +49,10 @@ void Chain::dispose() noexcept {
     if (claimTeardown()) tearDown();
 }
 
-void Chain::addHook(std::unique_ptr<StageHook> hook) noexcept {
-    auto* last = &hooks_;
-    while (*last) last = &(*last)->next_;
-    *last = std::move(hook);
+void Chain::addHook(StageHook hook) {
+    auto last = hooks_.before_begin();
+    while (std::next(last) != hooks_.end()) ++last;
+    hooks_.insert_after(last, std::move(hook));
 }
 
 Disposable Chain::install(Upstream upstream) {
@@ -65,23 +65,22 @@ Disposable Chain::install(Upstream upstream) {
     return Disposable();
 }
 
-// Letting the handle go may destroy this chain: nothing of it is touched after that, here or in the callers.
+// Releasing the handle may destroy this chain: nothing of it is touched after that, here or in the callers.
 void Chain::tearDown() noexcept {
-    leaveUpstream();
-    if (const auto handle = handle_.lock()) handle->letGo();
+    unsubscribe();
+    if (const auto handle = handle_.lock()) handle->release();
 }
 
-// The hooks stay as long as the chain, for a stage may still refer to its own.
-void Chain::leaveUpstream() noexcept {
-    leave(hooks_.get());
+void Chain::unsubscribe() noexcept {
+    unsubscribe(hooks_.begin());
     const auto upstream = std::exchange(upstream_, Upstream());
 }
 
-void Chain::leave(StageHook* hook) noexcept {
-    if (hook == nullptr) return upstream_.leave();
-    hook->beforeUpstream();
-    leave(hook->next_.get());
-    hook->afterUpstream();
+void Chain::unsubscribe(Hooks::iterator hook) noexcept {
+    if (hook == hooks_.end()) return upstream_.unsubscribe();
+    if (hook->beforeUpstream) hook->beforeUpstream();
+    unsubscribe(std::next(hook));
+    if (hook->afterUpstream) hook->afterUpstream();
 }
 
 } // namespace corvantile::rx::detail

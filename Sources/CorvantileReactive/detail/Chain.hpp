@@ -5,6 +5,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <forward_list>
+#include <functional>
 #include <memory>
 
 // One subscription is one chain: the nodes of its operators, from the source down to the final observer, and
@@ -18,8 +20,8 @@
 // A handle merely dropped does not dispose.
 //
 // combineLatest, observeOn, subscribeOn and replayAll stand between chains: what is above may end earlier, or
-// be left elsewhere, than what is below. They end each chain above with an observer of their own, which hands
-// on to the chain below.
+// be unsubscribed elsewhere, than what is below. They end each chain above with a final observer of their
+// own, which forwards to the chain below.
 namespace corvantile::rx::detail {
 
 // A source from which an observer can be taken out again.
@@ -34,39 +36,30 @@ public:
     virtual void detach(std::uint64_t key) noexcept = 0;
 };
 
-// What a source gives for a subscription: how to leave it, and what the caller's handle must keep alive.
+// What a source returns for a subscription: how to unsubscribe, and what the caller's handle must keep alive.
 struct CORVANTILE_API Upstream {
-    // Leaving a source that owns its observers.
-    std::weak_ptr<Detachable> source;
+    // For a source that owns its observers.
+    std::weak_ptr<Detachable> source = {};
     std::uint64_t key = 0;
-    // Leaving any other source.
-    Disposable owned;
-    // The first node of the chain, or whatever holds it.
-    std::shared_ptr<void> keep;
+    // For any other source.
+    Disposable owned = {};
+    // The first node of the chain, or whatever owns it.
+    std::shared_ptr<void> keep = {};
 
-    void leave() noexcept;
+    void unsubscribe() noexcept;
 };
 
-// What the caller's handle keeps alive where one chain hands on to another.
-struct CORVANTILE_API Joint {
-    std::shared_ptr<void> below; // the observer handed on to
+// What the caller's handle keeps alive where one chain forwards to another.
+struct CORVANTILE_API ChainLink {
+    std::shared_ptr<void> below; // the observer forwarded to
     Disposable above;
 };
 
-// What one operator does when its subscription is torn down.
-class CORVANTILE_API StageHook {
-public:
-    StageHook() = default;
-    StageHook(const StageHook&) = delete;
-    StageHook& operator=(const StageHook&) = delete;
-    virtual ~StageHook();
-
-    virtual void beforeUpstream() noexcept {}
-    virtual void afterUpstream() noexcept {}
-
-private:
-    friend class Chain;
-    std::unique_ptr<StageHook> next_;
+// What one operator does when its subscription is torn down: before and after the upstream is unsubscribed.
+// Neither throws.
+struct CORVANTILE_API StageHook {
+    std::function<void()> beforeUpstream = {};
+    std::function<void()> afterUpstream = {};
 };
 
 // Threads: any, but for `addHook`, `noteStage` and `install`, which belong to the subscribing thread.
@@ -82,13 +75,13 @@ public:
     }
 
     // Nothing is delivered after it on this thread. The teardown (hooks from the most downstream operator up,
-    // then the source is left) runs inside the call, or, when the source is still being subscribed to, at the
-    // end of that: a source that ends inside its subscription cannot be left earlier.
+    // then the source is unsubscribed) runs inside the call, or, while the source is being subscribed, at the
+    // end of that: a source that ends inside its subscription cannot be unsubscribed earlier.
     void dispose() noexcept;
 
     // Called from the most downstream operator up, as the subscription is built.
-    void addHook(std::unique_ptr<StageHook> hook) noexcept;
-    // There is an operator: each tears the chain down once it has forwarded a terminal, so the final observer
+    void addHook(StageHook hook);
+    // There is an operator: each disposes the chain once it has forwarded a terminal, so the final observer
     // need not.
     void noteStage() noexcept { hasStages_ = true; }
 
@@ -96,17 +89,17 @@ public:
     [[nodiscard]] Disposable install(Upstream upstream);
 
 protected:
-    // The final observer's own share of the grammar. Who claims the end, a terminal or the caller's dispose,
-    // is the one that reports it.
+    // The final observer's share of the grammar. Of a terminal and the caller's dispose, the one that claims
+    // the end first reports it.
     [[nodiscard]] bool isLive() const noexcept {
         return (state_.load(std::memory_order_acquire) & (disposed | stopped)) == 0;
     }
     [[nodiscard]] bool claimEnd() noexcept {
         return (state_.fetch_or(stopped, std::memory_order_acq_rel) & stopped) == 0;
     }
-    // The first terminal of a chain that nobody has disposed of.
+    // True for the first terminal of a chain that is not disposed.
     [[nodiscard]] bool claimTerminal() noexcept { return !isDisposed() && claimEnd(); }
-    // Without an operator nobody else would tear the chain down after a terminal.
+    // Without an operator nothing else would dispose the chain after a terminal.
     void disposeUnlessStaged() noexcept {
         if (!hasStages_) dispose();
     }
@@ -117,11 +110,13 @@ private:
     // The caller's handle was disposed, after the teardown.
     virtual void disposedByHandle() noexcept {}
 
-    // Who may tear the chain down: once, and never before it is installed.
+    // True once, and never before the chain is installed.
     [[nodiscard]] bool claimTeardown() noexcept;
     void tearDown() noexcept;
-    void leaveUpstream() noexcept;
-    void leave(StageHook* hook) noexcept;
+    void unsubscribe() noexcept;
+
+    using Hooks = std::forward_list<StageHook>; // the smallest list: most chains have no hook
+    void unsubscribe(Hooks::iterator hook) noexcept;
 
     static constexpr std::uint8_t installed = 1;
     static constexpr std::uint8_t disposed = 2;
@@ -129,7 +124,7 @@ private:
 
     std::atomic<std::uint8_t> state_{0};
     bool hasStages_ = false;
-    std::unique_ptr<StageHook> hooks_;
+    Hooks hooks_;
     Upstream upstream_;
     std::weak_ptr<class Handle> handle_;
 };

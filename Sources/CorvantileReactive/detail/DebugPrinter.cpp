@@ -10,11 +10,19 @@
 #include <utility>
 #include <vector>
 
-namespace corvantile::rx::detail {
+namespace corvantile::rx {
+
+std::string debugLabel(std::string_view file, int line, std::string_view function) {
+    std::string label(file.substr(file.find_last_of('/') + 1));
+    label.append(":").append(std::to_string(line)).append(" (").append(function).append(")");
+    return label;
+}
+
+namespace detail {
 
 namespace {
 
-// Characters as people count them, so that none is cut through.
+// Counts user-perceived characters, and cuts between them.
 std::string trimmed(std::string text) {
     constexpr std::size_t longest = 40;
     std::vector<std::size_t> starts;
@@ -40,4 +48,6 @@ void DebugPrinter::printEvent(std::string event) const {
     print("Event " + (trimOutput_ ? trimmed(std::move(event)) : event));
 }
 
-} // namespace corvantile::rx::detail
+} // namespace detail
+
+} // namespace corvantile::rx

@@ -5,9 +5,15 @@
 #include <string>
 #include <string_view>
 
-namespace corvantile::rx::detail {
+namespace corvantile::rx {
 
-// Writes the lines of one `debug` operator on the console of the installed platform. Threads: any.
+// `FILE:LINE (FUNCTION)`: the file without its folders, with its extension.
+[[nodiscard]] CORVANTILE_API std::string debugLabel(std::string_view file, int line,
+                                                    std::string_view function);
+
+namespace detail {
+
+// Prints the lines of one `debug` operator on the console of the installed platform. Threads: any.
 class CORVANTILE_API DebugPrinter {
 public:
     DebugPrinter(std::string label, bool trimOutput);
@@ -20,4 +26,6 @@ private:
     bool trimOutput_;
 };
 
-} // namespace corvantile::rx::detail
+} // namespace detail
+
+} // namespace corvantile::rx

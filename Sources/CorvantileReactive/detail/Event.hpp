@@ -18,20 +18,24 @@ struct Terminal {
     }
 };
 
-// An event that waits.
+// An element or a terminal, as a value.
 template <class T>
 class Event {
 public:
     explicit Event(const T& value) : content_(std::in_place_index<0>, value) {}
     explicit Event(Terminal terminal) : content_(std::in_place_index<1>, std::move(terminal)) {}
 
-    [[nodiscard]] bool isTerminal() const { return content_.index() == 1; }
+    template <class Next, class End>
+    void visit(const Next& next, const End& end) const noexcept {
+        if (const T* const value = std::get_if<0>(&content_))
+            next(*value);
+        else
+            end(*std::get_if<1>(&content_));
+    }
 
     void deliverTo(Observer<T>& observer) const noexcept {
-        if (const T* const value = std::get_if<0>(&content_))
-            observer.onNext(*value);
-        else
-            std::get_if<1>(&content_)->deliverTo(observer);
+        visit([&](const T& value) { observer.onNext(value); },
+              [&](const Terminal& terminal) { terminal.deliverTo(observer); });
     }
 
 private:

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "CorvantileReactive/DisposedError.hpp"
 #include "CorvantileReactive/Observer.hpp"
 #include "CorvantileReactive/detail/Event.hpp"
 #include "CorvantileReactive/detail/ObserverList.hpp"
@@ -37,7 +36,7 @@ public:
         std::unique_lock lock(mutex_);
         if (ended_) return;
         buffer_.store(held);
-        for (auto* const newcomer : newcomers_) newcomer->waiting.emplace_back(value);
+        for (auto* const subscriber : pending_) subscriber->events.emplace_back(value);
         const auto observers = observers_.snapshot();
         lock.unlock();
         for (const auto& node : observers) node.observer->onNext(value);
@@ -63,7 +62,7 @@ public:
     }
 
     Upstream subscribe(std::shared_ptr<Observer<T>> observer, Chain&) override {
-        Upstream upstream{this->weak_from_this(), 0, {}, observer};
+        Upstream upstream{.source = this->weak_from_this(), .keep = observer};
         std::unique_lock lock(mutex_);
         upstream.key = ++lastKey_;
         if (!ended_ && buffer_.isEmpty())
@@ -80,43 +79,43 @@ public:
     }
 
 private:
-    // A subscriber that is still being handed the buffer; what is emitted meanwhile waits for it.
-    struct Newcomer {
-        std::vector<Event<T>> waiting;
+    // A subscriber whose replay is still running, and the events emitted since it began.
+    struct PendingSubscriber {
+        std::vector<Event<T>> events;
     };
 
     void end(const Terminal& terminal) noexcept {
         std::unique_lock lock(mutex_);
         if (ended_) return;
         ended_ = terminal;
-        for (auto* const newcomer : newcomers_) newcomer->waiting.emplace_back(terminal);
+        for (auto* const subscriber : pending_) subscriber->events.emplace_back(terminal);
         const auto observers = std::move(observers_);
         lock.unlock();
         for (const auto& node : observers.snapshot()) terminal.deliverTo(*node.observer);
     }
 
-    // The buffer is copied and the newcomer noted in one critical section, so nothing is lost and nothing
-    // comes twice; the newcomer joins the others in the one in which it is found to have caught up.
+    // The buffer is copied and the subscriber registered in one critical section, so no element is lost or
+    // duplicated; it is added to the observers in the one that finds no event left for it.
     void replay(std::unique_lock<std::mutex> lock, std::uint64_t key, std::shared_ptr<Observer<T>> observer) {
         const auto kept = buffer_.copy();
         const auto ended = ended_;
-        Newcomer newcomer;
-        if (!ended) newcomers_.push_back(&newcomer);
+        PendingSubscriber subscriber;
+        if (!ended) pending_.push_back(&subscriber);
         lock.unlock();
 
         kept.forEach([&](const T& value) { observer->onNext(value); });
         if (ended) return ended->deliverTo(*observer);
-        catchUp(newcomer, key, std::move(observer));
+        catchUp(subscriber, key, std::move(observer));
     }
 
-    void catchUp(Newcomer& newcomer, std::uint64_t key, std::shared_ptr<Observer<T>> observer) {
+    void catchUp(PendingSubscriber& subscriber, std::uint64_t key, std::shared_ptr<Observer<T>> observer) {
         std::vector<Event<T>> batch;
         for (;;) {
             {
                 const std::lock_guard lock(mutex_);
-                batch.swap(newcomer.waiting);
+                batch.swap(subscriber.events);
                 if (batch.empty()) {
-                    newcomers_.erase(std::find(newcomers_.begin(), newcomers_.end(), &newcomer));
+                    pending_.erase(std::find(pending_.begin(), pending_.end(), &subscriber));
                     if (!ended_) observers_.add(key, std::move(observer));
                     return;
                 }
@@ -129,7 +128,7 @@ private:
     mutable std::mutex mutex_;
     ObserverList<T> observers_;
     std::uint64_t lastKey_ = 0;
-    std::vector<Newcomer*> newcomers_;
+    std::vector<PendingSubscriber*> pending_;
     std::optional<Terminal> ended_;
     Buffer buffer_;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CorvantileReactive/AnyObserver.hpp"
 #include "CorvantileReactive/Observable.hpp"
+#include "CorvantileReactive/Observer.hpp"
 #include "CorvantileReactive/detail/SubjectCore.hpp"
 
 #include <exception>

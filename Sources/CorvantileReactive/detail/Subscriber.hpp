@@ -33,25 +33,20 @@ public:
             if (this->isLive()) onNext_(value);
     }
 
-    void onError(const std::exception_ptr& error) noexcept override {
-        if (!this->claimTerminal()) return;
+private:
+    void terminated(const Terminal& terminal) noexcept override {
+        if (terminal.error)
+            failed(terminal.error);
+        else if constexpr (!isAbsent<OnCompleted>)
+            onCompleted_();
+        runOnDisposed();
+    }
+
+    void failed(const std::exception_ptr& error) noexcept {
         if constexpr (isAbsent<OnError>)
             Hooks::unhandledError(error);
         else
             onError_(error);
-        finish();
-    }
-
-    void onCompleted() noexcept override {
-        if (!this->claimTerminal()) return;
-        if constexpr (!isAbsent<OnCompleted>) onCompleted_();
-        finish();
-    }
-
-private:
-    void finish() noexcept {
-        runOnDisposed();
-        this->disposeUnlessStaged();
     }
 
     void disposedByHandle() noexcept override {

@@ -1,20 +1,20 @@
-#include "CorvantileReactive/detail/LateUpstream.hpp"
+#include "CorvantileReactive/detail/ScheduledSubscription.hpp"
 
 #include <utility>
 
 namespace corvantile::rx::detail {
 
-LateUpstream::LateUpstream(std::shared_ptr<Scheduler> scheduler, std::weak_ptr<void> kept)
+ScheduledSubscription::ScheduledSubscription(std::shared_ptr<Scheduler> scheduler, std::weak_ptr<void> kept)
     : scheduler_(std::move(scheduler)), kept_(std::move(kept)) {}
-LateUpstream::~LateUpstream() = default;
+ScheduledSubscription::~ScheduledSubscription() = default;
 
-bool LateUpstream::begin(std::weak_ptr<Chain> chain) {
+bool ScheduledSubscription::begin(std::weak_ptr<Chain> chain) {
     const std::lock_guard lock(mutex_);
     if (!disposed_) chain_ = std::move(chain);
     return !disposed_;
 }
 
-void LateUpstream::dispose() noexcept {
+void ScheduledSubscription::dispose() noexcept {
     std::shared_ptr<Chain> chain;
     {
         const std::lock_guard lock(mutex_);
@@ -22,11 +22,11 @@ void LateUpstream::dispose() noexcept {
         chain = chain_.lock();
     }
     if (!chain) return;
-    // A chain whose source is gone lives by the caller's handle alone, and must live until it is left.
+    // A chain whose source is gone is kept alive by the caller's handle alone; here until it is disposed.
     scheduler_->post([chain = std::move(chain), kept = kept_.lock()] { chain->dispose(); });
 }
 
-bool LateUpstream::isDisposed() const noexcept {
+bool ScheduledSubscription::isDisposed() const noexcept {
     const std::lock_guard lock(mutex_);
     return disposed_;
 }

@@ -10,15 +10,15 @@
 
 namespace corvantile::rx::detail {
 
-// The way to leave a source that is subscribed to later, on a scheduler. Leaving happens there too, always as
-// an item of its own. Threads: any.
-class CORVANTILE_API LateUpstream final : public Cancelable {
+// Disposes a subscription that a scheduler makes later. The upstream chain is disposed on that scheduler too,
+// always as an item of its own. Threads: any.
+class CORVANTILE_API ScheduledSubscription final : public Cancelable {
 public:
     // `kept` is what the caller's handle keeps alive.
-    LateUpstream(std::shared_ptr<Scheduler> scheduler, std::weak_ptr<void> kept);
-    ~LateUpstream() override;
+    ScheduledSubscription(std::shared_ptr<Scheduler> scheduler, std::weak_ptr<void> kept);
+    ~ScheduledSubscription() override;
 
-    // The chain above is about to be subscribed; false when nobody wants it any more.
+    // Called before the upstream chain is subscribed. False when it has been disposed: do not subscribe.
     [[nodiscard]] bool begin(std::weak_ptr<Chain> chain);
 
     void dispose() noexcept override;
