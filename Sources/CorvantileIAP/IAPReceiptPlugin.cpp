@@ -32,6 +32,8 @@ bool wasBought(const SKPaymentTransaction& transaction) {
 
 } // namespace
 
+IAPReceiptPluggable::~IAPReceiptPluggable() = default;
+
 IAPReceiptPlugin::IAPReceiptPlugin() : IAPReceiptPlugin(std::vector<Product>()) {
     unimplementedInitializer("IAPReceiptPlugin");
 }

@@ -2,7 +2,6 @@
 
 #include "CorvantileIAP/IAPReceiptPluggable.hpp"
 #include "CorvantileIAP/ReceiptCatalogue.hpp"
-#include "CorvantileIAP/ReceiptProblem.hpp"
 #include "CorvantileIAP/StoreReceipt.hpp"
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Store/SKPaymentQueue.hpp"

@@ -2,7 +2,7 @@
 
 #include "CorvantileIAP/ProductCategory.hpp"
 #include "CorvantileIAP/ReceiptInfo.hpp"
-#include "CorvantileIAP/ReceiptProblem.hpp"
+#include "CorvantileIAP/StoreReceipt.hpp"
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Store/SKProduct.hpp"
 

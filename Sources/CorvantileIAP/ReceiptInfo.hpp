@@ -1,6 +1,5 @@
 #pragma once
 
-#include "CorvantileIAP/DecodingDefaults.hpp"
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
 
@@ -9,6 +8,14 @@
 #include <string>
 
 namespace corvantile {
+
+// What stands in a record for what the store did not tell.
+struct DecodingDefaults {
+    DecodingDefaults() = delete;
+
+    // The first second of year 1, UTC: earlier than any purchase, so nothing that ended then is still on.
+    static constexpr Date invalidDate{-63114076800.0};
+};
 
 // One transaction of the store. A date that a receipt lacks, or that cannot be read, is
 // DecodingDefaults::invalidDate; a date is absent only from a record that code has made.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "CorvantileIAP/ReceiptInfo.hpp"
-#include "CorvantileIAP/ReceiptProblem.hpp"
 #include "CorvantileIAP/RenewalInfo.hpp"
 #include "CorvantilePlatform/Export.hpp"
 
@@ -10,6 +9,18 @@
 #include <vector>
 
 namespace corvantile {
+
+// Something in a receipt that was left out, or replaced by a default.
+struct ReceiptProblem {
+    std::string where{}; // `latest_receipt_info[3].purchase_date_ms`
+    std::string what{};  // `not a date: "soon"`
+
+    friend bool operator==(const ReceiptProblem&, const ReceiptProblem&) = default;
+};
+
+[[nodiscard]] inline std::string describe(const ReceiptProblem& problem) {
+    return problem.where + ": " + problem.what;
+}
 
 // The store's account of what was bought.
 struct StoreReceipt {

@@ -4,6 +4,7 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <string>
+#include <utility>
 
 namespace corvantile {
 
@@ -17,6 +18,9 @@ enum class LocalStoreErrorCode : int {
 };
 
 // An error of the local store that says `message`.
-[[nodiscard]] CORVANTILE_API NSError localStoreError(LocalStoreErrorCode code, std::string message);
+[[nodiscard]] inline NSError localStoreError(LocalStoreErrorCode code, std::string message) {
+    return NSError(localStoreErrorDomain, static_cast<int>(code),
+                   {{NSError::localizedDescriptionKey, std::move(message)}});
+}
 
 } // namespace corvantile

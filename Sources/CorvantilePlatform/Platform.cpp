@@ -3,6 +3,7 @@
 #include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantilePlatform/Application/UIApplicationDelegate.hpp"
 #include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantilePlatform/Version.hpp"
 
 #include <atomic>
 #include <utility>
@@ -47,5 +48,7 @@ void Platform::end() {
     if (const int count = livePlugins->load(); count > 0) reportOutlived(count);
     installedPlatform.store(previous == this ? nullptr : previous, std::memory_order_release);
 }
+
+std::string_view libraryVersion() { return CORVANTILE_VERSION; }
 
 } // namespace corvantile

@@ -16,8 +16,7 @@
 #include "CorvantileTest/detail/DeviceLink.hpp"
 #include "CorvantileTest/detail/DeviceLocalStore.hpp"
 #include "CorvantileTest/detail/PlainPorts.hpp"
-#include "CorvantileTest/detail/TestKeychain.hpp"
-#include "CorvantileTest/detail/TestUserDefaults.hpp"
+#include "CorvantileTest/detail/StoragePorts.hpp"
 #include "CorvantileTest/detail/VirtualQueues.hpp"
 
 #include <string>
@@ -44,9 +43,8 @@ struct TestPlatform::Parts {
                    .clock = makeClock(link),
                    .console = console,
                    .reachability = reachability,
-                   .keychain = std::make_shared<TestKeychain>(
-                       link, options.reportsUnreadableEntries ? console : nullptr),
-                   .userDefaults = std::make_shared<TestUserDefaults>(link),
+                   .keychain = makeKeychain(link, options.reportsUnreadableEntries ? console : nullptr),
+                   .userDefaults = makeUserDefaults(link),
                    .random = random,
                    .cryptor = std::make_shared<OpenSSLCryptor>(),
                    .http = http,

@@ -1,7 +1,6 @@
 #include "HostCore/Decoding.hpp"
 
-#include "HostCore/detail/JSONError.hpp"
-#include "HostCore/detail/JSONInteger.hpp"
+#include "HostCore/detail/JSON.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -1,6 +1,6 @@
 #include "Tools/corvantile/Values.hpp"
 
-#include "HostCore/detail/JSONInteger.hpp"
+#include "HostCore/detail/JSON.hpp"
 #include "Tools/corvantile/Misread.hpp"
 #include "Tools/corvantile/Refusal.hpp"
 

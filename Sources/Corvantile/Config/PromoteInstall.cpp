@@ -1,6 +1,6 @@
 #include "Corvantile/Config/PromoteInstall.hpp"
 
-#include "Corvantile/Plugin/Database/detail/RecordJSON.hpp"
+#include "Corvantile/Extension/detail/RecordJSON.hpp"
 
 #include <utility>
 

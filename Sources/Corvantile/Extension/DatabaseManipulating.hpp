@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Corvantile/Extension/DatabaseCryptor.hpp"
 #include "Corvantile/Extension/Encodable.hpp"
 #include "CorvantilePlatform/Export.hpp"
 
@@ -9,6 +8,21 @@
 #include <string_view>
 
 namespace corvantile {
+
+// Turns the text of a record into what is stored, and back. Threads: those of the record store's callers.
+class CORVANTILE_API DatabaseCryptor {
+public:
+    static constexpr std::string_view typeName = "DatabaseCryptor";
+
+    DatabaseCryptor() = default;
+    DatabaseCryptor(const DatabaseCryptor&) = delete;
+    DatabaseCryptor& operator=(const DatabaseCryptor&) = delete;
+    virtual ~DatabaseCryptor();
+
+    // nullopt when it cannot be done: the wrong key, damaged text.
+    [[nodiscard]] virtual std::optional<std::string> encrypt(std::string_view text) = 0;
+    [[nodiscard]] virtual std::optional<std::string> decrypt(std::string_view text) = 0;
+};
 
 // A store of records: JSON text by key, encrypted on its way in. Plain text is never written, though plain
 // text that somebody else wrote can be read. Cryptors are borrowed for the call. Threads: one at a time.

@@ -1,7 +1,7 @@
 #include "Corvantile/Extension/Encodable.hpp"
 
 #include "CorvantilePlatform/Foundation/detail/Unicode.hpp"
-#include "HostCore/detail/JSONError.hpp"
+#include "HostCore/detail/JSON.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -14,9 +14,15 @@ std::string encodeJSON(const std::string& text) {
     return nlohmann::json(text).dump();
 }
 
+std::string detail::realText(double value) {
+    if (std::isnan(value)) return "nan";
+    if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
+    return nlohmann::json(value).dump();
+}
+
 std::string detail::encodeReal(double value) {
     if (!std::isfinite(value)) throwJSONError("The number to encode is not finite.");
-    return nlohmann::json(value).dump();
+    return realText(value);
 }
 
 std::optional<std::string> detail::utf8Text(std::string json) {

@@ -13,8 +13,12 @@
 namespace corvantile {
 
 namespace detail {
+// The shortest text that reads back as the same double, whatever the locale: `4.99`, `1.0`, `1e-05`, `inf`,
+// `nan`.
+[[nodiscard]] CORVANTILE_API std::string realText(double value);
+// The same; throws NSError for a number that is not finite.
 [[nodiscard]] CORVANTILE_API std::string encodeReal(double value);
-}
+} // namespace detail
 
 // Plain values, and lists of whatever takes part. What JSON cannot hold is refused: text that is no
 // UTF-8, a number that is not finite.

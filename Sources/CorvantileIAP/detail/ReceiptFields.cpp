@@ -1,8 +1,8 @@
 #include "CorvantileIAP/detail/ReceiptFields.hpp"
 
-#include "CorvantileIAP/DecodingDefaults.hpp"
+#include "CorvantileIAP/ReceiptInfo.hpp"
 #include "CorvantileIAP/detail/StoreDate.hpp"
-#include "HostCore/detail/JSONInteger.hpp"
+#include "HostCore/detail/JSON.hpp"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CorvantileIAP/ReceiptProblem.hpp"
+#include "CorvantileIAP/StoreReceipt.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
 
 #include <nlohmann/json.hpp>

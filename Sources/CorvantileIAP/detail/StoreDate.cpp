@@ -1,6 +1,6 @@
 #include "CorvantileIAP/detail/StoreDate.hpp"
 
-#include "HostCore/detail/JSONInteger.hpp"
+#include "HostCore/detail/JSON.hpp"
 
 #include <chrono>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "HostCore/detail/JSONInteger.hpp"
+#include "HostCore/detail/JSON.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
 #include "Tools/corvantile/Host.hpp"
 #include "Tools/corvantile/Misread.hpp"

@@ -1,6 +1,6 @@
 #include "Corvantile/Corvantile.hpp"
 #include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
-#include "HostCore/detail/JSONInteger.hpp"
+#include "HostCore/detail/JSON.hpp"
 #include "Tools/corvantile/Commands/Commands.hpp"
 #include "Tools/corvantile/Host.hpp"
 #include "Tools/corvantile/Misread.hpp"

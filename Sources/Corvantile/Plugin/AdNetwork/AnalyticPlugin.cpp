@@ -1,17 +1,18 @@
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
 
 #include "Corvantile/Corvantile.hpp"
-#include "Corvantile/Plugin/AdNetwork/detail/EventBuffer.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 #include "Corvantile/detail/DebuggedStream.hpp"
 #include "CorvantilePlatform/FatalError.hpp"
 #include "CorvantileReactive/ConnectableObservable.hpp"
+#include "CorvantileReactive/ReplaySubject.hpp"
 #include "CorvantileReactive/SerialDispatchQueueScheduler.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <mutex>
 #include <typeinfo>
 #include <utility>
 
@@ -52,6 +53,35 @@ AnalyticComponent* firstConsole(const Sinks& sinks) {
 }
 
 } // namespace
+
+// The events that came while the router had no sink: not created yet, present, or discarded for good.
+// Threads: any.
+class EventBuffer {
+public:
+    using Subject = rx::ReplaySubject<AnalyticEvent>;
+
+    // Created on first use, without bound; nullopt once discarded.
+    [[nodiscard]] std::optional<Subject> subject() {
+        const std::lock_guard lock(mutex_);
+        if (!subject_ && !isDiscarded_) subject_ = Subject::createUnbounded();
+        return subject_;
+    }
+
+    void discard() {
+        std::optional<Subject> last; // destroyed after the lock is released
+        const std::lock_guard lock(mutex_);
+        isDiscarded_ = true;
+        last.swap(subject_);
+    }
+
+private:
+    std::mutex mutex_;
+    std::optional<Subject> subject_;
+    bool isDiscarded_ = false;
+};
+
+AnalyticProtocol::~AnalyticProtocol() = default;
+AnalyticPluggable::~AnalyticPluggable() = default;
 
 AnalyticPlugin::AnalyticPlugin() : events_(std::make_unique<EventBuffer>()) {
     lists_.push_back(std::make_unique<const Services>());

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Corvantile/Plugin/Analytic/AdjustAppSecret.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustPluggable.hpp"
 #include "CorvantilePlatform/Adjust/AdjustDelegate.hpp"
 #include "CorvantilePlatform/Export.hpp"
@@ -14,6 +13,15 @@
 namespace corvantile {
 
 class ADJConfig;
+
+// What the SDK's service issues to sign an app's packages with. The host keeps it; the framework has none.
+struct AdjustAppSecret {
+    std::uint64_t id = 0;
+    std::uint64_t info1 = 0;
+    std::uint64_t info2 = 0;
+    std::uint64_t info3 = 0;
+    std::uint64_t info4 = 0;
+};
 
 // Starts the attribution SDK at launch, hands it the push token, and says on the console what the SDK tells.
 // Held by shared_ptr, as plug-ins are.

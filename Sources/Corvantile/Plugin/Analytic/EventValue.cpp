@@ -1,6 +1,6 @@
 #include "Corvantile/Plugin/Analytic/EventValue.hpp"
 
-#include "Corvantile/Extension/detail/RealText.hpp"
+#include "Corvantile/Extension/Encodable.hpp"
 #include "CorvantilePlatform/Foundation/Console.hpp"
 
 namespace corvantile {
@@ -11,7 +11,7 @@ std::string text(EventValue::Null) { return "<null>"; }
 std::string text(const std::string& value) { return debugText(value); }
 std::string text(const NSDecimalNumber& value) { return value.description(); }
 std::string text(std::int64_t value) { return std::to_string(value); }
-std::string text(double value) { return realText(value); }
+std::string text(double value) { return detail::realText(value); }
 std::string text(bool value) { return value ? "true" : "false"; }
 std::string text(Date value) { return describe(value); }
 std::string text(const OpaqueObject& value) { return value.description; }

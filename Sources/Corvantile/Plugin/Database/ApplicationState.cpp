@@ -1,6 +1,6 @@
 #include "Corvantile/Plugin/Database/ApplicationState.hpp"
 
-#include "Corvantile/Plugin/Database/detail/RecordJSON.hpp"
+#include "Corvantile/Extension/detail/RecordJSON.hpp"
 
 namespace corvantile {
 

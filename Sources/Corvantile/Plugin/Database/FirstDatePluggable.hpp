@@ -1,12 +1,28 @@
 #pragma once
 
-#include "Corvantile/Plugin/Database/FirstDateProtocol.hpp"
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantileReactive/Observable.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
 
 #include <string_view>
 
 namespace corvantile {
+
+// Tells when the app was first run on this device.
+class CORVANTILE_API FirstDateProtocol {
+public:
+    static constexpr std::string_view typeName = "FirstDateProtocol";
+
+    FirstDateProtocol() = default;
+    FirstDateProtocol(const FirstDateProtocol&) = delete;
+    FirstDateProtocol& operator=(const FirstDateProtocol&) = delete;
+    virtual ~FirstDateProtocol();
+
+    // Midnight, UTC, of the first day; once for each activation that could load or record it, replaying the
+    // last. Emits on main.
+    [[nodiscard]] virtual rx::Observable<Date> firstDate() = 0;
+};
 
 // The plug-in under which the first-install date is looked up.
 class CORVANTILE_API FirstDatePluggable : public virtual PluggableApplicationDelegateService,

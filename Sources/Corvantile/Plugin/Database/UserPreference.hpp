@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Corvantile/Extension/DatabaseCryptor.hpp"
+#include "Corvantile/Extension/DatabaseManipulating.hpp"
 #include "Corvantile/Plugin/Database/UserPreferenceProtocol.hpp"
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantileReactive/ReplaySubject.hpp"

@@ -1,12 +1,39 @@
 #pragma once
 
-#include "Corvantile/Plugin/Products/SKProductRequestProtocol.hpp"
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantileReactive/Observable.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
 
+#include <exception>
+#include <memory>
 #include <string_view>
+#include <vector>
 
 namespace corvantile {
+
+class SKProduct;
+
+// The store's products as a stream. The streams of products and errors emit on a background queue and replay
+// their latest element, inside `subscribe`; before the first answer they hold none.
+class CORVANTILE_API SKProductRequestProtocol {
+public:
+    using Products = std::vector<std::shared_ptr<SKProduct>>;
+
+    SKProductRequestProtocol() = default;
+    SKProductRequestProtocol(const SKProductRequestProtocol&) = delete;
+    SKProductRequestProtocol& operator=(const SKProductRequestProtocol&) = delete;
+    virtual ~SKProductRequestProtocol();
+
+    // The latest list; the empty one after a failure.
+    [[nodiscard]] virtual rx::Observable<Products> products() = 0;
+    // Whether a request is under way, told on main.
+    [[nodiscard]] virtual rx::Observable<bool> isLoading() = 0;
+    // What the latest request failed with; empty after a success.
+    [[nodiscard]] virtual rx::Observable<std::exception_ptr> error() = 0;
+
+    // Asks the store anew, instead of a request that is under way. Threads: any.
+    virtual void reload() = 0;
+};
 
 // The plug-in under which the store's products are looked up.
 class CORVANTILE_API SKProductRequestPluggable : public virtual PluggableApplicationDelegateService,

@@ -1,14 +1,59 @@
 #include "CorvantileLocalStore/Engine/detail/SubscriptionLife.hpp"
 
-#include "CorvantileLocalStore/Engine/detail/SubscriptionTerms.hpp"
+#include "CorvantileLocalStore/Catalogue/Period.hpp"
 #include "CorvantileLocalStore/LocalStoreError.hpp"
 
+#include <chrono>
 #include <functional>
+#include <optional>
 #include <queue>
 #include <utility>
 #include <vector>
 
 namespace corvantile {
+
+namespace {
+
+using Days = std::chrono::duration<int, std::ratio<86400>>;
+
+constexpr Days billingRetry{60};
+constexpr Days gracePeriod{16};
+constexpr Days shortGracePeriod{6}; // of a subscription by the week
+
+// How long a customer who has not paid keeps what a subscription with such a period gives.
+Days graceOf(Period period) { return roughDays(period) <= 7 ? shortGracePeriod : gracePeriod; }
+
+// Its period is over, and not paid.
+bool isOwed(const StoreSubscription& subscription) {
+    return subscription.status == SubscriptionStatus::gracePeriod ||
+           subscription.status == SubscriptionStatus::billingRetry;
+}
+
+bool hasEnded(const StoreSubscription& subscription) {
+    return subscription.status == SubscriptionStatus::expired ||
+           subscription.status == SubscriptionStatus::revoked;
+}
+
+// When its status changes next if the customer does nothing.
+std::optional<Date> dueDate(const StoreSubscription& subscription) {
+    switch (subscription.status) {
+    case SubscriptionStatus::active: return subscription.expirationDate;
+    case SubscriptionStatus::gracePeriod: return subscription.gracePeriodEnd;
+    case SubscriptionStatus::billingRetry: return subscription.expirationDate + billingRetry;
+    case SubscriptionStatus::expired:
+    case SubscriptionStatus::revoked: break;
+    }
+    return std::nullopt;
+}
+
+void expire(StoreSubscription& subscription, ExpirationIntent intent) {
+    subscription.status = SubscriptionStatus::expired;
+    subscription.expirationIntent = intent;
+    subscription.gracePeriodEnd.reset();
+    subscription.renews = false;
+}
+
+} // namespace
 
 std::optional<std::string> SubscriptionLife::obstacle(const CatalogueProduct& product) const {
     const auto found = ledger_.subscriptions().find(product.groupIdentifier);

@@ -1,6 +1,6 @@
 #include "Corvantile/Plugin/Analytic/detail/PrettyJSON.hpp"
 
-#include "Corvantile/Extension/detail/RealText.hpp"
+#include "Corvantile/Extension/Encodable.hpp"
 #include "CorvantilePlatform/Foundation/detail/Unicode.hpp"
 
 #include <cmath>
@@ -38,7 +38,7 @@ private:
 
     bool write(double value) {
         if (!std::isfinite(value)) return false;
-        const auto text = realText(value);
+        const auto text = detail::realText(value);
         const bool isWhole = text.ends_with(".0");
         return append(std::string_view(text).substr(0, text.size() - (isWhole ? 2 : 0)));
     }

@@ -1,6 +1,6 @@
 #include "Corvantile/Plugin/Analytic/detail/PurchaseDecision.hpp"
 
-#include "CorvantileIAP/DecodingDefaults.hpp"
+#include "CorvantileIAP/ReceiptInfo.hpp"
 
 #include <algorithm>
 #include <iterator>

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Foundation/Date.hpp"
-#include "HostCore/detail/JSONError.hpp"
-#include "HostCore/detail/JSONInteger.hpp"
+#include "HostCore/detail/JSON.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -6,10 +6,14 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
-// For sources only: it names the JSON library. Integers of 64 bits, whole or not at all.
+// What every reader and writer of JSON shares. For sources only: it names the JSON library.
 namespace corvantile {
+
+// Throws the NSError for a value that JSON cannot hold, or for text that does not hold what it should.
+[[noreturn]] CORVANTILE_API void throwJSONError(std::string why);
 
 // A JSON number without a fraction. Beyond 2^53 one that was written with a fraction or an exponent no longer
 // tells which integer it was, and is none.

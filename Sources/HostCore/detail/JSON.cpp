@@ -1,10 +1,13 @@
-#include "HostCore/detail/JSONInteger.hpp"
+#include "HostCore/detail/JSON.hpp"
+
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <nlohmann/json.hpp>
 
 #include <charconv>
 #include <cmath>
 #include <system_error>
+#include <utility>
 
 namespace corvantile {
 
@@ -17,6 +20,10 @@ std::optional<std::int64_t> exactInteger(double number) {
 }
 
 } // namespace
+
+void throwJSONError(std::string why) {
+    throw NSError("corvantile.json", 1, {{NSError::localizedDescriptionKey, std::move(why)}});
+}
 
 std::optional<std::int64_t> jsonInteger(const nlohmann::json& value) {
     if (value.is_number_float()) return exactInteger(value.get<double>());

@@ -1,7 +1,0 @@
-#include "CorvantileIAP/IAPReceiptPluggable.hpp"
-
-namespace corvantile {
-
-IAPReceiptPluggable::~IAPReceiptPluggable() = default;
-
-} // namespace corvantile

@@ -1,7 +1,0 @@
-#include "CorvantilePlatform/Foundation/Clock.hpp"
-
-namespace corvantile {
-
-Clock::~Clock() = default;
-
-} // namespace corvantile

@@ -1,8 +1,0 @@
-#include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
-
-namespace corvantile {
-
-NetworkReachabilityManager::~NetworkReachabilityManager() = default;
-NetworkReachabilityManagers::~NetworkReachabilityManagers() = default;
-
-} // namespace corvantile
