@@ -72,19 +72,19 @@ struct TestPlatform::Parts {
     const std::shared_ptr<RecordingAdjust> adjust = std::make_shared<RecordingAdjust>(queues->main());
 };
 
-// This process's turn to be the current one; afterwards the former one is again, if there was one.
-class TestPlatform::Turn {
+// Makes this process the current one while it exists, and then the former one again, if there was one.
+class TestPlatform::CurrentScope {
 public:
-    explicit Turn(TestPlatform& platform)
+    explicit CurrentScope(TestPlatform& platform)
         : former_(isInstalled() ? dynamic_cast<TestPlatform*>(&Platform::current()) : nullptr) {
         if (platform.hasEnded()) fatalError("This process has ended: it runs nothing any more.");
         platform.install();
     }
-    ~Turn() {
+    ~CurrentScope() {
         if (former_ != nullptr) former_->install();
     }
-    Turn(const Turn&) = delete;
-    Turn& operator=(const Turn&) = delete;
+    CurrentScope(const CurrentScope&) = delete;
+    CurrentScope& operator=(const CurrentScope&) = delete;
 
 private:
     TestPlatform* const former_;
@@ -133,17 +133,17 @@ void TestPlatform::makeCurrent() {
 }
 
 void TestPlatform::runUntilIdle() {
-    const Turn turn(*this);
+    const CurrentScope scope(*this);
     parts_->queues->runUntilIdle();
 }
 
 void TestPlatform::advance(std::chrono::nanoseconds duration) {
-    const Turn turn(*this);
+    const CurrentScope scope(*this);
     parts_->queues->advance(duration);
 }
 
 bool TestPlatform::runUntil(const std::function<bool()>& done, std::chrono::nanoseconds limit) {
-    const Turn turn(*this);
+    const CurrentScope scope(*this);
     return parts_->queues->runUntil(done, limit);
 }
 

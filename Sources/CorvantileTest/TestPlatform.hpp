@@ -84,7 +84,7 @@ public:
 
 private:
     struct Parts;
-    class Turn;
+    class CurrentScope;
 
     TestPlatform(TestOptions options, std::unique_ptr<Parts> parts);
     void endOnDevice();

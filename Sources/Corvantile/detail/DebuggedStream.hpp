@@ -3,17 +3,16 @@
 #include "Corvantile/Corvantile.hpp"
 #include "CorvantileReactive/Observable.hpp"
 
+#include <string>
 #include <string_view>
-#include <utility>
 
 namespace corvantile {
 
-// The stream; while the debug switch is on, one that prints its life under the label of a place in the code.
+// The stream; while the debug switch is on, one that prints what happens to it under `label`.
 template <class Element>
-[[nodiscard]] rx::Observable<Element> debugged(rx::Observable<Element> stream, std::string_view file,
-                                               int line, std::string_view function) {
+[[nodiscard]] rx::Observable<Element> debugged(rx::Observable<Element> stream, std::string_view label) {
     if (!Corvantile::debug()) return stream;
-    return stream.debug(rx::debugLabel(file, line, function));
+    return stream.debug(std::string(label));
 }
 
 } // namespace corvantile

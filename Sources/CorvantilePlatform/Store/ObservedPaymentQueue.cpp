@@ -55,13 +55,13 @@ struct ObservedPaymentQueue::Observers {
         return chosen;
     }
 
-    // Whoever waits to be welcomed; from now on they hear every update.
-    Places takeNewcomers() {
+    // The observers that wait for their welcome; from now on they get every update.
+    Places takeArrivals() {
         isWelcomePosted = false;
-        Places newcomers;
+        Places arrivals;
         for (const auto& place : places)
-            if (!std::exchange(place->hasArrived, true)) newcomers.push_back(place);
-        return newcomers;
+            if (!std::exchange(place->hasArrived, true)) arrivals.push_back(place);
+        return arrivals;
     }
 
     // What comes in a batch of its own is no part of a welcome.
@@ -117,10 +117,10 @@ void ObservedPaymentQueue::welcome() {
     auto waiting = transactions();
     std::unique_lock lock(observers_->mutex);
     observers_->leaveOutPosted(waiting);
-    const auto newcomers = observers_->takeNewcomers();
+    const auto arrivals = observers_->takeArrivals();
     lock.unlock();
     if (waiting.empty()) return;
-    for (const auto& place : newcomers)
+    for (const auto& place : arrivals)
         place->call([&](auto& observer) { observer.updatedTransactions(*this, waiting); });
 }
 
@@ -133,7 +133,7 @@ void ObservedPaymentQueue::postUpdated(Transactions batch) {
     post([](ObservedPaymentQueue& self) { self.deliverUpdated(); });
 }
 
-// A newcomer is passed over: what it has not heard of yet is in its welcome.
+// An observer that has not arrived yet is skipped: its welcome includes this batch.
 void ObservedPaymentQueue::deliverUpdated() {
     std::unique_lock lock(observers_->mutex);
     const auto batch = std::move(observers_->updates.front());

@@ -13,6 +13,7 @@
 #include <array>
 #include <cstddef>
 #include <mutex>
+#include <string_view>
 #include <typeinfo>
 #include <utility>
 
@@ -43,6 +44,9 @@ private:
     AnalyticComponent** chosen_ = few_.data();
     std::size_t count_ = 0;
 };
+
+// A fixed text that log searches rely on; the number is not a source position.
+constexpr std::string_view flushLabel = "AnalyticPlugin:70 (flush())";
 
 AnalyticComponent* firstConsole(const Sinks& sinks) {
     const auto found = std::find_if(sinks.begin(), sinks.end(), [](const auto& sink) {
@@ -127,12 +131,12 @@ void AnalyticPlugin::registerComponents(
 void AnalyticPlugin::flush() {
     const auto subject = events_->subject();
     if (!subject) return;
-    // Left unconnected on purpose: hosts count on what was tracked before they had a sink staying unsent.
+    // Left unconnected on purpose: hosts rely on it that events tracked before the first sink are never sent.
     const auto pipeline = debugged(
         subject->replayAll().observeOn(rx::backgroundScheduler()).subscribeOn(rx::backgroundScheduler()),
-        "Sources/Corvantile/Plugin/AdNetwork/AnalyticPlugin", 70, "flush()");
+        flushLabel);
     const auto weak = weak_from_this();
-    // The subscription that this one replaces goes on.
+    // The subscription that this one replaces is not disposed.
     disposable_.exchange(pipeline.subscribe(
         [weak](const AnalyticEvent& event) {
             if (const auto self = weak.lock()) self->track(event);

@@ -24,13 +24,16 @@ EventTokens decodeTokens(std::string_view json) {
     return tokens;
 }
 
+// A fixed text that log searches rely on, not a source position.
+constexpr int tokenFileErrorLine = 43;
+
 EventTokens loadTokens(std::string_view name) {
     try {
         if (const auto file = NSBundle::main()->resource(name, "json")) return decodeTokens(*file);
     } catch (const NSError&) {
-        // A file that is at fault ends the process with the same words as one that is not there.
+        // An unreadable file ends the process with the same message as a missing one.
     }
-    fatalErrorAt("AdjustAnalyticComponent", 43, "Fail to load event file");
+    fatalErrorAt("AdjustAnalyticComponent", tokenFileErrorLine, "Fail to load event file");
 }
 
 } // namespace

@@ -27,7 +27,7 @@ namespace {
 
 Date now() { return Platform::current().ports().clock->now(); }
 
-// The marker counts only as a whole: a value of another kind in it, and it is not ours.
+// A dictionary with a value of another kind is not a marker.
 bool isMarked(const std::string& key) {
     const auto marker = Locksmith::loadDataForUserAccount(key);
     if (!marker) return false;
@@ -45,13 +45,20 @@ bool saveMarker(const std::string& key) {
     }
 }
 
-// True for the one who may report what the key stands for.
+// Before a product's identifier: the key in the user defaults that marks its grace period as reported.
+constexpr std::string_view gracePeriodMarker = "enter_grace_period_";
+
+// True for the one caller that may report what the key stands for.
 bool claim(const std::string& key) {
     if (isMarked(key)) return false;
     return Corvantile::dryRun() || saveMarker(key);
 }
 
-constexpr std::string_view trackingPlugin = "Sources/Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin";
+// Fixed texts that log searches rely on; the numbers are not source positions.
+constexpr std::string_view recordsLabel = "IAPReceiptTrackingPlugin:122 (trackReceipts())";
+constexpr std::string_view renewalsLabel = "IAPReceiptTrackingPlugin:164 (trackReceipts())";
+constexpr std::string_view validationLabel =
+    "IAPReceiptTrackingPlugin:59 (trackValidatedPurchase(productID:_:))";
 
 // The categories with their records from the first date on, the first purchase first. An empty list counts
 // only after one that was not.
@@ -69,7 +76,7 @@ void trackSubscription(const PurchaseDecision& decision, AnalyticPluggable& anal
                            decision.region);
 }
 
-// The stream has ended; the next activation, or call of the host, begins another.
+// The stream has ended; the next activation, or call of the host, subscribes again.
 constexpr auto ignoreError = [](const std::exception_ptr&) {};
 
 } // namespace
@@ -93,14 +100,14 @@ void IAPReceiptTrackingPlugin::trackReceipts() {
     const auto install = requireService<FirstDatePluggable>();
     const auto records = requireService<IAPReceiptPluggable>();
     const auto weak = weak_from_this();
-    disposable_.exchange(
-        debugged(preparedCategories(*records, *install), trackingPlugin, 122, "trackReceipts()")
-            .subscribe(
-                [weak, analytics](const Categories& prepared) {
-                    if (const auto self = weak.lock()) self->reportRecords(prepared, *analytics);
-                },
-                ignoreError));
-    gracePeriodDisposable_.exchange(debugged(records->renewals(), trackingPlugin, 164, "trackReceipts()")
+    disposable_.exchange(debugged(preparedCategories(*records, *install), recordsLabel)
+                             .subscribe(
+                                 [weak, analytics](const Categories& prepared) {
+                                     if (const auto self = weak.lock())
+                                         self->reportRecords(prepared, *analytics);
+                                 },
+                                 ignoreError));
+    gracePeriodDisposable_.exchange(debugged(records->renewals(), renewalsLabel)
                                         .subscribe(
                                             [weak, analytics](const std::vector<RenewalInfo>& renewals) {
                                                 if (const auto self = weak.lock())
@@ -115,8 +122,7 @@ void IAPReceiptTrackingPlugin::trackValidatedPurchase(const std::string& product
     const auto install = requireService<FirstDatePluggable>();
     const auto records = requireService<IAPReceiptPluggable>();
     validationDisposable_.exchange(
-        debugged(preparedCategories(*records, *install), trackingPlugin, 59,
-                 "trackValidatedPurchase(productID:_:)")
+        debugged(preparedCategories(*records, *install), validationLabel)
             .subscribe(
                 [weak = weak_from_this(), analytics, productID, params](const Categories& prepared) {
                     if (const auto self = weak.lock())
@@ -148,8 +154,7 @@ std::string IAPReceiptTrackingPlugin::recordFirstTransaction(const PurchaseDecis
         analytics.track(event);
     if (decision.reportsSubscription()) trackSubscription(decision, analytics);
     if (decision.countsIntoTotal())
-        analytics.track(AnalyticEvent("total_subscription",
-                                      {{"value", decision.value}, {"currency", decision.currency}}));
+        analytics.track(DefaultEvent::totalSubscription(decision.value, decision.currency).event());
     return decision.name;
 }
 
@@ -160,14 +165,14 @@ std::string IAPReceiptTrackingPlugin::recordConsecutiveTransaction(const Purchas
     return decision.name;
 }
 
-// Sent first, marked then: once at least. The marker is written in a dry run too.
+// Sent first, marked then: reported at least once. The marker is written in a dry run too.
 void IAPReceiptTrackingPlugin::reportGracePeriods(const std::vector<RenewalInfo>& renewals,
                                                   AnalyticPluggable& analytics) const {
     for (const auto& renewal : renewals) {
         if (!renewal.gracePeriodExpiresDate || !(*renewal.gracePeriodExpiresDate > now())) continue;
-        const auto key = "enter_grace_period_" + renewal.productID;
+        const auto key = std::string(gracePeriodMarker).append(renewal.productID);
         if (userDefaults_->boolForKey(key)) continue;
-        analytics.track(AnalyticEvent("enter_grace_period", {{"value", renewal.productID}}));
+        analytics.track(DefaultEvent::gracePeriodEnter(renewal.productID).event());
         userDefaults_->setBool(true, key);
         userDefaults_->synchronize();
     }
@@ -176,13 +181,13 @@ void IAPReceiptTrackingPlugin::reportGracePeriods(const std::vector<RenewalInfo>
 void IAPReceiptTrackingPlugin::reportValidated(const Categories& prepared, const std::string& productID,
                                                const std::optional<EventParameters>& params,
                                                AnalyticPluggable& analytics) const {
-    constexpr const char* name = "ostrel_in_app_purchase";
+    const auto event = DefaultEvent::ostrelValidatedInAppPurchase().event();
     for (const auto& category : prepared) {
         if (category.product->productIdentifier() != productID) continue;
         const auto& records = category.receipts;
         const auto first = std::find_if(records.begin(), records.end(), isFirstPurchase);
         if (first == records.end() || !claim("validated_" + std::to_string(first->transactionID))) continue;
-        analytics.track(params ? AnalyticEvent(name, *params) : AnalyticEvent(name));
+        analytics.track(params ? AnalyticEvent(event.name, *params) : event);
     }
 }
 

@@ -17,8 +17,6 @@ namespace corvantile {
 
 namespace {
 
-constexpr std::string_view databasePlugin = "Sources/Corvantile/Plugin/Database/DatabasePlugin";
-
 template <class Record>
 std::string recordKey(const std::string& userID) {
     return std::string(userDefaultKeyEncodable<Record>()).append("_").append(userID);
@@ -43,11 +41,11 @@ bool DatabasePlugin::didFinishLaunchingWithOptions(UIApplication&, const LaunchO
     cryptor_ = std::dynamic_pointer_cast<DatabaseCryptor>(userPreference_);
     const auto scheduler = rx::backgroundScheduler();
     const auto loaded = userPreference_->isLoaded().take(1).subscribeOn(scheduler).observeOn(scheduler);
-    disposeBag_.insert(
-        debugged(loaded, databasePlugin, __LINE__, "application(_:didFinishLaunchingWithOptions:)")
-            .subscribe([weak = weak_from_this()](bool) {
-                if (const auto self = weak.lock()) self->loadData();
-            }));
+    disposeBag_.insert(debugged(loaded, rx::debugLabel("DatabasePlugin", __LINE__,
+                                                       "application(_:didFinishLaunchingWithOptions:)"))
+                           .subscribe([weak = weak_from_this()](bool) {
+                               if (const auto self = weak.lock()) self->loadData();
+                           }));
     return true;
 }
 
@@ -122,7 +120,8 @@ void DatabasePlugin::resetApplication() {
     const auto records =
         applicationSubject_.observeOn(rx::backgroundScheduler()).subscribeOn(rx::backgroundScheduler());
     // The first element only: the record emitted below would begin the reset anew, for ever.
-    const auto first = debugged(records, databasePlugin, __LINE__, "resetApplication()").take(1);
+    const auto first =
+        debugged(records, rx::debugLabel("DatabasePlugin", __LINE__, "resetApplication()")).take(1);
     disposeBag_.insert(first.subscribe([weak = weak_from_this()](const Application&) {
         const auto self = weak.lock();
         if (!self) return;

@@ -10,10 +10,12 @@ namespace corvantile {
 
 namespace {
 
-// Answers in a row that a watch looks at, a replayed one included.
+// How many lists in a row a watch checks, a replayed one included.
 constexpr int watchedLists = 3;
 
-constexpr std::string_view requestPlugin = "Sources/Corvantile/Plugin/Products/SKProductRequestPlugin";
+// Fixed texts that log searches rely on; the numbers are not source positions.
+constexpr std::string_view loadLabel = "SKProductRequestPlugin:41 (loadSKProducts())";
+constexpr std::string_view reloadLabel = "SKProductRequestPlugin:76 (reload())";
 
 } // namespace
 
@@ -37,12 +39,12 @@ void SKProductRequestPlugin::cancel() {
     reloadDisposable_->cancelRequest();
 }
 
-// The watch comes before the request. A list that is replayed to it counts, and is asked for at once when it
-// is empty; the request that follows then takes that one's place.
+// The watch begins before the request. A replayed list counts: if it is empty, it is requested at once, and
+// the `reload` that follows replaces that request.
 void SKProductRequestPlugin::loadSKProducts() {
     const auto watch = reloadDisposable_->beginWatch();
-    const auto lists = debugged(productsSubject_.take(watchedLists), requestPlugin, 41, "loadSKProducts()");
-    // A watch that this one replaces goes on, beyond a resign as well: that ends the latest.
+    const auto lists = debugged(productsSubject_.take(watchedLists), loadLabel);
+    // The watch that this one replaces is not ended, not even by a resign: that ends only the latest.
     loadDisposable_.exchange(lists.subscribe([weak = weak_from_this(), watch](const Products& products) {
         if (!products.empty()) return;
         if (const auto self = weak.lock()) self->request(watch);
@@ -52,21 +54,22 @@ void SKProductRequestPlugin::loadSKProducts() {
 
 void SKProductRequestPlugin::reload() { request(nullptr); }
 
-// `watch`: on whose behalf; null for somebody who is free to ask at any time.
+// `watch`: on whose behalf; null for a caller that may request at any time.
 void SKProductRequestPlugin::request(const Watch& watch) {
-    const auto turn = reloadDisposable_->beginRequest(watch);
-    if (!turn) return;
+    const auto number = reloadDisposable_->beginRequest(watch);
+    if (!number) return;
     const auto answers = InappHelper::request(productIdentifiers_)
                              .observeOn(rx::backgroundScheduler())
                              .subscribeOn(rx::backgroundScheduler());
-    reloadDisposable_->keep(*turn, indicator_.trackActivity(debugged(answers, requestPlugin, 76, "reload()"))
-                                       .subscribe(
-                                           [weak = weak_from_this()](const Products& products) {
-                                               if (const auto self = weak.lock()) self->publish(products);
-                                           },
-                                           [weak = weak_from_this()](const std::exception_ptr& error) {
-                                               if (const auto self = weak.lock()) self->publishFailure(error);
-                                           }));
+    reloadDisposable_->keep(*number, indicator_.trackActivity(debugged(answers, reloadLabel))
+                                         .subscribe(
+                                             [weak = weak_from_this()](const Products& products) {
+                                                 if (const auto self = weak.lock()) self->publish(products);
+                                             },
+                                             [weak = weak_from_this()](const std::exception_ptr& error) {
+                                                 if (const auto self = weak.lock())
+                                                     self->publishFailure(error);
+                                             }));
 }
 
 void SKProductRequestPlugin::publish(const Products& products) {

@@ -22,32 +22,32 @@ void RequestSlot::endWatch() {
     if (latestWatch_) latestWatch_->hasEnded = true;
 }
 
-std::optional<RequestSlot::Turn> RequestSlot::beginRequest(const Watch& watch) {
+std::optional<RequestSlot::RequestNumber> RequestSlot::beginRequest(const Watch& watch) {
     std::unique_lock lock(mutex_);
     if (watch && watch->hasEnded) return std::nullopt;
-    const auto former = takeForNextTurn();
-    const auto turn = turn_;
+    const auto former = takeRequest();
+    const auto number = latest_;
     lock.unlock();
     former.dispose();
-    return turn;
+    return number;
 }
 
-void RequestSlot::keep(Turn turn, rx::Disposable request) {
+void RequestSlot::keep(RequestNumber number, rx::Disposable request) {
     std::unique_lock lock(mutex_);
-    if (turn == turn_) std::swap(request_, request);
+    if (number == latest_) std::swap(request_, request);
     lock.unlock();
     request.dispose();
 }
 
 void RequestSlot::cancelRequest() {
     std::unique_lock lock(mutex_);
-    const auto former = takeForNextTurn();
+    const auto former = takeRequest();
     lock.unlock();
     former.dispose();
 }
 
-rx::Disposable RequestSlot::takeForNextTurn() {
-    ++turn_;
+rx::Disposable RequestSlot::takeRequest() {
+    ++latest_;
     return std::exchange(request_, {});
 }
 

@@ -11,43 +11,43 @@ namespace corvantile {
 
 struct RequestWatch;
 
-// Holds the handle of the one request that may be under way.
+// Holds the handle of the one request that may be in flight.
 //
-// A watch begins requests by itself, on a background queue, while main begins watches and ends the latest.
-// Whoever acts for a watch names it and gets nowhere once that has been ended. The request that has begun
-// last wins, though its handle may come before that of an earlier one. Threads: any. The slot's own end
-// disposes nothing.
+// A watch begins requests by itself, on a background queue, while main begins watches and ends the latest. A
+// request on behalf of an ended watch is not begun. The request begun last wins, even if its handle arrives
+// before that of an earlier one. Threads: any. The slot's destructor disposes nothing.
 class RequestSlot {
 public:
     using Watch = std::shared_ptr<RequestWatch>;
-    using Turn = std::uint64_t;
+    using RequestNumber = std::uint64_t;
 
     RequestSlot() = default;
     RequestSlot(const RequestSlot&) = delete;
     RequestSlot& operator=(const RequestSlot&) = delete;
     ~RequestSlot();
 
-    // A new watch. The one before goes on.
+    // Begins a watch. The previous one is not ended.
     [[nodiscard]] Watch beginWatch();
     // Ends the latest watch alone.
     void endWatch();
 
-    // Disposes of the request before; nullopt, and nothing done, for a watch that was ended. Null: for
-    // nobody's.
-    [[nodiscard]] std::optional<Turn> beginRequest(const Watch& watch = nullptr);
-    // Keeps the request that was begun with this turn, or disposes of it if it was cancelled meanwhile.
-    void keep(Turn turn, rx::Disposable request);
-    // Disposes of the request, whether it is kept by now or not, and keeps nothing.
+    // Disposes the previous request. Does nothing and returns nullopt for a watch that was ended; null stands
+    // for no watch.
+    [[nodiscard]] std::optional<RequestNumber> beginRequest(const Watch& watch = nullptr);
+    // Keeps the handle of the request with this number, or disposes it if the request was cancelled
+    // meanwhile.
+    void keep(RequestNumber number, rx::Disposable request);
+    // Cancels the request, whether its handle has arrived or not.
     void cancelRequest();
 
 private:
     // Nothing is disposed under the lock.
-    rx::Disposable takeForNextTurn();
+    rx::Disposable takeRequest();
 
     std::mutex mutex_;
     Watch latestWatch_;
-    Turn turn_ = 0;
-    rx::Disposable request_; // of this turn
+    RequestNumber latest_ = 0;
+    rx::Disposable request_; // of the latest number
 };
 
 } // namespace corvantile
