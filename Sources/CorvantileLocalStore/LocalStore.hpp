@@ -5,6 +5,7 @@
 #include "CorvantileLocalStore/LocalStoreError.hpp"
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantilePlatform/Store/StoreRequests.hpp"
 
 #include <chrono>
@@ -49,7 +50,7 @@ struct LocalStoreOptions {
 // and does nothing. Time is always caught up with first: renewals that fell due come before the command.
 //
 // Threads: any. It opens its storage when first used. Several stores live side by side.
-class CORVANTILE_API LocalStore {
+class CORVANTILE_API LocalStore : NonCopyable {
 public:
     // What a listener hears after each change. Called with the store locked: post it, and call nothing here.
     struct News {
@@ -61,8 +62,6 @@ public:
     using Listener = std::function<void(const News& news)>;
 
     explicit LocalStore(LocalStoreOptions options);
-    LocalStore(const LocalStore&) = delete;
-    LocalStore& operator=(const LocalStore&) = delete;
     ~LocalStore();
 
     // The customer's next payment for the product fails: cancelled, not allowed, not available, no network …

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantilePlatform/Process.hpp"
 
 #include <memory>
@@ -49,10 +50,8 @@ struct Ports {
 // A platform is a process: the ports, the threads that run framework code, and the process's records.
 // A final platform installs itself when its construction is complete and ends itself in its destructor;
 // both only from outside any queue. One platform is current at a time.
-class CORVANTILE_API Platform {
+class CORVANTILE_API Platform : NonCopyable {
 public:
-    Platform(const Platform&) = delete;
-    Platform& operator=(const Platform&) = delete;
     virtual ~Platform();
 
     // The installed platform; a fatal error when there is none. Threads: any.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <atomic>
 #include <cstddef>
@@ -16,11 +17,9 @@ namespace corvantile {
 // `void release()`, which is called for every record before the first is destroyed.
 // A record that several shared libraries ask for carries CORVANTILE_API; one in a source file needs nothing.
 // Threads: any; a look-up of an existing record is two atomic loads.
-class CORVANTILE_API Process {
+class CORVANTILE_API Process : NonCopyable {
 public:
     Process();
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
     // Destroys the records, last made first.
     ~Process();
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <exception>
 #include <functional>
@@ -12,11 +13,8 @@ namespace corvantile::rx {
 // What the copies of a Disposable share. `dispose` is idempotent, may be called from any thread, and never
 // waits. The last copy may be destroyed while it runs: an implementation does not touch itself after a call
 // to user code.
-class CORVANTILE_API Cancelable {
+class CORVANTILE_API Cancelable : NonCopyable {
 public:
-    Cancelable() = default;
-    Cancelable(const Cancelable&) = delete;
-    Cancelable& operator=(const Cancelable&) = delete;
     virtual ~Cancelable();
 
     virtual void dispose() noexcept = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileReactive/Disposable.hpp"
 
 #include <mutex>
@@ -8,11 +9,8 @@
 namespace corvantile::rx {
 
 // Holds a handle that several threads touch. The slot's own end disposes nothing.
-class CORVANTILE_API DisposableSlot {
+class CORVANTILE_API DisposableSlot : NonCopyable {
 public:
-    DisposableSlot() = default;
-    DisposableSlot(const DisposableSlot&) = delete;
-    DisposableSlot& operator=(const DisposableSlot&) = delete;
     ~DisposableSlot();
 
     // Keeps `next` and hands back what was kept, undisposed.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CorvantilePlatform/NonCopyable.hpp"
+
 #include <exception>
 #include <memory>
 #include <utility>
@@ -9,11 +11,8 @@ namespace corvantile::rx {
 // Receives any number of elements, then at most one of error and completion. Calls must not overlap: whoever
 // emits serialises. What a handler throws ends the process: a stream has no event for it.
 template <class T>
-class Observer {
+class Observer : NonCopyable {
 public:
-    Observer() = default;
-    Observer(const Observer&) = delete;
-    Observer& operator=(const Observer&) = delete;
     virtual ~Observer() = default;
 
     virtual void onNext(const T& value) noexcept = 0;

@@ -2,6 +2,7 @@
 
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileReactive/Disposable.hpp"
 
 #include <chrono>
@@ -11,11 +12,8 @@ namespace corvantile::rx {
 
 // Runs actions one after the other, in order. Threads: any. Dropping the scheduler or a handle cancels
 // nothing.
-class CORVANTILE_API Scheduler {
+class CORVANTILE_API Scheduler : NonCopyable {
 public:
-    Scheduler() = default;
-    Scheduler(const Scheduler&) = delete;
-    Scheduler& operator=(const Scheduler&) = delete;
     virtual ~Scheduler();
 
     // Without a handle: what operators use. Asynchronous, unless the scheduler says otherwise.

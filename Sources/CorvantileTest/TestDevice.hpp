@@ -3,6 +3,7 @@
 #include "CorvantileLocalStore/Engine/StoreStorage.hpp"
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileTest/DeviceDefaults.hpp"
 #include "CorvantileTest/DeviceKeychain.hpp"
 #include "CorvantileTest/DeviceStore.hpp"
@@ -19,14 +20,12 @@ namespace corvantile {
 // A phone in memory: what survives the end of a process. Launch any number of processes on it, one after the
 // other or several at once (TestPlatform::launch); they must all have ended before the device does.
 // Time stands still until a test lets it pass. Threads: any.
-class CORVANTILE_API TestDevice {
+class CORVANTILE_API TestDevice : NonCopyable {
 public:
     // Every device begins at 2024-01-02 03:04:05 UTC, in a time zone without offset.
     static constexpr Date startDate = Date::fromUnixSeconds(1704164645);
 
     TestDevice();
-    TestDevice(const TestDevice&) = delete;
-    TestDevice& operator=(const TestDevice&) = delete;
     ~TestDevice();
 
     [[nodiscard]] Date now() const;

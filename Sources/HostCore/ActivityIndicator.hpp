@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileReactive/Observable.hpp"
 
 #include <memory>
@@ -13,11 +14,9 @@ namespace corvantile {
 // handlers included, or been disposed; one that is neither counts for ever. Changes are told on the main
 // queue, as it finds things when it gets to them: work that stops and starts again within one turn is seen as
 // unbroken. Threads: any. A platform must be installed when it is made.
-class CORVANTILE_API ActivityIndicator final {
+class CORVANTILE_API ActivityIndicator final : NonCopyable {
 public:
     ActivityIndicator();
-    ActivityIndicator(const ActivityIndicator&) = delete;
-    ActivityIndicator& operator=(const ActivityIndicator&) = delete;
     ~ActivityIndicator();
 
     // The state of the moment, inside `subscribe`, then each change. Never ends.

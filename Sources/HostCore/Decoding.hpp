@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <concepts>
 #include <cstdint>
@@ -16,11 +17,8 @@ namespace corvantile {
 // One JSON object, read key by key; where a key occurs twice, the last one counts. Every reading throws
 // NSError where it finds something else than it can take, and the text names the key. Only lent: it ends with
 // the call that shows it.
-class CORVANTILE_API KeyedDecodingContainer {
+class CORVANTILE_API KeyedDecodingContainer : NonCopyable {
 public:
-    KeyedDecodingContainer(const KeyedDecodingContainer&) = delete;
-    KeyedDecodingContainer& operator=(const KeyedDecodingContainer&) = delete;
-
     // Text and nothing else.
     [[nodiscard]] std::string decodeString(std::string_view key) const;
     // A number without a fraction that fits; nullopt where missing or null.

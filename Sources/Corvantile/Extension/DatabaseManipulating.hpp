@@ -2,6 +2,7 @@
 
 #include "Corvantile/Extension/Encodable.hpp"
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <optional>
 #include <string>
@@ -10,13 +11,10 @@
 namespace corvantile {
 
 // Turns the text of a record into what is stored, and back. Threads: those of the record store's callers.
-class CORVANTILE_API DatabaseCryptor {
+class CORVANTILE_API DatabaseCryptor : NonCopyable {
 public:
     static constexpr std::string_view typeName = "DatabaseCryptor";
 
-    DatabaseCryptor() = default;
-    DatabaseCryptor(const DatabaseCryptor&) = delete;
-    DatabaseCryptor& operator=(const DatabaseCryptor&) = delete;
     virtual ~DatabaseCryptor();
 
     // nullopt when it cannot be done: the wrong key, damaged text.
@@ -26,15 +24,12 @@ public:
 
 // A store of records: JSON text by key, encrypted on its way in. Plain text is never written, though plain
 // text that somebody else wrote can be read. Cryptors are borrowed for the call. Threads: one at a time.
-class CORVANTILE_API DatabaseManipulating {
+class CORVANTILE_API DatabaseManipulating : NonCopyable {
 public:
     static constexpr std::string_view typeName = "DatabaseManipulating";
     // What every stored key begins with, before an underscore and the caller's key.
     static constexpr std::string_view prefix = "appconfig";
 
-    DatabaseManipulating() = default;
-    DatabaseManipulating(const DatabaseManipulating&) = delete;
-    DatabaseManipulating& operator=(const DatabaseManipulating&) = delete;
     virtual ~DatabaseManipulating();
 
     // Throws NSError "sdad" / 1 when there is no value or its type has no encoder, and whatever the encoder

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <cstdint>
 #include <functional>
@@ -13,14 +14,11 @@ namespace corvantile {
 
 // Where a store keeps what it remembers: texts by key. Threads: one at a time; other processes may keep the
 // same store. Errors: NSError (localStoreErrorDomain, storage).
-class CORVANTILE_API StoreStorage {
+class CORVANTILE_API StoreStorage : NonCopyable {
 public:
     using Rows = std::map<std::string, std::string, std::less<>>;
     using Changes = std::map<std::string, std::optional<std::string>, std::less<>>; // no value: the row goes
 
-    StoreStorage() = default;
-    StoreStorage(const StoreStorage&) = delete;
-    StoreStorage& operator=(const StoreStorage&) = delete;
     virtual ~StoreStorage();
 
     [[nodiscard]] virtual Rows load() = 0;

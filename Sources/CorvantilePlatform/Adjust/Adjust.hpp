@@ -4,6 +4,7 @@
 #include "CorvantilePlatform/Adjust/ADJEvent.hpp"
 #include "CorvantilePlatform/Adjust/ADJSubscription.hpp"
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <cstdint>
 #include <memory>
@@ -16,11 +17,8 @@ namespace corvantile {
 // What it accepts is safe once the call has returned; it leaves for the server in its own time, in order.
 // Before `launch`, events and subscriptions are refused while the push token is kept.
 // Threads: any; the delegate's callbacks come on main.
-class CORVANTILE_API Adjust {
+class CORVANTILE_API Adjust : NonCopyable {
 public:
-    Adjust() = default;
-    Adjust(const Adjust&) = delete;
-    Adjust& operator=(const Adjust&) = delete;
     virtual ~Adjust();
 
     // May answer null, or an invalid configuration.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <optional>
 #include <string>
@@ -38,11 +39,8 @@ struct ADJSessionFailure {
 
 // Who hears what became of what was tracked. Every callback has a harmless default. Threads: main, never
 // inside a call of the SDK. An argument may be missing.
-class CORVANTILE_API AdjustDelegate {
+class CORVANTILE_API AdjustDelegate : NonCopyable {
 public:
-    AdjustDelegate() = default;
-    AdjustDelegate(const AdjustDelegate&) = delete;
-    AdjustDelegate& operator=(const AdjustDelegate&) = delete;
     virtual ~AdjustDelegate();
 
     virtual void adjustAttributionChanged(const std::optional<ADJAttribution>& attribution);

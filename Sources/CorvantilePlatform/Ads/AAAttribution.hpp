@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <string>
 
@@ -12,11 +13,8 @@ inline constexpr const char* attributionErrorDomain = "AAAttributionErrorDomain"
 enum class AAAttributionFailure : int { networkError = 1, internalError = 2, platformNotSupported = 3 };
 
 // Where search-ads attribution tokens come from. Threads: any.
-class CORVANTILE_API AAAttribution {
+class CORVANTILE_API AAAttribution : NonCopyable {
 public:
-    AAAttribution() = default;
-    AAAttribution(const AAAttribution&) = delete;
-    AAAttribution& operator=(const AAAttribution&) = delete;
     virtual ~AAAttribution();
 
     // A token for one exchange, which may take a moment: a platform bounds how long it blocks. Throws

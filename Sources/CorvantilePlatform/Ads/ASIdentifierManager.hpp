@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <memory>
 #include <string>
@@ -8,14 +9,11 @@
 namespace corvantile {
 
 // Who the device is to advertisers. Threads: any.
-class CORVANTILE_API ASIdentifierManager {
+class CORVANTILE_API ASIdentifierManager : NonCopyable {
 public:
     // What a device says whose user keeps it to himself.
     static constexpr const char* withheldIdentifier = "00000000-0000-0000-0000-000000000000";
 
-    ASIdentifierManager() = default;
-    ASIdentifierManager(const ASIdentifierManager&) = delete;
-    ASIdentifierManager& operator=(const ASIdentifierManager&) = delete;
     virtual ~ASIdentifierManager();
 
     // The manager of the installed platform.

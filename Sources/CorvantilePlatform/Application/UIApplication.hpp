@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <map>
 #include <memory>
@@ -14,11 +15,8 @@ class UIApplicationDelegate;
 using LaunchOptions = std::map<std::string, std::string>;
 
 // The running app. Threads: main.
-class CORVANTILE_API UIApplication {
+class CORVANTILE_API UIApplication : NonCopyable {
 public:
-    UIApplication() = default;
-    UIApplication(const UIApplication&) = delete;
-    UIApplication& operator=(const UIApplication&) = delete;
     virtual ~UIApplication();
 
     // The application of the installed platform.

@@ -2,6 +2,7 @@
 
 #include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <cstdint>
 #include <exception>
@@ -11,11 +12,8 @@
 namespace corvantile {
 
 // What the platform calls as the app lives. Every callback has a harmless default. Threads: main.
-class CORVANTILE_API UIApplicationDelegate {
+class CORVANTILE_API UIApplicationDelegate : NonCopyable {
 public:
-    UIApplicationDelegate() = default;
-    UIApplicationDelegate(const UIApplicationDelegate&) = delete;
-    UIApplicationDelegate& operator=(const UIApplicationDelegate&) = delete;
     virtual ~UIApplicationDelegate();
 
     // False: the app cannot handle what it was launched for.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <memory>
 #include <optional>
@@ -9,11 +10,8 @@
 namespace corvantile {
 
 // The device the app runs on. Threads: any.
-class CORVANTILE_API UIDevice {
+class CORVANTILE_API UIDevice : NonCopyable {
 public:
-    UIDevice() = default;
-    UIDevice(const UIDevice&) = delete;
-    UIDevice& operator=(const UIDevice&) = delete;
     virtual ~UIDevice();
 
     // The device of the installed platform.

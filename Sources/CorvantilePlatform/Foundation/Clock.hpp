@@ -2,17 +2,15 @@
 
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <chrono>
 
 namespace corvantile {
 
 // Wall time and the local time zone. Timers do not follow it: they belong to the queues. Threads: any.
-class CORVANTILE_API Clock {
+class CORVANTILE_API Clock : NonCopyable {
 public:
-    Clock() = default;
-    Clock(const Clock&) = delete;
-    Clock& operator=(const Clock&) = delete;
     virtual ~Clock();
 
     [[nodiscard]] virtual Date now() const = 0;

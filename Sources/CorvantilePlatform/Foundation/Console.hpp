@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <string>
 #include <string_view>
@@ -9,11 +10,8 @@ namespace corvantile {
 
 // The process's debug console. Threads: any; lines never interleave. Errors: a console that cannot be
 // written to is silent.
-class CORVANTILE_API Console {
+class CORVANTILE_API Console : NonCopyable {
 public:
-    Console() = default;
-    Console(const Console&) = delete;
-    Console& operator=(const Console&) = delete;
     virtual ~Console();
 
     // The text as it is, and a line feed.

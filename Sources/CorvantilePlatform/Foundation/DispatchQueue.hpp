@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <chrono>
 #include <functional>
@@ -17,11 +18,8 @@ using WorkItem = std::function<void()>;
 // before. The thread may differ from item to item, except on the main queue.
 // Threads: any, also from an item of the same queue. Items do not throw. Items hold their queue alive.
 // Once the platform is ending, what is posted is destroyed unrun.
-class CORVANTILE_API DispatchQueue {
+class CORVANTILE_API DispatchQueue : NonCopyable {
 public:
-    DispatchQueue() = default;
-    DispatchQueue(const DispatchQueue&) = delete;
-    DispatchQueue& operator=(const DispatchQueue&) = delete;
     virtual ~DispatchQueue();
 
     // The queue of the main thread, of the installed platform.
@@ -43,11 +41,8 @@ public:
 };
 
 // Where queues come from. Threads: any.
-class CORVANTILE_API DispatchQueues {
+class CORVANTILE_API DispatchQueues : NonCopyable {
 public:
-    DispatchQueues() = default;
-    DispatchQueues(const DispatchQueues&) = delete;
-    DispatchQueues& operator=(const DispatchQueues&) = delete;
     virtual ~DispatchQueues();
 
     [[nodiscard]] virtual std::shared_ptr<DispatchQueue> main() = 0;

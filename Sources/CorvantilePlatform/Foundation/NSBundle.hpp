@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <memory>
 #include <optional>
@@ -10,11 +11,8 @@
 namespace corvantile {
 
 // The app's own folder of resources. Threads: any.
-class CORVANTILE_API NSBundle {
+class CORVANTILE_API NSBundle : NonCopyable {
 public:
-    NSBundle() = default;
-    NSBundle(const NSBundle&) = delete;
-    NSBundle& operator=(const NSBundle&) = delete;
     virtual ~NSBundle();
 
     // The bundle of the installed platform's app.

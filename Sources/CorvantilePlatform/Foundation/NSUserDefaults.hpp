@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <functional>
 #include <map>
@@ -16,14 +17,11 @@ namespace corvantile {
 // too; keys and texts are bytes to it and may contain NUL. Threads: any; a call sees every call that ended
 // before it. What another process wrote is seen from the next turn of the main loop on, if not at once.
 // Errors: none. While the platform cannot store, values live on in the process; it reports and tries again.
-class CORVANTILE_API NSUserDefaults {
+class CORVANTILE_API NSUserDefaults : NonCopyable {
 public:
     using Value = std::variant<bool, std::string>;
     using Dictionary = std::map<std::string, Value, std::less<>>;
 
-    NSUserDefaults() = default;
-    NSUserDefaults(const NSUserDefaults&) = delete;
-    NSUserDefaults& operator=(const NSUserDefaults&) = delete;
     virtual ~NSUserDefaults();
 
     // Those of the installed platform's app.

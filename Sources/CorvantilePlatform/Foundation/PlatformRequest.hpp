@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <functional>
 #include <memory>
@@ -12,11 +13,8 @@ class DispatchQueue;
 // Something that was asked of the platform and is under way. Letting go of it cancels it: no completion
 // begins after that on the queue it was meant for, and what the completion holds is released soon after.
 // Letting go of one that has been answered does nothing. Threads: any.
-class CORVANTILE_API PlatformRequest {
+class CORVANTILE_API PlatformRequest : NonCopyable {
 public:
-    PlatformRequest() = default;
-    PlatformRequest(const PlatformRequest&) = delete;
-    PlatformRequest& operator=(const PlatformRequest&) = delete;
     virtual ~PlatformRequest();
 };
 

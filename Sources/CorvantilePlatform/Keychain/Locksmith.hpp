@@ -2,6 +2,7 @@
 
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Keychain/KeychainValue.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <memory>
 #include <optional>
@@ -15,11 +16,8 @@ namespace corvantile {
 // too. Threads: any. Each call is one whole step among all threads and processes that share the keychain, and
 // what it wrote outlives a power loss once it has returned; so a writing call may wait for the disk. A call
 // that throws has changed nothing that a later load is sure to show.
-class CORVANTILE_API Locksmith {
+class CORVANTILE_API Locksmith : NonCopyable {
 public:
-    Locksmith() = default;
-    Locksmith(const Locksmith&) = delete;
-    Locksmith& operator=(const Locksmith&) = delete;
     virtual ~Locksmith();
 
     // The entry; nullopt when there is none, and just so when it cannot be read: the device is locked, the

@@ -2,6 +2,7 @@
 
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/PlatformRequest.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <chrono>
 #include <exception>
@@ -53,14 +54,11 @@ enum class HTTPFailure : int {
 // HTTP for everything that the framework and its platforms send. Redirections are followed, a POST going on
 // as a GET after 301, 302 and 303; nothing is cached or retried, and servers prove who they are. Threads:
 // any.
-class CORVANTILE_API HTTPClient {
+class CORVANTILE_API HTTPClient : NonCopyable {
 public:
     // Either the answer, whatever its status, or the error (an NSError).
     using Completion = std::function<void(std::optional<HTTPResponse> response, std::exception_ptr error)>;
 
-    HTTPClient() = default;
-    HTTPClient(const HTTPClient&) = delete;
-    HTTPClient& operator=(const HTTPClient&) = delete;
     virtual ~HTTPClient();
 
     // The client of the installed platform.

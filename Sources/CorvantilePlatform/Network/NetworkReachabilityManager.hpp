@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <functional>
 #include <memory>
@@ -19,13 +20,10 @@ enum class NetworkReachabilityStatus {
 
 // Watches whether one host can be reached, and over which kind of link.
 // Threads: any. Ownership: whoever made it; its end ends the watch.
-class CORVANTILE_API NetworkReachabilityManager {
+class CORVANTILE_API NetworkReachabilityManager : NonCopyable {
 public:
     using Listener = std::function<void(NetworkReachabilityStatus)>;
 
-    NetworkReachabilityManager() = default;
-    NetworkReachabilityManager(const NetworkReachabilityManager&) = delete;
-    NetworkReachabilityManager& operator=(const NetworkReachabilityManager&) = delete;
     virtual ~NetworkReachabilityManager();
 
     // Calls `listener` on `queue`, never inside this call, with the present status and then with each change.
@@ -37,11 +35,8 @@ public:
 };
 
 // Where watchers come from. Threads: any.
-class CORVANTILE_API NetworkReachabilityManagers {
+class CORVANTILE_API NetworkReachabilityManagers : NonCopyable {
 public:
-    NetworkReachabilityManagers() = default;
-    NetworkReachabilityManagers(const NetworkReachabilityManagers&) = delete;
-    NetworkReachabilityManagers& operator=(const NetworkReachabilityManagers&) = delete;
     virtual ~NetworkReachabilityManagers();
 
     // Null when the platform refuses the host name.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +12,7 @@
 namespace corvantile {
 
 // One pass of AES-128 over a whole text, with CommonCrypto's option values. Threads: any.
-class CORVANTILE_API Cryptor {
+class CORVANTILE_API Cryptor : NonCopyable {
 public:
     enum class Operation { encrypt, decrypt };
 
@@ -22,9 +23,6 @@ public:
     static constexpr std::size_t keySize = 16; // bytes, as are all sizes
     static constexpr std::size_t blockSize = 16;
 
-    Cryptor() = default;
-    Cryptor(const Cryptor&) = delete;
-    Cryptor& operator=(const Cryptor&) = delete;
     virtual ~Cryptor();
 
     // The first `keySize` bytes of the key count and, in CBC mode, the first `blockSize` bytes of `iv`.

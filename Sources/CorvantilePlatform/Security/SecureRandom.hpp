@@ -1,17 +1,15 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <cstddef>
 
 namespace corvantile {
 
 // The platform's source of random bytes that nobody can foresee. Threads: any.
-class CORVANTILE_API SecureRandom {
+class CORVANTILE_API SecureRandom : NonCopyable {
 public:
-    SecureRandom() = default;
-    SecureRandom(const SecureRandom&) = delete;
-    SecureRandom& operator=(const SecureRandom&) = delete;
     virtual ~SecureRandom();
 
     // Fills the buffer; false when no random bytes can be had, and the buffer is then as it was. Callers that

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantilePlatform/Store/SKPaymentTransactionObserver.hpp"
 
 #include <memory>
@@ -10,11 +11,8 @@ namespace corvantile {
 // One observer's place in a queue. Its end, which waits for a delivery to that observer on another thread,
 // takes the place away. An observer keeps it as the last member of its final class, so that nothing is
 // delivered to an object that is half gone.
-class CORVANTILE_API PaymentObserverRegistration {
+class CORVANTILE_API PaymentObserverRegistration : NonCopyable {
 public:
-    PaymentObserverRegistration() = default;
-    PaymentObserverRegistration(const PaymentObserverRegistration&) = delete;
-    PaymentObserverRegistration& operator=(const PaymentObserverRegistration&) = delete;
     virtual ~PaymentObserverRegistration();
 };
 
@@ -24,13 +22,10 @@ public:
 // same snapshot for all, in the order in which they registered. What is not finished is delivered again to an
 // observer that arrives, and to all after a relaunch.
 // Threads: any, but for what is said of a call.
-class CORVANTILE_API SKPaymentQueue {
+class CORVANTILE_API SKPaymentQueue : NonCopyable {
 public:
     using Transactions = SKPaymentTransactionObserver::Transactions;
 
-    SKPaymentQueue() = default;
-    SKPaymentQueue(const SKPaymentQueue&) = delete;
-    SKPaymentQueue& operator=(const SKPaymentQueue&) = delete;
     virtual ~SKPaymentQueue();
 
     // The queue of the installed platform.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <exception>
 #include <memory>
@@ -14,13 +15,10 @@ class SKPaymentTransaction;
 class SKProduct;
 
 // What a payment queue tells whoever observes it. Every callback has a harmless default. Threads: main.
-class CORVANTILE_API SKPaymentTransactionObserver {
+class CORVANTILE_API SKPaymentTransactionObserver : NonCopyable {
 public:
     using Transactions = std::vector<std::shared_ptr<SKPaymentTransaction>>;
 
-    SKPaymentTransactionObserver() = default;
-    SKPaymentTransactionObserver(const SKPaymentTransactionObserver&) = delete;
-    SKPaymentTransactionObserver& operator=(const SKPaymentTransactionObserver&) = delete;
     virtual ~SKPaymentTransactionObserver();
 
     virtual void updatedTransactions(SKPaymentQueue& queue, const Transactions& transactions);

@@ -2,6 +2,7 @@
 
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/PlatformRequest.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantilePlatform/Store/SKProduct.hpp"
 
 #include <exception>
@@ -20,7 +21,7 @@ using ProductIdentifiers = std::set<std::string, std::less<>>;
 
 // What is asked of the store. Each completion comes on `queue` exactly once, never inside the call, unless
 // the request is let go before or the platform ends. Threads: any.
-class CORVANTILE_API StoreRequests {
+class CORVANTILE_API StoreRequests : NonCopyable {
 public:
     using Products = std::vector<std::shared_ptr<SKProduct>>;
     // The products that the store knows of those asked for, or an NSError.
@@ -29,9 +30,6 @@ public:
     using ReceiptCompletion =
         std::function<void(std::optional<std::string> receiptJSON, std::exception_ptr error)>;
 
-    StoreRequests() = default;
-    StoreRequests(const StoreRequests&) = delete;
-    StoreRequests& operator=(const StoreRequests&) = delete;
     virtual ~StoreRequests();
 
     // Those of the installed platform.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileReactive/Disposable.hpp"
 
 #include <atomic>
@@ -25,11 +26,8 @@
 namespace corvantile::rx::detail {
 
 // A source from which an observer can be taken out again.
-class CORVANTILE_API Detachable {
+class CORVANTILE_API Detachable : NonCopyable {
 public:
-    Detachable() = default;
-    Detachable(const Detachable&) = delete;
-    Detachable& operator=(const Detachable&) = delete;
     virtual ~Detachable();
 
     // `key` is what the subscription was given; it is never used again by this source.
@@ -63,11 +61,8 @@ struct CORVANTILE_API StageHook {
 };
 
 // Threads: any, but for `addHook`, `noteStage` and `install`, which belong to the subscribing thread.
-class CORVANTILE_API Chain {
+class CORVANTILE_API Chain : NonCopyable {
 public:
-    Chain() = default;
-    Chain(const Chain&) = delete;
-    Chain& operator=(const Chain&) = delete;
     virtual ~Chain();
 
     [[nodiscard]] bool isDisposed() const noexcept {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileReactive/Observer.hpp"
 
 #include <algorithm>
@@ -32,14 +33,12 @@ class ObserverList {
     };
 
 public:
-    class Snapshot {
+    class Snapshot : NonCopyable {
     public:
         Snapshot() = default;
         explicit Snapshot(Block* block) : block_(block) {
             if (block_ != nullptr) block_->references.fetch_add(1, std::memory_order_relaxed);
         }
-        Snapshot(const Snapshot&) = delete;
-        Snapshot& operator=(const Snapshot&) = delete;
         ~Snapshot() { release(block_); }
 
         [[nodiscard]] auto begin() const { return block_ == nullptr ? nullptr : block_->nodes.data(); }

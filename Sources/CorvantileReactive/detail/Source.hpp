@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileReactive/Observer.hpp"
 #include "CorvantileReactive/detail/Chain.hpp"
 #include "CorvantileReactive/detail/Event.hpp"
@@ -12,11 +13,8 @@ namespace corvantile::rx::detail {
 
 // What an Observable describes. Subscribing may deliver before it returns.
 template <class T>
-class Source {
+class Source : NonCopyable {
 public:
-    Source() = default;
-    Source(const Source&) = delete;
-    Source& operator=(const Source&) = delete;
     virtual ~Source() = default;
 
     // `chain` is that of the subscription which `observer` belongs to; `observer` keeps it alive.

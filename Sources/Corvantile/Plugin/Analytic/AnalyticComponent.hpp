@@ -4,6 +4,7 @@
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
 #include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <cstdint>
 #include <initializer_list>
@@ -16,13 +17,10 @@ namespace corvantile {
 
 // A sink: where the router takes events to. Known by identity, shared with the router.
 // Threads: that of whoever tracks. The list of ignored names is not guarded: fill it before events flow.
-class CORVANTILE_API AnalyticComponent {
+class CORVANTILE_API AnalyticComponent : NonCopyable {
 public:
     static constexpr std::string_view typeName = "AnalyticComponent";
 
-    AnalyticComponent() = default;
-    AnalyticComponent(const AnalyticComponent&) = delete;
-    AnalyticComponent& operator=(const AnalyticComponent&) = delete;
     virtual ~AnalyticComponent();
 
     [[nodiscard]] virtual const std::vector<std::string>& ignoredEventNames() const = 0;

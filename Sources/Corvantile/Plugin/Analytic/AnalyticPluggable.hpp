@@ -4,6 +4,7 @@
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
 #include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
 
 #include <initializer_list>
@@ -17,13 +18,10 @@ namespace corvantile {
 class AnalyticComponent;
 
 // The one way in for analytics, whatever sinks the host has. Threads: any for tracking.
-class CORVANTILE_API AnalyticProtocol {
+class CORVANTILE_API AnalyticProtocol : NonCopyable {
 public:
     static constexpr std::string_view typeName = "AnalyticProtocol";
 
-    AnalyticProtocol() = default;
-    AnalyticProtocol(const AnalyticProtocol&) = delete;
-    AnalyticProtocol& operator=(const AnalyticProtocol&) = delete;
     virtual ~AnalyticProtocol();
 
     virtual void track(const AnalyticEvent& event) = 0;

@@ -3,6 +3,7 @@
 #include "Corvantile/Plugin/Database/Application.hpp"
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileReactive/Observable.hpp"
 #include "CorvantileReactive/ReplaySubject.hpp"
 
@@ -15,14 +16,12 @@ namespace corvantile {
 
 // A mirror of the application record for hosts that bind to properties rather than to records. The framework
 // never writes one. Threads: one at a time.
-class CORVANTILE_API ApplicationState final {
+class CORVANTILE_API ApplicationState final : NonCopyable {
 public:
     static constexpr std::string_view typeName = "ApplicationState";
 
     ApplicationState();
     explicit ApplicationState(const Application& application);
-    ApplicationState(const ApplicationState&) = delete;
-    ApplicationState& operator=(const ApplicationState&) = delete;
     ~ApplicationState();
 
     [[nodiscard]] std::int64_t primaryID() const { return primaryID_; }

@@ -2,6 +2,7 @@
 
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileReactive/Observable.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
 
@@ -10,13 +11,10 @@
 namespace corvantile {
 
 // Tells when the app was first run on this device.
-class CORVANTILE_API FirstDateProtocol {
+class CORVANTILE_API FirstDateProtocol : NonCopyable {
 public:
     static constexpr std::string_view typeName = "FirstDateProtocol";
 
-    FirstDateProtocol() = default;
-    FirstDateProtocol(const FirstDateProtocol&) = delete;
-    FirstDateProtocol& operator=(const FirstDateProtocol&) = delete;
     virtual ~FirstDateProtocol();
 
     // Midnight, UTC, of the first day; once for each activation that could load or record it, replaying the

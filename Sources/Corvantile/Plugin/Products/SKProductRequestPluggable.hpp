@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileReactive/Observable.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"
 
@@ -15,13 +16,10 @@ class SKProduct;
 
 // The store's products as a stream. The streams of products and errors emit on a background queue and replay
 // their latest element, inside `subscribe`; before the first answer they hold none.
-class CORVANTILE_API SKProductRequestProtocol {
+class CORVANTILE_API SKProductRequestProtocol : NonCopyable {
 public:
     using Products = std::vector<std::shared_ptr<SKProduct>>;
 
-    SKProductRequestProtocol() = default;
-    SKProductRequestProtocol(const SKProductRequestProtocol&) = delete;
-    SKProductRequestProtocol& operator=(const SKProductRequestProtocol&) = delete;
     virtual ~SKProductRequestProtocol();
 
     // The latest list; the empty one after a failure.

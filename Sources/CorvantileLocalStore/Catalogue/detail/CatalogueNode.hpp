@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -24,13 +25,11 @@ public:
 
 // A place in a catalogue file. It borrows the JSON and the place that it was reached from; the way from the
 // root is put into words only when something is wrong. A value that is null counts as absent.
-class CatalogueNode {
+class CatalogueNode : NonCopyable {
 public:
     using JSON = nlohmann::json;
 
     explicit CatalogueNode(const JSON& root) : value_(&root) {}
-    CatalogueNode(const CatalogueNode&) = delete;
-    CatalogueNode& operator=(const CatalogueNode&) = delete;
 
     // For a chain of places that are kept in variables.
     [[nodiscard]] CatalogueNode member(const char* key) const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <chrono>
 #include <map>
@@ -9,11 +10,9 @@
 namespace corvantile {
 
 // The local time of the store's makers, which every receipt tells beside UTC. Threads: one at a time.
-class PacificTime {
+class PacificTime : NonCopyable {
 public:
     PacificTime();
-    PacificTime(const PacificTime&) = delete;
-    PacificTime& operator=(const PacificTime&) = delete;
     ~PacificTime();
 
     // What it is ahead of UTC at `date`: a negative number.

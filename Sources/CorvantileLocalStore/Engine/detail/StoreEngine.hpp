@@ -4,6 +4,7 @@
 #include "CorvantileLocalStore/Engine/detail/PaymentLife.hpp"
 #include "CorvantileLocalStore/Engine/detail/StoreLedger.hpp"
 #include "CorvantileLocalStore/Engine/detail/SubscriptionLife.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <string>
 
@@ -12,11 +13,9 @@ namespace corvantile {
 // The rules of the store, over a catalogue and a ledger that it borrows. It has no clock, no thread and no
 // file: every change goes into the ledger. What cannot be done throws NSError (localStoreErrorDomain) and
 // changes nothing.
-class StoreEngine {
+class StoreEngine : NonCopyable {
 public:
     StoreEngine(const Catalogue& catalogue, StoreLedger& ledger);
-    StoreEngine(const StoreEngine&) = delete;
-    StoreEngine& operator=(const StoreEngine&) = delete;
 
     [[nodiscard]] PaymentLife& payments() { return payments_; }
     [[nodiscard]] SubscriptionLife& subscriptions() { return subscriptions_; }

@@ -4,6 +4,7 @@
 #include "CorvantilePlatform/Foundation/detail/Base64.hpp"
 #include "CorvantilePlatform/Foundation/detail/Unicode.hpp"
 #include "CorvantilePlatform/Keychain/Locksmith.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantilePlatform/Platform.hpp"
 #include "CorvantilePlatform/Security/SecureRandom.hpp"
 
@@ -22,11 +23,9 @@ constexpr std::string_view keyEntry = "key";
 constexpr std::size_t partLength = 16; // characters
 
 // Random bytes that leave no copy behind in memory: writes through volatile are not optimised away.
-class RandomBytes {
+class RandomBytes : NonCopyable {
 public:
     RandomBytes() { Platform::current().ports().random->copyBytes(bytes_.data(), bytes_.size()); }
-    RandomBytes(const RandomBytes&) = delete;
-    RandomBytes& operator=(const RandomBytes&) = delete;
     ~RandomBytes() {
         volatile unsigned char* const bytes = bytes_.data();
         for (std::size_t i = 0; i < bytes_.size(); ++i) bytes[i] = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantileReactive/Disposable.hpp"
 
 #include <cstdint>
@@ -16,14 +17,11 @@ struct RequestWatch;
 // A watch begins requests by itself, on a background queue, while main begins watches and ends the latest. A
 // request on behalf of an ended watch is not begun. The request begun last wins, even if its handle arrives
 // before that of an earlier one. Threads: any. The slot's destructor disposes nothing.
-class RequestSlot {
+class RequestSlot : NonCopyable {
 public:
     using Watch = std::shared_ptr<RequestWatch>;
     using RequestNumber = std::uint64_t;
 
-    RequestSlot() = default;
-    RequestSlot(const RequestSlot&) = delete;
-    RequestSlot& operator=(const RequestSlot&) = delete;
     ~RequestSlot();
 
     // Begins a watch. The previous one is not ended.
