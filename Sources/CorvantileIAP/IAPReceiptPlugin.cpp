@@ -47,7 +47,7 @@ IAPReceiptPlugin::IAPReceiptPlugin(std::vector<Product> products)
       problems_(rx::ReplaySubject<Problems>::create(1)),
       registration_(SKPaymentQueue::defaultQueue()->addTransactionObserver(*this)) {}
 
-// The queue first, on whose word something more would be asked.
+// The queue first: its callbacks would begin further requests.
 IAPReceiptPlugin::~IAPReceiptPlugin() {
     registration_.reset();
     productRequest_.disposeAndClear();
@@ -65,7 +65,7 @@ void IAPReceiptPlugin::updatedTransactions(SKPaymentQueue&, const Transactions& 
     if (std::any_of(transactions.begin(), transactions.end(), isPurchase)) refresh();
 }
 
-// A request that is under way makes room: it may have been answered before the purchase that we hear of.
+// Replaces the request in flight, which may have been answered before the purchase that causes this one.
 void IAPReceiptPlugin::refresh() {
     askForProducts();
     receiptRequest_ = StoreRequests::shared()->receipt(
@@ -106,7 +106,7 @@ void IAPReceiptPlugin::setReceipt(std::string json) {
     reader_->async([weak = weak_from_this(), json = std::move(json)] { readInBackground(weak, json); });
 }
 
-// By way of the reader's queue, as receipts go: nothing overtakes what was handed in before it.
+// Through the reader's queue, like receipts, so the order of the calls is kept.
 void IAPReceiptPlugin::setProducts(std::vector<std::shared_ptr<SKProduct>> products) {
     reader_->async([weak = weak_from_this(), products = std::move(products)] {
         postToMain(weak, [products](IAPReceiptPlugin& self) { self.takeProducts(products); });

@@ -40,7 +40,7 @@ public:
     ~IAPReceiptPlugin() override;
 
     void didBecomeActive(UIApplication& application) override;
-    // Lets go of what is asked of the store.
+    // Cancels the requests in flight.
     void willResignActive(UIApplication& application) override;
     void updatedTransactions(SKPaymentQueue& queue, const Transactions& transactions) override;
 
@@ -77,7 +77,7 @@ private:
     std::vector<ReceiptProduct> catalogue_;
     bool areProductsKnown_ = false;
     bool hasRecords_ = false;
-    std::optional<StoreReceipt> receipt_; // none after records that the host handed in
+    std::optional<StoreReceipt> receipt_; // nullopt after records that the host has set
     std::shared_ptr<PlatformRequest> receiptRequest_;
     rx::DisposableSlot productRequest_;
     const std::shared_ptr<DispatchQueue> reader_;

@@ -9,7 +9,7 @@
 
 namespace corvantile {
 
-// What stands in a record for what the store did not tell.
+// Stands in a record for a value that the receipt lacks.
 struct DecodingDefaults {
     DecodingDefaults() = delete;
 
@@ -30,7 +30,7 @@ struct ReceiptInfo {
     std::optional<bool> isInIntroOffer{};
     std::int64_t originalTransactionID = 0; // of the first purchase its own
     std::optional<Date> originalPurchaseDate{};
-    // Empty where the store says nothing.
+    // Empty where the receipt has none.
     std::string ownershipType{}; // PURCHASED or FAMILY_SHARED
     std::string subscriptionGroupIdentifier{};
     std::string promotionalOfferID{};

@@ -79,7 +79,7 @@ private:
     // framework code runs on a thread of the platform after it.
     virtual void stop() = 0;
 
-    // `count` plug-ins outlived their process: somebody outside still holds them.
+    // `count` plug-ins outlived their process: code outside still owns them.
     virtual void reportOutlived(int count) = 0;
 
     Ports ports_;

@@ -110,7 +110,7 @@ private:
 } // namespace detail
 
 // A stream whose subscribers share one subscription to its source, made by `connect` and not before: without
-// it they hear nothing, not even a terminal. What the source emits is kept, without bound, from the first
+// it they receive nothing, not even a terminal. What the source emits is kept, without bound, from the first
 // subscription or `connect` on.
 template <class T>
 class ConnectableObservable : public Observable<T> {
@@ -118,8 +118,8 @@ public:
     explicit ConnectableObservable(std::shared_ptr<detail::ReplayAllSource<T>> source)
         : Observable<T>(source), core_(std::move(source)) {}
 
-    // Subscribes to the source; while connected, hands back the same connection. Disposing of it leaves the
-    // source and the present subscribers, who get no terminal; the next subscription begins anew.
+    // Subscribes to the source; while connected, returns the same connection. Disposing it does not end the
+    // source, and its subscribers get no terminal; the next subscription starts from the beginning.
     Disposable connect() const { return core_->connect(); }
 
 private:

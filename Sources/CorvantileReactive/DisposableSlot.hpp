@@ -8,14 +8,14 @@
 
 namespace corvantile::rx {
 
-// Holds a handle that several threads touch. The slot's own end disposes nothing.
+// Holds a handle that several threads use. The slot's destructor disposes nothing.
 class CORVANTILE_API DisposableSlot : NonCopyable {
 public:
     ~DisposableSlot();
 
-    // Keeps `next` and hands back what was kept, undisposed.
+    // Keeps `next` and returns the previous handle, undisposed.
     Disposable exchange(Disposable next);
-    // Disposes of what is kept, outside the slot's lock, and keeps nothing. The slot can be used again.
+    // Disposes the handle, outside the slot's lock, and empties the slot, which can be used again.
     void disposeAndClear() noexcept;
     [[nodiscard]] bool isEmpty() const;
 

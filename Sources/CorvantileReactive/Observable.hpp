@@ -33,7 +33,7 @@ struct DoHandlers {
 
 // A stream that can be subscribed to any number of times. A value: copies describe the same stream.
 //
-// Elements come on whatever thread the source emits on, unless `observeOn` says otherwise. An operator's
+// Elements come on the thread that the source emits on, unless `observeOn` is used. An operator's
 // function may throw, which emits the error downstream; a handler may not. Dropping a subscription's handle
 // does not end the subscription. `dispose` does not wait: on another thread one delivery may still be in
 // flight.

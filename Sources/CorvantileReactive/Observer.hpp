@@ -8,8 +8,8 @@
 
 namespace corvantile::rx {
 
-// Receives any number of elements, then at most one of error and completion. Calls must not overlap: whoever
-// emits serialises. What a handler throws ends the process: a stream has no event for it.
+// Receives any number of elements, then at most one of error and completion. Calls must not overlap: the
+// emitter serialises them. An exception from a handler ends the process: a stream has no event for it.
 template <class T>
 class Observer : NonCopyable {
 public:
@@ -26,7 +26,7 @@ class AnyObserver {
 public:
     explicit AnyObserver(std::shared_ptr<Observer<T>> target) : target_(std::move(target)) {}
 
-    // Each holds the target for the call: what it delivers may end whoever holds this handle.
+    // Each keeps the target alive for the call, which may destroy the owner of this handle.
     void onNext(const T& value) const noexcept { std::shared_ptr(target_)->onNext(value); }
     void onError(const std::exception_ptr& error) const noexcept { std::shared_ptr(target_)->onError(error); }
     void onCompleted() const noexcept { std::shared_ptr(target_)->onCompleted(); }

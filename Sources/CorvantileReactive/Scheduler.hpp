@@ -16,7 +16,7 @@ class CORVANTILE_API Scheduler : NonCopyable {
 public:
     virtual ~Scheduler();
 
-    // Without a handle: what operators use. Asynchronous, unless the scheduler says otherwise.
+    // Without a handle, for operators. Asynchronous, unless the scheduler documents otherwise.
     virtual void post(WorkItem action) = 0;
 
     // Disposed of before the start, the action does not run.

@@ -60,8 +60,8 @@ public:
     // call), and between them whatever becomes ready.
     void advance(std::chrono::nanoseconds duration);
 
-    // Runs, and advances from one timer to the next, until `done` answers true; false when `limit` has passed
-    // before. `done` is asked whenever nothing is ready.
+    // Runs, and advances from one timer to the next, until `done` returns true; false when `limit` has passed
+    // before. `done` is called whenever nothing is ready.
     bool runUntil(const std::function<bool()>& done,
                   std::chrono::nanoseconds limit = std::chrono::seconds(10));
 

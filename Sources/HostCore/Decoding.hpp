@@ -45,7 +45,7 @@ private:
     const Object& object_;
 };
 
-// Takes JSON text (UTF-8) apart. Errors: NSError; also what `visit` throws goes on.
+// Parses JSON text (UTF-8). Errors: NSError; exceptions of `visit` propagate.
 class CORVANTILE_API JSONDecoder {
 public:
     using Visit = std::function<void(const KeyedDecodingContainer& container)>;

@@ -23,7 +23,7 @@ public:
 };
 
 // A store of records: JSON text by key, encrypted on its way in. Plain text is never written, though plain
-// text that somebody else wrote can be read. Cryptors are borrowed for the call. Threads: one at a time.
+// text from another writer can be read. Cryptors are borrowed for the call. Threads: one at a time.
 class CORVANTILE_API DatabaseManipulating : NonCopyable {
 public:
     static constexpr std::string_view typeName = "DatabaseManipulating";

@@ -52,7 +52,7 @@ namespace detail {
 [[nodiscard]] CORVANTILE_API std::optional<std::string> utf8Text(std::string json);
 }
 
-// The value's JSON; nullopt when that is no UTF-8 text. What the encoder throws goes on.
+// The value's JSON; nullopt when that is not UTF-8. Exceptions of the encoder propagate.
 template <Encodable T>
 [[nodiscard]] std::optional<std::string> toString(const T& value) {
     return detail::utf8Text(encodeJSON(value));

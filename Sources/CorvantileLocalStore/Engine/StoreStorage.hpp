@@ -23,11 +23,11 @@ public:
 
     [[nodiscard]] virtual Rows load() = 0;
 
-    // Somebody else has committed since the last `load`.
+    // Another process has committed since the last `load`.
     [[nodiscard]] virtual bool hasChangedElsewhere() = 0;
 
     // All of it survives the end of the process once the call has returned true. False: nothing was written,
-    // because somebody else has committed since the last `load`.
+    // because another process has committed since the last `load`.
     [[nodiscard]] virtual bool commit(const Changes& changes) = 0;
 };
 

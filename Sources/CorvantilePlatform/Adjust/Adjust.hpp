@@ -13,7 +13,7 @@
 
 namespace corvantile {
 
-// The attribution SDK. What it refuses it says on the console, and nothing else comes of it: no call fails.
+// The attribution SDK. What it refuses is reported on the console only: no call fails.
 // What it accepts is safe once the call has returned; it leaves for the server in its own time, in order.
 // Before `launch`, events and subscriptions are refused while the push token is kept.
 // Threads: any; the delegate's callbacks come on main.

@@ -8,10 +8,10 @@
 
 namespace corvantile {
 
-// Who the device is to advertisers. Threads: any.
+// The device's advertising identifier. Threads: any.
 class CORVANTILE_API ASIdentifierManager : NonCopyable {
 public:
-    // What a device says whose user keeps it to himself.
+    // The identifier while the user withholds it.
     static constexpr const char* withheldIdentifier = "00000000-0000-0000-0000-000000000000";
 
     virtual ~ASIdentifierManager();

@@ -11,7 +11,7 @@ namespace corvantile {
 
 class UIApplicationDelegate;
 
-// What the platform tells a launching app: texts by key; empty for a plain launch.
+// Why the app was launched: texts by key; empty for a plain launch.
 using LaunchOptions = std::map<std::string, std::string>;
 
 // The running app. Threads: main.

@@ -11,7 +11,7 @@
 
 namespace corvantile {
 
-// What the platform calls as the app lives. Every callback has a harmless default. Threads: main.
+// The platform's lifecycle callbacks. Every callback has a harmless default. Threads: main.
 class CORVANTILE_API UIApplicationDelegate : NonCopyable {
 public:
     virtual ~UIApplicationDelegate();

@@ -15,7 +15,7 @@ public:
 
     [[nodiscard]] virtual Date now() const = 0;
 
-    // What local time is ahead of UTC at `date`; negative west of Greenwich.
+    // By how much local time is ahead of UTC at `date`; negative west of Greenwich.
     [[nodiscard]] virtual std::chrono::seconds localOffset(Date date) const = 0;
 };
 

@@ -38,7 +38,7 @@ public:
     // Deletes the entry; false when there is none. Throws NSError.
     virtual bool remove(std::string_view account, std::string_view service) = 0;
 
-    // The service that an app uses unless it says otherwise: the bundle identifier of the installed platform.
+    // The service that an app uses by default: the bundle identifier of the installed platform.
     [[nodiscard]] static std::string defaultService();
 
     // The same four on the installed platform's keychain.

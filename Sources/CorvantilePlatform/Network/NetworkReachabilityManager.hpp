@@ -19,7 +19,7 @@ enum class NetworkReachabilityStatus {
 };
 
 // Watches whether one host can be reached, and over which kind of link.
-// Threads: any. Ownership: whoever made it; its end ends the watch.
+// Threads: any. Ownership: the caller's; its destruction ends the watch.
 class CORVANTILE_API NetworkReachabilityManager : NonCopyable {
 public:
     using Listener = std::function<void(NetworkReachabilityStatus)>;

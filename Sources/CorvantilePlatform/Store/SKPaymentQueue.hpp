@@ -16,7 +16,7 @@ public:
     virtual ~PaymentObserverRegistration();
 };
 
-// The store's list of payments under way.
+// The store's list of pending payments.
 //
 // Observers hear of changes on main, never inside a call, one batch at a time, in order; one batch is the
 // same snapshot for all, in the order in which they registered. What is not finished is delivered again to an

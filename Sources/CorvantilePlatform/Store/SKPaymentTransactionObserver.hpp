@@ -14,7 +14,7 @@ class SKPaymentQueue;
 class SKPaymentTransaction;
 class SKProduct;
 
-// What a payment queue tells whoever observes it. Every callback has a harmless default. Threads: main.
+// The callbacks of a payment queue to its observers. Every callback has a harmless default. Threads: main.
 class CORVANTILE_API SKPaymentTransactionObserver : NonCopyable {
 public:
     using Transactions = std::vector<std::shared_ptr<SKPaymentTransaction>>;
@@ -26,7 +26,7 @@ public:
     virtual void restoreCompletedTransactionsFinished(SKPaymentQueue& queue);
     virtual void restoreCompletedTransactionsFailedWithError(SKPaymentQueue& queue,
                                                              const std::exception_ptr& error);
-    // A purchase begun in the store. True: the queue goes on with it at once.
+    // A purchase begun in the store. True: the queue continues it at once.
     virtual bool shouldAddStorePayment(SKPaymentQueue& queue, const std::shared_ptr<SKPayment>& payment,
                                        const std::shared_ptr<SKProduct>& product);
 };

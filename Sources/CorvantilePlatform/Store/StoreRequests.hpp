@@ -24,7 +24,7 @@ using ProductIdentifiers = std::set<std::string, std::less<>>;
 class CORVANTILE_API StoreRequests : NonCopyable {
 public:
     using Products = std::vector<std::shared_ptr<SKProduct>>;
-    // The products that the store knows of those asked for, or an NSError.
+    // Those of the requested products that the store knows, or an NSError.
     using ProductsCompletion = std::function<void(Products products, std::exception_ptr error)>;
     // The store's own account of what was bought, a JSON text; nullopt before anything was. Or an NSError.
     using ReceiptCompletion =
@@ -39,7 +39,7 @@ public:
                                                                     std::shared_ptr<DispatchQueue> queue,
                                                                     ProductsCompletion completion) = 0;
 
-    // As the store tells it now; it has nothing to do with the opaque bytes in the bundle.
+    // The store's present answer; it has nothing to do with the opaque bytes in the bundle.
     [[nodiscard]] virtual std::shared_ptr<PlatformRequest> receipt(std::shared_ptr<DispatchQueue> queue,
                                                                    ReceiptCompletion completion) = 0;
 };

@@ -12,7 +12,7 @@ namespace corvantile::rx::detail {
 
 // What every subject offers: a stream that one emits into. Copies are the same subject. Threads: any; events
 // of several threads are not put in one order. No lock is held while observers run, so an observer may emit
-// (the nested element is delivered first), subscribe (the newcomer misses the running element) and dispose
+// (the nested element is delivered first), subscribe (a new observer misses the running element) and dispose
 // (who is disposed of gets nothing more, not even the running element).
 template <class T>
 class SubjectHandle : public Observable<T> {
@@ -21,7 +21,7 @@ public:
     void onError(const std::exception_ptr& error) const noexcept { core_->onError(error); }
     void onCompleted() const noexcept { core_->onCompleted(); }
 
-    // Drops observers and buffer without a word; later subscribers get an error.
+    // Drops observers and buffer silently; later subscribers get an error.
     void dispose() const noexcept { core_->dispose(); }
 
     [[nodiscard]] bool hasObservers() const { return core_->hasObservers(); }

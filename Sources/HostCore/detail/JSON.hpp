@@ -16,10 +16,10 @@ namespace corvantile {
 [[noreturn]] CORVANTILE_API void throwJSONError(std::string why);
 
 // A JSON number without a fraction. Beyond 2^53 one that was written with a fraction or an exponent no longer
-// tells which integer it was, and is none.
+// identifies the integer, and is rejected.
 [[nodiscard]] CORVANTILE_API std::optional<std::int64_t> jsonInteger(const nlohmann::json& value);
 
-// The same written out as text, of which nothing may be left over.
+// The same as text, read to its end.
 [[nodiscard]] CORVANTILE_API std::optional<std::int64_t> textInteger(std::string_view text);
 
 } // namespace corvantile

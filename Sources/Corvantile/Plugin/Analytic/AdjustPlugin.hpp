@@ -23,14 +23,14 @@ struct AdjustAppSecret {
     std::uint64_t info4 = 0;
 };
 
-// Starts the attribution SDK at launch, hands it the push token, and says on the console what the SDK tells.
+// Starts the attribution SDK at launch, hands it the push token, and prints what the SDK reports.
 // Held by shared_ptr, as plug-ins are.
 class CORVANTILE_API AdjustPlugin final : public AdjustPluggable,
                                           public AdjustDelegate,
                                           public std::enable_shared_from_this<AdjustPlugin> {
 public:
-    // In debug the SDK runs in its sandbox. `customDelegate` hears the SDK in place of this plug-in if it is
-    // alive at launch; it is not kept alive.
+    // In debug the SDK runs in its sandbox. `customDelegate` is called by the SDK instead of this plug-in if
+    // it is alive at launch; it is not kept alive.
     AdjustPlugin(std::string token, bool isDebug, std::optional<AdjustAppSecret> appSecret = std::nullopt,
                  const std::shared_ptr<AdjustDelegate>& customDelegate = nullptr);
     [[deprecated("Say which app it is: AdjustPlugin(token, isDebug).")]] AdjustPlugin();

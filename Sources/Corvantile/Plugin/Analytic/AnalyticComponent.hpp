@@ -16,7 +16,7 @@
 namespace corvantile {
 
 // A sink: where the router takes events to. Known by identity, shared with the router.
-// Threads: that of whoever tracks. The list of ignored names is not guarded: fill it before events flow.
+// Threads: the caller's. The list of ignored names is not guarded: fill it before events flow.
 class CORVANTILE_API AnalyticComponent : NonCopyable {
 public:
     static constexpr std::string_view typeName = "AnalyticComponent";
@@ -32,7 +32,7 @@ public:
     virtual void track(const AnalyticEvent& event) = 0;
     virtual void track(const AnalyticEvent& event, const NSDecimalNumber& with,
                        const std::string& currency) = 0;
-    // A subscription purchase. It comes whatever the list says.
+    // A subscription purchase. Called whether or not the list has its name.
     virtual void trackIAPSubs(const NSDecimalNumber& price, const std::string& currency,
                               const std::string& transId, const std::optional<Date>& date,
                               const std::optional<std::string>& region) = 0;

@@ -17,7 +17,7 @@ namespace corvantile {
 
 class AnalyticComponent;
 
-// The one way in for analytics, whatever sinks the host has. Threads: any for tracking.
+// The entry point for analytics, whatever sinks the host has. Threads: any for tracking.
 class CORVANTILE_API AnalyticProtocol : NonCopyable {
 public:
     static constexpr std::string_view typeName = "AnalyticProtocol";
@@ -27,7 +27,7 @@ public:
     virtual void track(const AnalyticEvent& event) = 0;
     virtual void track(const AnalyticEvent& event, const NSDecimalNumber& revenue,
                        const std::string& currency) = 0;
-    // Adds sinks behind those that are there; one added twice hears everything twice. A null sink is a fatal
+    // Appends sinks; one added twice receives everything twice. A null sink is a fatal
     // error. Threads: one at a time.
     virtual void registerComponents(std::initializer_list<std::shared_ptr<AnalyticComponent>> components) = 0;
     // For the host, once its sinks are registered.

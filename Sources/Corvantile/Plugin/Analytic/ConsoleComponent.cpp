@@ -8,7 +8,7 @@ namespace corvantile {
 
 namespace {
 
-// The doubled minus near the end of the rule is meant: whoever searches a console for the frame relies on it.
+// The doubled minus near the end of the rule is intended: console searches for the frame rely on it.
 constexpr std::string_view head =
     "\n<-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+--+->\n[OSTREL LABS] TRACKED EVENT\n\n";
 constexpr std::string_view foot = "\n<-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+-+--+->\n";

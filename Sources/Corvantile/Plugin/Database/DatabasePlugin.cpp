@@ -79,12 +79,12 @@ void DatabasePlugin::load(DatabaseManipulating& store, const std::string& userID
     try {
         store.setObject(record, recordKey<Record>(userID), cryptor_.get());
     } catch (const NSError&) {
-        return; // the host goes without this record rather than with one that the next launch will not know
+        return; // no record rather than one that the next launch will not find
     }
     subject<Record>().onNext(record);
 }
 
-// The stream is told before the store: `transform` emits what it returns.
+// Emitted before it is stored: `transform` emits what it returns.
 template <class Record>
 void DatabasePlugin::updateRecord(
     std::function<std::optional<Record>(DatabasePlugin& self, const Record& stored)> transform) {
@@ -119,7 +119,7 @@ void DatabasePlugin::reloadApplication() {
 void DatabasePlugin::resetApplication() {
     const auto records =
         applicationSubject_.observeOn(rx::backgroundScheduler()).subscribeOn(rx::backgroundScheduler());
-    // The first element only: the record emitted below would begin the reset anew, for ever.
+    // The first element only: the record emitted below would start the reset again, endlessly.
     const auto first =
         debugged(records, rx::debugLabel("DatabasePlugin", __LINE__, "resetApplication()")).take(1);
     disposeBag_.insert(first.subscribe([weak = weak_from_this()](const Application&) {

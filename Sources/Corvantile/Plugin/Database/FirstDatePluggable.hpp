@@ -10,7 +10,7 @@
 
 namespace corvantile {
 
-// Tells when the app was first run on this device.
+// When the app was first run on this device.
 class CORVANTILE_API FirstDateProtocol : NonCopyable {
 public:
     static constexpr std::string_view typeName = "FirstDateProtocol";

@@ -24,12 +24,12 @@ public:
 
     // The latest list; the empty one after a failure.
     [[nodiscard]] virtual rx::Observable<Products> products() = 0;
-    // Whether a request is under way, told on main.
+    // Whether a request is in flight; emits on main.
     [[nodiscard]] virtual rx::Observable<bool> isLoading() = 0;
     // What the latest request failed with; empty after a success.
     [[nodiscard]] virtual rx::Observable<std::exception_ptr> error() = 0;
 
-    // Asks the store anew, instead of a request that is under way. Threads: any.
+    // Requests the products again, replacing the request in flight. Threads: any.
     virtual void reload() = 0;
 };
 

@@ -9,7 +9,7 @@
 
 namespace corvantile {
 
-// The local time of the store's makers, which every receipt tells beside UTC. Threads: one at a time.
+// The local time of the store's home, which every receipt has beside UTC. Threads: one at a time.
 class PacificTime : NonCopyable {
 public:
     PacificTime();

@@ -25,7 +25,7 @@ public:
 
     void refund(const std::string& identifier, bool isForIssue, Date now);
     void promote(const std::string& productIdentifier);
-    // The app has been asked. False: nobody waits for an answer any more.
+    // The app has been asked. False: the promotion is not pending any more.
     bool answerPromotion(const std::string& productIdentifier);
 
     void setRenews(const std::string& productIdentifier, bool renews);

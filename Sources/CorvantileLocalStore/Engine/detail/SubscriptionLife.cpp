@@ -68,7 +68,7 @@ StorePurchase SubscriptionLife::begin(const CatalogueProduct& product, Date now)
     StoreSubscription subscription{.groupIdentifier = product.groupIdentifier, .originalDate = now};
     const auto former = ledger_.subscriptions().find(product.groupIdentifier);
     if (former != ledger_.subscriptions().end()) {
-        // Whoever comes back keeps the first purchase, and has had the introductory offer.
+        // A customer who comes back keeps the first purchase, and has had the introductory offer.
         subscription.originalIdentifier = former->second.originalIdentifier;
         subscription.originalDate = former->second.originalDate;
         subscription.hasUsedOffer = former->second.hasUsedOffer;

@@ -11,7 +11,7 @@ namespace corvantile {
 
 namespace {
 
-// Appends to one text; every `write` tells whether JSON knows the value.
+// Appends to one text; every `write` returns whether JSON can hold the value.
 class Writer {
 public:
     bool write(const EventValue& value) {

@@ -7,9 +7,9 @@
 
 namespace corvantile {
 
-// The object as JSON in the platform's pretty form, which nobody else writes: two blanks a level, `"key" :
+// The object as JSON in the platform's pretty form, which no library writes: two blanks a level, `"key" :
 // value`, one member a line, slashes escaped, and an empty line between the brackets of what is empty.
-// nullopt when any value in it is none that JSON knows.
+// nullopt when JSON cannot hold one of its values.
 [[nodiscard]] std::optional<std::string> prettyJSON(const EventValue::Map& object);
 
 } // namespace corvantile
