@@ -1,4 +1,4 @@
-#include "Corvantile/Plugin/AdNetwork/AdNetworkAttributionPayload.hpp"
+#include "Corvantile/Plugin/AdNetwork/AdNetworkPlugin.hpp"
 #include "Fuzz/RoundTrip.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,4 +1,4 @@
-#include "Corvantile/Plugin/Analytic/AdjustEvent.hpp"
+#include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Fuzz/Input.hpp"
 

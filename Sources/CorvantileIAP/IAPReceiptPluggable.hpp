@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CorvantileIAP/ProductCategory.hpp"
-#include "CorvantileIAP/RenewalInfo.hpp"
+#include "CorvantileIAP/ReceiptInfo.hpp"
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantileReactive/Observable.hpp"
 #include "HostCore/PluggableApplicationDelegateService.hpp"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CorvantileIAP/IAPReceiptPluggable.hpp"
-#include "CorvantileIAP/ReceiptCatalogue.hpp"
+#include "CorvantileIAP/ProductCategory.hpp"
 #include "CorvantileIAP/StoreReceipt.hpp"
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Store/SKPaymentQueue.hpp"

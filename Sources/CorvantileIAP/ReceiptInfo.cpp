@@ -33,6 +33,12 @@ auto texts(const ReceiptInfo& record) {
 
 } // namespace
 
+std::string describe(const RenewalInfo& record) {
+    const auto& grace = record.gracePeriodExpiresDate;
+    return "RenewalInfo(productID: " + debugText(record.productID) +
+           ", gracePeriodExpiresDate: " + (grace ? describe(*grace) : "nil") + ")";
+}
+
 bool operator<(const ReceiptInfo& left, const ReceiptInfo& right) {
     const double leftPlace = place(left.purchaseDate);
     const double rightPlace = place(right.purchaseDate);

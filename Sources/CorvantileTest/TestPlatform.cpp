@@ -15,8 +15,7 @@
 #include "CorvantileTest/TestDevice.hpp"
 #include "CorvantileTest/detail/DeviceLink.hpp"
 #include "CorvantileTest/detail/DeviceLocalStore.hpp"
-#include "CorvantileTest/detail/PlainPorts.hpp"
-#include "CorvantileTest/detail/StoragePorts.hpp"
+#include "CorvantileTest/detail/DevicePorts.hpp"
 #include "CorvantileTest/detail/VirtualQueues.hpp"
 
 #include <string>

@@ -1,11 +1,19 @@
 #include "HostCore/PluggableApplicationDelegate.hpp"
 
 #include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 
 #include <algorithm>
 #include <utility>
 
 namespace corvantile {
+
+PluggableApplicationDelegateService::PluggableApplicationDelegateService()
+    : livePlugins_(Platform::current().process().livePlugins()) {
+    livePlugins_->fetch_add(1);
+}
+
+PluggableApplicationDelegateService::~PluggableApplicationDelegateService() { livePlugins_->fetch_sub(1); }
 
 PluggableApplicationDelegate::PluggableApplicationDelegate(Plugins plugins) : plugins_(std::move(plugins)) {
     const auto null = std::find(plugins_.begin(), plugins_.end(), nullptr);
@@ -16,7 +24,7 @@ PluggableApplicationDelegate::PluggableApplicationDelegate(Plugins plugins) : pl
 
 PluggableApplicationDelegate::~PluggableApplicationDelegate() = default;
 
-// Every plug-in is told, also those behind one whose answer already decides: hence no short cut below.
+// Every plug-in is called, also those after one whose result already decides: no short circuit below.
 
 bool PluggableApplicationDelegate::didFinishLaunchingWithOptions(UIApplication& application,
                                                                  const LaunchOptions& options) {

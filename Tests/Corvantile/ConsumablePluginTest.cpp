@@ -1,6 +1,5 @@
 #include "Corvantile/Plugin/Products/ConsumablePlugin.hpp"
 
-#include "Corvantile/Plugin/Products/ConsumableItem.hpp"
 #include "CorvantileTest/ScriptedStore.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 

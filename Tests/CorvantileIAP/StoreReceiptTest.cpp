@@ -1,6 +1,5 @@
 #include "CorvantileIAP/StoreReceipt.hpp"
 
-#include "CorvantileIAP/ReceiptStatus.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <gmock/gmock.h>

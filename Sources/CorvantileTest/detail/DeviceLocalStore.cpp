@@ -5,7 +5,7 @@
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantilePlatform/FatalError.hpp"
 #include "CorvantileTest/detail/DeviceLink.hpp"
-#include "CorvantileTest/detail/PlainPorts.hpp"
+#include "CorvantileTest/detail/DevicePorts.hpp"
 
 #include <cstdint>
 #include <utility>

@@ -2,7 +2,6 @@
 
 #include "Corvantile/Plugin/AdNetwork/AdNetworkPlugin.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
-#include "Corvantile/Plugin/Analytic/AdjustEvent.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tools/corvantile/Description/AppDescription.hpp"

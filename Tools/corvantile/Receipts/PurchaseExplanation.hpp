@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/detail/PurchaseDecision.hpp"
-#include "CorvantileIAP/ReceiptCatalogue.hpp"
+#include "CorvantileIAP/ProductCategory.hpp"
 #include "CorvantileIAP/StoreReceipt.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
 #include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"

@@ -1,6 +1,6 @@
 #include "Corvantile/Plugin/AdNetwork/AdNetworkPlugin.hpp"
 
-#include "Corvantile/Plugin/AdNetwork/AdNetworkAttributionPayload.hpp"
+#include "Corvantile/Extension/detail/RecordJSON.hpp"
 #include "CorvantilePlatform/Ads/AAAttribution.hpp"
 #include "CorvantilePlatform/Ads/ASIdentifierManager.hpp"
 #include "CorvantilePlatform/Application/UIDevice.hpp"
@@ -66,6 +66,20 @@ struct Config {
 };
 
 } // namespace
+
+AdNetworkAttributionPayload AdNetworkAttributionPayload::decode(const KeyedDecodingContainer& container) {
+    const auto number = [&](std::string_view key) {
+        return container.decodeIntegerIfPresent(key).value_or(0);
+    };
+    return {number("campaignId"), number("keywordId"), number("creativeSetId"), number("adGroupId")};
+}
+
+std::string encodeJSON(const AdNetworkAttributionPayload& payload) {
+    return recordjson::write({{"campaignId", payload.campaignId},
+                              {"keywordId", payload.keywordId},
+                              {"creativeSetId", payload.creativeSetId},
+                              {"adGroupId", payload.adGroupId}});
+}
 
 AdNetworkPluggable::~AdNetworkPluggable() = default;
 AdNetworkPlugin::AdNetworkPlugin() = default;

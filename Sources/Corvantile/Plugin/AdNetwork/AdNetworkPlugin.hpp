@@ -4,11 +4,31 @@
 #include "CorvantilePlatform/Export.hpp"
 #include "CorvantilePlatform/Foundation/PlatformRequest.hpp"
 #include "CorvantileReactive/ReplaySubject.hpp"
+#include "HostCore/Decoding.hpp"
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace corvantile {
+
+// Which search-ads campaign the app was installed from; all zeros when from none.
+struct CORVANTILE_API AdNetworkAttributionPayload {
+    static constexpr std::string_view typeName = "AdNetworkAttributionPayload";
+
+    std::int64_t campaignId = 0;
+    std::int64_t keywordId = 0;
+    std::int64_t creativeSetId = 0;
+    std::int64_t adGroupId = 0;
+
+    // What is missing or null is 0.
+    [[nodiscard]] static AdNetworkAttributionPayload decode(const KeyedDecodingContainer& container);
+
+    friend bool operator==(const AdNetworkAttributionPayload&, const AdNetworkAttributionPayload&) = default;
+};
+
+[[nodiscard]] CORVANTILE_API std::string encodeJSON(const AdNetworkAttributionPayload& payload);
 
 // Asks once per launch which search-ads campaign the app was installed from: the platform's token, sent to
 // the platform's server. Whatever fails, `info` gets its one value, on main; only a plug-in that has gone

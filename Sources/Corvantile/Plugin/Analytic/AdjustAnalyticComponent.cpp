@@ -1,6 +1,6 @@
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 
-#include "Corvantile/Plugin/Analytic/AdjustEvent.hpp"
+#include "Corvantile/Extension/detail/RecordJSON.hpp"
 #include "Corvantile/Plugin/Analytic/detail/PrintItems.hpp"
 #include "CorvantilePlatform/Adjust/Adjust.hpp"
 #include "CorvantilePlatform/FatalError.hpp"
@@ -37,6 +37,14 @@ EventTokens loadTokens(std::string_view name) {
 }
 
 } // namespace
+
+AdjustEvent AdjustEvent::decode(const KeyedDecodingContainer& container) {
+    return {container.decodeString("token"), container.decodeString("name")};
+}
+
+std::string encodeJSON(const AdjustEvent& event) {
+    return recordjson::write({{"token", event.token}, {"name", event.name}});
+}
 
 AdjustAnalyticComponent::AdjustAnalyticComponent(std::string_view eventTokenBundleJsonName,
                                                  std::vector<std::string> ignoreEventNames)

@@ -3,6 +3,7 @@
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
 #include "CorvantilePlatform/Adjust/ADJEvent.hpp"
 #include "CorvantilePlatform/Export.hpp"
+#include "HostCore/Decoding.hpp"
 
 #include <cstddef>
 #include <functional>
@@ -15,9 +16,24 @@
 
 namespace corvantile {
 
-// Sends events to the attribution SDK, which knows them by token. What has no token is said on the console
-// and goes no further; of the others the SDK gets the token and the revenue, never the parameters.
-// AdjustPlugin starts the SDK. Threads: that of whoever tracks. Neither table nor list is guarded: change
+// One row of the event-token file: the framework's name for an event, and the SDK's token for it. The name
+// alone counts: two rows with the same one are equal, whatever their tokens.
+struct CORVANTILE_API AdjustEvent {
+    static constexpr std::string_view typeName = "AdjustEvent";
+
+    std::string token;
+    std::string name;
+
+    [[nodiscard]] static AdjustEvent decode(const KeyedDecodingContainer& container);
+
+    [[nodiscard]] bool operator==(const AdjustEvent& other) const { return name == other.name; }
+};
+
+[[nodiscard]] CORVANTILE_API std::string encodeJSON(const AdjustEvent& event);
+
+// Sends events to the attribution SDK, which knows them by token. An event without a token is reported
+// on the console and dropped; of the others the SDK gets the token and the revenue, never the parameters.
+// AdjustPlugin starts the SDK. Threads: the caller's. Neither table nor list is guarded: change
 // them before events flow.
 class CORVANTILE_API AdjustAnalyticComponent : public AnalyticComponent {
 public:
@@ -50,13 +66,14 @@ public:
 
     void track(const AnalyticEvent& event) override;
     void track(const AnalyticEvent& event, const NSDecimalNumber& with, const std::string& currency) override;
-    // With the store's receipt of the moment: where there is none, or an empty one, nothing is sent or said.
+    // With the store's receipt of the moment: where there is none, or an empty one, nothing is sent or
+    // printed.
     using AnalyticComponent::trackIAPSubs;
     void trackIAPSubs(const NSDecimalNumber& price, const std::string& currency, const std::string& transId,
                       const std::optional<Date>& date, const std::optional<std::string>& region) override;
 
 private:
-    // Says on the console what became of the event.
+    // Reports on the console whether the event is sent.
     [[nodiscard]] std::optional<ADJEvent> createAdjustEvent(const AnalyticEvent& event) const;
 
     std::vector<std::string> ignoredEventNames_;
@@ -64,3 +81,10 @@ private:
 };
 
 } // namespace corvantile
+
+template <>
+struct std::hash<corvantile::AdjustEvent> {
+    std::size_t operator()(const corvantile::AdjustEvent& event) const noexcept {
+        return std::hash<std::string>{}(event.name);
+    }
+};

@@ -1,6 +1,8 @@
 #include "Corvantile/Plugin/Products/ConsumablePlugin.hpp"
 
 #include "CorvantilePlatform/FatalError.hpp"
+#include "CorvantilePlatform/Foundation/NSBundle.hpp"
+#include "CorvantilePlatform/Platform.hpp"
 #include "CorvantilePlatform/Store/SKPayment.hpp"
 #include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
 
@@ -16,6 +18,10 @@ bool isPurchased(const SKPaymentTransaction& transaction) {
 }
 
 } // namespace
+
+std::string ConsumableItem::identifier() const {
+    return Platform::current().ports().mainBundle->bundleIdentifier().append(".").append(value_);
+}
 
 ConsumablePluggable::~ConsumablePluggable() = default;
 

@@ -7,9 +7,28 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace corvantile {
+
+// One consumable product as the host describes it. Immutable.
+class CORVANTILE_API ConsumableItem {
+public:
+    // `value` is the last component of the product's identifier, `title` the text to show for it.
+    ConsumableItem(std::string value, std::string title)
+        : value_(std::move(value)), title_(std::move(title)) {}
+
+    [[nodiscard]] const std::string& value() const { return value_; }
+    [[nodiscard]] const std::string& title() const { return title_; }
+
+    // The store's identifier: the main bundle's, a full stop, and `value`.
+    [[nodiscard]] std::string identifier() const;
+
+private:
+    std::string value_;
+    std::string title_;
+};
 
 // Finishes every purchase that the payment queue reports, consumable or not, and publishes the products of
 // those that are. Observes the default queue as long as it lives: subscribe before the first main-queue turn
