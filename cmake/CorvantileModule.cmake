@@ -32,16 +32,20 @@ function(corvantile_record_module target depends private_depends)
   set_property(GLOBAL APPEND PROPERTY CORVANTILE_MODULES ${target})
 endfunction()
 
-# The files of a module are those of its folder. Of a part that is left out (WITHOUT, a folder) only LeftOut.cpp is
-# compiled: what its ports then do. Sets `sources` and `headers`.
+# The files of a module are those of its folder. Without a part (WITHOUT, a folder) neither that folder nor the source
+# With<PART>.cpp is compiled, but Without<PART>.cpp: what the part's ports then do. Sets `sources` and `headers`.
 function(corvantile_module_files without)
   file(GLOB_RECURSE sources RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS *.cpp)
   file(GLOB_RECURSE headers RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS *.hpp)
-  list(FILTER sources EXCLUDE REGEX "(^|/)LeftOut.cpp$")
+  set(substitutes ${sources})
+  list(FILTER substitutes INCLUDE REGEX "(^|/)Without[^/]*.cpp$")
+  list(FILTER sources EXCLUDE REGEX "(^|/)Without[^/]*.cpp$")
   foreach(part IN LISTS without)
-    list(FILTER sources EXCLUDE REGEX "^${part}/")
+    list(FILTER sources EXCLUDE REGEX "^${part}/|(^|/)With${part}.cpp$")
     list(FILTER headers EXCLUDE REGEX "^${part}/")
-    list(APPEND sources ${part}/LeftOut.cpp)
+    set(chosen ${substitutes})
+    list(FILTER chosen INCLUDE REGEX "(^|/)Without${part}.cpp$")
+    list(APPEND sources ${chosen})
   endforeach()
   set(sources "${sources}" PARENT_SCOPE)
   set(headers "${headers}" PARENT_SCOPE)

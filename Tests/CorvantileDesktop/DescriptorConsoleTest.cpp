@@ -1,5 +1,5 @@
 #include "CorvantileDesktop/DesktopPlatform.hpp"
-#include "CorvantileDesktop/Foundation/detail/Descriptor.hpp"
+#include "CorvantileDesktop/detail/Files/Descriptor.hpp"
 #include "CorvantilePlatform/Foundation/Console.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
 

@@ -1,4 +1,4 @@
-#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+#include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tests/CorvantileDesktop/ChildProcess.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
@@ -105,7 +105,7 @@ TYPED_TEST(StateFiles, AreSetAsideWhenTheyCannotBeUsedAndBegunAnew) {
         EXPECT_EQ(TypeParam::in(this->file), (Texts{{"new", "text"}}));
         EXPECT_EQ(bytesOf(beside(this->file, ".set-aside-1")), damaged);
         EXPECT_EQ(bytesOf(beside(this->file, ".set-aside-1-wal")), log);
-        EXPECT_THAT(filesSetAside(this->file), Not(IsEmpty()));
+        EXPECT_THAT(quarantinedFiles(this->file), Not(IsEmpty()));
         EXPECT_THAT(this->console->lines,
                     ElementsAre(HasSubstr(std::string(TypeParam::fileName) + ".set-aside-1")));
     }
@@ -123,7 +123,7 @@ TYPED_TEST(StateFiles, OfALaterVersionAreLeftAlone) {
     }
 
     EXPECT_EQ(bytesOf(this->file), before);
-    EXPECT_THAT(filesSetAside(this->file), IsEmpty());
+    EXPECT_THAT(quarantinedFiles(this->file), IsEmpty());
     EXPECT_THAT(this->console->lines, Contains(HasSubstr("later version")));
 }
 
@@ -168,7 +168,7 @@ TYPED_TEST(StateFiles, LoseNothingAcknowledgedWhenAProcessIsKilled) {
             EXPECT_TRUE(texts.contains(nameOf(round, " killed ", number))) << number;
         for (std::size_t number = 0; number < ofOther; ++number)
             EXPECT_TRUE(texts.contains(nameOf(round, " other ", number))) << number;
-        EXPECT_THAT(filesSetAside(this->file), IsEmpty());
+        EXPECT_THAT(quarantinedFiles(this->file), IsEmpty());
     }
     EXPECT_GT(acknowledged, static_cast<std::size_t>(rounds) / 2);
 }

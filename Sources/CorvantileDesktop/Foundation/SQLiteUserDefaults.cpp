@@ -1,7 +1,7 @@
 #include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
 
-#include "CorvantileDesktop/detail/Storage/DefaultsMirror.hpp"
-#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+#include "CorvantileDesktop/Foundation/detail/DefaultsMirror.hpp"
+#include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 
 #include <atomic>
 #include <mutex>
@@ -93,7 +93,7 @@ bool SQLiteUserDefaults::synchronize() {
 
 UserDefaultsInspection SQLiteUserDefaults::inspect(const std::filesystem::path& file) {
     UserDefaultsInspection inspection;
-    inspection.setAside = filesSetAside(file);
+    inspection.setAside = quarantinedFiles(file);
     std::error_code error;
     if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found)
         return inspection;

@@ -4,7 +4,7 @@
 #include "CorvantileDesktop/Keychain/detail/VaultReader.hpp"
 #include "CorvantileDesktop/Keychain/detail/VaultSeal.hpp"
 #include "CorvantileDesktop/Keychain/detail/VaultWriter.hpp"
-#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+#include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 #include "CorvantilePlatform/Foundation/Console.hpp"
 #include "CorvantilePlatform/Keychain/KeychainError.hpp"
 
@@ -165,7 +165,7 @@ VaultInspection Vault::inspect() const {
     });
     for (auto& entry : sealed) inspection.entries.push_back(parts_->describe(std::move(entry)));
     for (const auto* const name : {vaultFileName, MasterKey::fileName})
-        for (auto& file : filesSetAside(parts_->options.folder / name))
+        for (auto& file : quarantinedFiles(parts_->options.folder / name))
             inspection.setAside.push_back(std::move(file));
     return inspection;
 }

@@ -8,9 +8,10 @@
 #include "CorvantileDesktop/Foundation/detail/FolderBundle.hpp"
 #include "CorvantileDesktop/Foundation/detail/SystemClock.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
-#include "CorvantileDesktop/detail/Application/HostApplication.hpp"
 #include "CorvantileDesktop/detail/Application/LocalDevice.hpp"
 #include "CorvantileDesktop/detail/Queues/DesktopQueues.hpp"
+#include "CorvantilePlatform/Application/UIApplication.hpp"
+#include "CorvantilePlatform/Application/UIApplicationDelegate.hpp"
 
 #include <algorithm>
 #include <functional>
@@ -21,6 +22,17 @@
 namespace corvantile {
 
 namespace {
+
+// The app, which the host itself launches and feeds: it only keeps the delegate.
+class HostApplication final : public UIApplication {
+public:
+    [[nodiscard]] std::shared_ptr<UIApplicationDelegate> delegate() const override { return delegate_; }
+    // Swapped, so that the former delegate ends when the new one is already in place.
+    void setDelegate(std::shared_ptr<UIApplicationDelegate> delegate) override { delegate_.swap(delegate); }
+
+private:
+    std::shared_ptr<UIApplicationDelegate> delegate_;
+};
 
 // Two at least: an item that waits for the disk must not hold up every other queue.
 unsigned workerCount() { return std::clamp(std::thread::hardware_concurrency(), 2U, 4U); }

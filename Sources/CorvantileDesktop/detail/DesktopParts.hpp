@@ -34,7 +34,7 @@ struct DesktopPlatform::Parts {
     std::shared_ptr<LocalStore> store;
 
 private:
-    // Each is defined in two sources, of which the build takes one: the part, or what stands in its place.
+    // Each is defined in two sources, Parts/With….cpp and Parts/Without….cpp, of which the build takes one.
     void addHTTP(Ports& made, const DesktopOptions& options);
     void addAdjust(Ports& made, const DesktopOptions& options);
     void addStore(Ports& made, const DesktopOptions& options);

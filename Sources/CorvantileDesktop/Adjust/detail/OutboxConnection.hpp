@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CorvantileDesktop/Adjust/detail/OutboxFile.hpp"
-#include "CorvantileDesktop/Foundation/detail/Descriptor.hpp"
+#include "CorvantileDesktop/detail/Files/Descriptor.hpp"
 #include "CorvantileDesktop/detail/Storage/StateDatabase.hpp"
 
 #include <chrono>

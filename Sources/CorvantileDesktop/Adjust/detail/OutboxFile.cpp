@@ -1,6 +1,6 @@
 #include "CorvantileDesktop/Adjust/detail/OutboxFile.hpp"
 
-#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+#include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 
 #include <algorithm>
 #include <system_error>
@@ -150,7 +150,7 @@ void OutboxFile::setValue(std::string_view name, std::string_view value) {
 
 OutboxInspection inspectOutbox(const std::filesystem::path& file) {
     OutboxInspection inspection;
-    inspection.setAside = filesSetAside(file);
+    inspection.setAside = quarantinedFiles(file);
     std::error_code error;
     if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found)
         return inspection;

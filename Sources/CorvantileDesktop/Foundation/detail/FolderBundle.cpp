@@ -1,6 +1,6 @@
 #include "CorvantileDesktop/Foundation/detail/FolderBundle.hpp"
 
-#include "CorvantileDesktop/Foundation/detail/AtomicFile.hpp"
+#include "CorvantileDesktop/detail/Files/AtomicFile.hpp"
 
 #include <utility>
 

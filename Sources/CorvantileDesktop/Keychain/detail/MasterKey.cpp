@@ -2,9 +2,8 @@
 
 #include "CorvantileCrypto/OpenSSLRandom.hpp"
 #include "CorvantileCrypto/SealedBox.hpp"
-#include "CorvantileDesktop/Foundation/detail/AtomicFile.hpp"
-#include "CorvantileDesktop/Keychain/detail/PrivateFolder.hpp"
-#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+#include "CorvantileDesktop/detail/Files/AtomicFile.hpp"
+#include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 #include "CorvantilePlatform/Keychain/KeychainError.hpp"
 
 #include <cstddef>
@@ -51,7 +50,7 @@ MasterKey MasterKey::make(const PrivateFolder& folder, const std::function<void(
     auto file = newFile();
     auto written = writeNewFile(path, file);
     if (written == WriteResult::exists) {
-        if (const auto kept = setAside(path)) {
+        if (const auto kept = quarantine(path)) {
             say(path.string() + " is no master key. It is kept as " + kept->filename().string() +
                 ", and a new key is made; what is sealed already cannot be read.");
             written = writeNewFile(path, file);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CorvantileDesktop/detail/Storage/FileIdentity.hpp"
+#include "CorvantileDesktop/Keychain/detail/PrivateFolder.hpp"
 
 #include <filesystem>
 #include <functional>
@@ -9,8 +9,6 @@
 #include <string_view>
 
 namespace corvantile {
-
-class PrivateFolder;
 
 // The key that seals every entry of a vault, in a file of its own. Wiped from memory at its end.
 class MasterKey {

@@ -1,7 +1,6 @@
 #include "CorvantileDesktop/Keychain/detail/PrivateFolder.hpp"
 
-#include "CorvantileDesktop/Foundation/detail/AtomicFile.hpp"
-#include "CorvantileDesktop/Foundation/detail/FileLock.hpp"
+#include "CorvantileDesktop/detail/Files/AtomicFile.hpp"
 #include "CorvantilePlatform/Keychain/KeychainError.hpp"
 
 #include <cerrno>
@@ -55,6 +54,13 @@ std::string readAtMost(int descriptor, std::size_t limit, const std::string& nam
 }
 
 } // namespace
+
+std::optional<FileIdentity> FileIdentity::of(const fs::path& file) {
+    struct stat status {};
+    if (::stat(file.c_str(), &status) != 0) return std::nullopt;
+    return FileIdentity{status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec,
+                        status.st_mtim.tv_nsec};
+}
 
 PrivateFolder::PrivateFolder(fs::path path, Descriptor folder)
     : path_(std::move(path)), folder_(std::move(folder)) {}

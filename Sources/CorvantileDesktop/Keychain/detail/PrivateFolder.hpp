@@ -1,13 +1,28 @@
 #pragma once
 
-#include "CorvantileDesktop/Foundation/detail/Descriptor.hpp"
+#include "CorvantileDesktop/detail/Files/Descriptor.hpp"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 
 namespace corvantile {
+
+// Distinguishes a file from another of the same name, and from itself after a write.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t node = 0;
+    std::int64_t size = 0; // bytes
+    std::int64_t seconds = 0;
+    std::int64_t nanoseconds = 0;
+
+    // nullopt when the file is missing or cannot be examined.
+    [[nodiscard]] static std::optional<FileIdentity> of(const std::filesystem::path& file);
+
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
 
 // A folder that belongs to the user and is closed to everybody else; what is in it is safe from other users.
 // Errors: NSError that says what to put right.

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "CorvantileDesktop/Keychain/detail/PrivateFolder.hpp"
 #include "CorvantileDesktop/Keychain/detail/VaultSchema.hpp"
-#include "CorvantileDesktop/detail/Storage/FileIdentity.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <filesystem>

@@ -2,7 +2,7 @@
 
 #include "CorvantileDesktop/Keychain/detail/PrivateFolder.hpp"
 #include "CorvantileDesktop/Keychain/detail/VaultReader.hpp"
-#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+#include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 #include "CorvantileDesktop/detail/Storage/Sqlite.hpp"
 #include "CorvantilePlatform/Keychain/KeychainError.hpp"
 
@@ -109,7 +109,7 @@ std::unique_ptr<VaultWriter::Connection> VaultWriter::connect() const {
 
 void VaultWriter::beginAnew() {
     const auto left = readableEntries();
-    const auto kept = setAside(file_, {"-journal", "-wal", "-shm"});
+    const auto kept = quarantine(file_, {"-journal", "-wal", "-shm"});
     if (!kept) throw keychainError(KeychainStatus::io, "The vault is damaged and cannot be set aside.");
     auto connection = connect();
     if (!connection) throw keychainError(KeychainStatus::io, "A new vault does not open.");

@@ -1,6 +1,6 @@
 #include "CorvantileDesktop/detail/Application/LocalDevice.hpp"
 
-#include "CorvantileDesktop/Foundation/detail/AtomicFile.hpp"
+#include "CorvantileDesktop/detail/Files/AtomicFile.hpp"
 #include "CorvantilePlatform/Foundation/detail/UUID.hpp"
 
 #include <array>

@@ -1,8 +1,8 @@
 #include "CorvantileDesktop/detail/Storage/StateDatabase.hpp"
 
-#include "CorvantileDesktop/Foundation/detail/AtomicFile.hpp"
-#include "CorvantileDesktop/Foundation/detail/FileLock.hpp"
-#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+#include "CorvantileDesktop/detail/Files/AtomicFile.hpp"
+#include "CorvantileDesktop/detail/Files/Descriptor.hpp"
+#include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 
 #include <sqlite3.h>
 
@@ -74,7 +74,7 @@ void beginLog(SqliteDatabase& database, const StateFormat& format) {
     database.execute(("PRAGMA synchronous = OFF;" + mark(format) + "PRAGMA synchronous = NORMAL").c_str());
 }
 
-std::optional<fs::path> setAsideWithLog(const fs::path& file) { return setAside(file, {"-wal", "-shm"}); }
+std::optional<fs::path> quarantineWithLog(const fs::path& file) { return quarantine(file, {"-wal", "-shm"}); }
 
 // False when there is a file that can never be used; what may pass is thrown.
 bool openUsable(const fs::path& file, const StateFormat& format, OpenedState& opened) {
@@ -98,11 +98,11 @@ OpenedState openOrBeginState(const fs::path& file, const StateFormat& format) {
     const auto lock = lockedFolder(file.parent_path());
     if (isTaken(file)) { // perhaps a good one, now that it is our turn
         if (openUsable(file, format, opened)) return opened;
-        opened.setAside = setAsideWithLog(file);
+        opened.setAside = quarantineWithLog(file);
         if (!opened.setAside) cannotOpen("the damaged file cannot be renamed");
     } else {
         // A log without its file: SQLite would take it for the new one's.
-        static_cast<void>(setAsideWithLog(file));
+        static_cast<void>(quarantineWithLog(file));
     }
     begin(file, format);
     opened.database = openState(file, format);

@@ -1,4 +1,4 @@
-#include "CorvantileDesktop/detail/Storage/SetAside.hpp"
+#include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 
 #include <algorithm>
 #include <string>
@@ -29,7 +29,7 @@ bool isTaken(const fs::path& name, std::initializer_list<std::string_view> suffi
 
 } // namespace
 
-std::optional<fs::path> setAside(const fs::path& file, std::initializer_list<std::string_view> suffixes) {
+std::optional<fs::path> quarantine(const fs::path& file, std::initializer_list<std::string_view> suffixes) {
     int number = 1;
     while (isTaken(numbered(file, number), suffixes)) ++number;
     const auto name = numbered(file, number);
@@ -47,7 +47,7 @@ std::optional<fs::path> setAside(const fs::path& file, std::initializer_list<std
     return name;
 }
 
-std::vector<fs::path> filesSetAside(const fs::path& file) {
+std::vector<fs::path> quarantinedFiles(const fs::path& file) {
     const auto beginning = file.filename().string() + ".set-aside-";
     std::vector<fs::path> found;
     std::error_code error;

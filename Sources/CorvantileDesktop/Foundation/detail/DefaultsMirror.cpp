@@ -1,4 +1,4 @@
-#include "CorvantileDesktop/detail/Storage/DefaultsMirror.hpp"
+#include "CorvantileDesktop/Foundation/detail/DefaultsMirror.hpp"
 
 #include "CorvantilePlatform/Foundation/Console.hpp"
 

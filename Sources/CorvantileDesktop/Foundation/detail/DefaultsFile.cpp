@@ -1,4 +1,4 @@
-#include "CorvantileDesktop/detail/Storage/DefaultsFile.hpp"
+#include "CorvantileDesktop/Foundation/detail/DefaultsFile.hpp"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CorvantileDesktop/detail/Storage/DefaultsFile.hpp"
+#include "CorvantileDesktop/Foundation/detail/DefaultsFile.hpp"
 #include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
 
 #include <chrono>

@@ -1,6 +1,6 @@
-#include "CorvantileDesktop/Foundation/detail/AtomicFile.hpp"
+#include "CorvantileDesktop/detail/Files/AtomicFile.hpp"
 
-#include "CorvantileDesktop/Foundation/detail/Descriptor.hpp"
+#include "CorvantileDesktop/detail/Files/Descriptor.hpp"
 
 #include <atomic>
 #include <cerrno>

@@ -6,7 +6,7 @@
 
 namespace corvantile {
 
-// An open file of the kernel's, closed with its owner. Negative: none.
+// Owns a file descriptor. Negative: none.
 class Descriptor {
 public:
     explicit Descriptor(int value = -1) : value_(value) {}
@@ -25,5 +25,9 @@ public:
 private:
     int value_;
 };
+
+// Locks an open file or folder against other processes until it is closed. Waits up to five seconds for the
+// process that holds the lock. Returns 0 or the error number: EWOULDBLOCK on time-out.
+[[nodiscard]] int lockFile(const Descriptor& file);
 
 } // namespace corvantile

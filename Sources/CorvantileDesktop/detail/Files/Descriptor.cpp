@@ -1,4 +1,4 @@
-#include "CorvantileDesktop/Foundation/detail/FileLock.hpp"
+#include "CorvantileDesktop/detail/Files/Descriptor.hpp"
 
 #include <cerrno>
 #include <chrono>
