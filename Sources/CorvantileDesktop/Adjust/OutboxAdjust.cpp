@@ -1,24 +1,80 @@
 #include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
 
-#include "CorvantileDesktop/Adjust/detail/AdjustChecks.hpp"
-#include "CorvantileDesktop/Adjust/detail/AdjustLog.hpp"
-#include "CorvantileDesktop/Adjust/detail/DelegateReporter.hpp"
 #include "CorvantileDesktop/Adjust/detail/Outbox.hpp"
-#include "CorvantileDesktop/Adjust/detail/OutboxMemory.hpp"
-#include "CorvantileDesktop/Adjust/detail/PackageCourier.hpp"
-#include "CorvantileDesktop/Adjust/detail/PackageSender.hpp"
-#include "CorvantileDesktop/Adjust/detail/PackageWriter.hpp"
+#include "CorvantileDesktop/Adjust/detail/OutboxDelivery.hpp"
+#include "CorvantileDesktop/Adjust/detail/OutboxPackage.hpp"
+#include "CorvantileDesktop/Adjust/detail/ServerAnswer.hpp"
 #include "CorvantilePlatform/Foundation/Clock.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/detail/Unicode.hpp"
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
 #include "CorvantilePlatform/Platform.hpp"
 #include "CorvantilePlatform/Security/SecureRandom.hpp"
 
+#include <cmath>
+#include <cstddef>
+#include <cstdlib>
 #include <mutex>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace corvantile {
+
+namespace {
+
+constexpr std::size_t appTokenLength = 12; // UTF-16 units
+
+std::size_t utf16Length(std::string_view text) {
+    std::size_t units = 0;
+    while (!text.empty()) {
+        const auto scalar = firstScalar(text);
+        units += scalar.value > 0xFFFF ? 2 : 1;
+        text.remove_prefix(scalar.length);
+    }
+    return units;
+}
+
+std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+
+// What is wrong with what the host gave, to follow "… because "; nullopt when it is right.
+
+std::optional<std::string> faultOfAppToken(std::string_view token) {
+    if (token.empty()) return "the app token is missing";
+    const auto length = utf16Length(token);
+    if (length == appTokenLength) return std::nullopt;
+    return "the app token " + quoted(token) + " has " + std::to_string(length) + " characters, not " +
+           std::to_string(appTokenLength);
+}
+
+std::optional<std::string> faultOfEnvironment(std::string_view environment) {
+    if (environment == ADJEnvironmentSandbox || environment == ADJEnvironmentProduction) return std::nullopt;
+    if (environment.empty()) return "the environment is missing";
+    return "the environment " + quoted(environment) + " is neither " + quoted(ADJEnvironmentSandbox) +
+           " nor " + quoted(ADJEnvironmentProduction);
+}
+
+std::optional<std::string> faultOfRevenue(const ADJRevenue& revenue) {
+    if (!std::isfinite(revenue.amount)) return "its amount is no number";
+    if (revenue.amount < 0) return "its amount is negative";
+    if (revenue.currency.empty()) return "its currency is missing";
+    return std::nullopt;
+}
+
+std::string orVariable(std::string given, const char* name) {
+    if (!given.empty()) return given;
+    const char* const value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+} // namespace
+
+AdjustOptions withEnvironment(AdjustOptions options) {
+    options.endpoint = orVariable(std::move(options.endpoint), "CORVANTILE_ADJUST_ENDPOINT");
+    options.bearerToken = orVariable(std::move(options.bearerToken), "CORVANTILE_ADJUST_TOKEN");
+    while (options.endpoint.ends_with('/')) options.endpoint.pop_back();
+    return options;
+}
 
 struct OutboxAdjust::Parts {
     Parts(std::filesystem::path file, AdjustOptions given, const Ports& ports)
@@ -34,17 +90,17 @@ struct OutboxAdjust::Parts {
             std::make_shared<Outbox>(std::move(file), ports.console,
                                      [queue](std::function<void()> work) { queue->async(std::move(work)); });
         reporter = std::make_shared<DelegateReporter>(outbox, ports.queues->main());
-        courier = std::make_shared<PackageCourier>(
-            CourierOptions{.endpoint = options.endpoint,
-                           .bearerToken = options.bearerToken,
-                           .outbox = outbox,
-                           .http = ports.http,
-                           .random = random,
-                           .log = log,
-                           .queue = queue,
-                           .report = [told = reporter](const auto& package, const auto& answer) {
-                               told->report(package, answer);
-                           }});
+        delivery = std::make_shared<OutboxDelivery>(
+            DeliveryOptions{.endpoint = options.endpoint,
+                            .bearerToken = options.bearerToken,
+                            .outbox = outbox,
+                            .http = ports.http,
+                            .random = random,
+                            .log = log,
+                            .queue = queue,
+                            .report = [reporter = reporter](const auto& package, const auto& answer) {
+                                reporter->report(package, answer);
+                            }});
     }
 
     // What follows with the mutex held.
@@ -53,7 +109,7 @@ struct OutboxAdjust::Parts {
         log->setLevel(config.logLevel());
         sendsInBackground = config.sendInBackground();
         reporter->setDelegate(config.delegate());
-        writer.emplace(senderOf(config, *device, advertising.get()), random);
+        writer.emplace(makeAppIdentity(config, *device, advertising.get()), random);
         usePushToken();
         beActive();
     }
@@ -75,15 +131,16 @@ struct OutboxAdjust::Parts {
     }
 
     void update() {
-        courier->allow(writer && isOnline && (isActive || sendsInBackground) && !options.endpoint.empty());
-        courier->wake();
+        delivery->setEnabled(writer && isOnline && (isActive || sendsInBackground) &&
+                             !options.endpoint.empty());
+        delivery->wake();
     }
 
-    [[nodiscard]] bool isFitRevenue(const ADJEvent& event) const {
+    [[nodiscard]] bool hasValidRevenue(const ADJEvent& event) const {
         if (!event.revenue()) return false;
         const auto fault = faultOfRevenue(*event.revenue());
         if (fault)
-            log->fault("sends the event '" + event.eventToken() + "' without its revenue, because " + *fault +
+            log->error("sends the event '" + event.eventToken() + "' without its revenue, because " + *fault +
                        ".");
         return !fault;
     }
@@ -93,10 +150,10 @@ struct OutboxAdjust::Parts {
         if (transactionId.empty())
             outbox->add(std::move(package));
         else if (!outbox->addUnlessRepeated(package, transactionId))
-            return log->fault("skips an event: its transaction '" + transactionId +
+            return log->error("skips an event: its transaction '" + transactionId +
                               "' has been sent before.");
         if (log->isVerbose()) log->detail("has queued " + name + ".");
-        courier->wake();
+        delivery->wake();
     }
 
     const AdjustOptions options;
@@ -107,7 +164,7 @@ struct OutboxAdjust::Parts {
     const std::shared_ptr<AdjustLog> log;
     std::shared_ptr<Outbox> outbox;
     std::shared_ptr<DelegateReporter> reporter;
-    std::shared_ptr<PackageCourier> courier;
+    std::shared_ptr<OutboxDelivery> delivery;
     std::mutex mutex;
     std::optional<PackageWriter> writer; // from launch on
     std::string pushToken;               // hex; empty: not set in this process
@@ -126,16 +183,16 @@ std::shared_ptr<ADJConfig> OutboxAdjust::makeConfig(const std::string& appToken,
     auto fault = faultOfAppToken(appToken);
     if (!fault) fault = faultOfEnvironment(environment);
     if (!fault) return std::make_shared<ADJConfig>(appToken, environment);
-    parts_->log->fault("cannot be configured, because " + *fault + ".");
+    parts_->log->error("cannot be configured, because " + *fault + ".");
     return std::make_shared<ADJConfig>(std::nullopt, "");
 }
 
 void OutboxAdjust::launch(std::shared_ptr<ADJConfig> config) {
     const std::lock_guard lock(parts_->mutex);
     const auto& log = *parts_->log;
-    if (!config) return log.fault("has not been started: appDidLaunch was given no configuration.");
-    if (!config->isValid()) return log.fault("has not been started: the configuration is not valid.");
-    if (parts_->writer) return log.fault("has been started already: the first configuration stays.");
+    if (!config) return log.error("has not been started: appDidLaunch was given no configuration.");
+    if (!config->isValid()) return log.error("has not been started: the configuration is not valid.");
+    if (parts_->writer) return log.error("has been started already: the first configuration stays.");
     parts_->start(*config);
 }
 
@@ -143,9 +200,9 @@ void OutboxAdjust::send(const ADJEvent& event) {
     const std::lock_guard lock(parts_->mutex);
     const auto& log = *parts_->log;
     if (!parts_->writer)
-        return log.fault("drops the event '" + event.eventToken() + "': it has not been started.");
-    if (event.eventToken().empty()) return log.fault("drops an event: it has no event token.");
-    const bool withRevenue = parts_->isFitRevenue(event);
+        return log.error("drops the event '" + event.eventToken() + "': it has not been started.");
+    if (event.eventToken().empty()) return log.error("drops an event: it has no event token.");
+    const bool withRevenue = parts_->hasValidRevenue(event);
     parts_->add(parts_->writer->event(event, withRevenue, parts_->clock->now()),
                 event.transactionId().value_or(""));
 }
@@ -153,7 +210,7 @@ void OutboxAdjust::send(const ADJEvent& event) {
 void OutboxAdjust::send(const ADJSubscription& subscription) {
     const std::lock_guard lock(parts_->mutex);
     if (!parts_->writer)
-        return parts_->log->fault("drops the subscription '" + subscription.transactionId() +
+        return parts_->log->error("drops the subscription '" + subscription.transactionId() +
                                   "': it has not been started.");
     parts_->add(parts_->writer->subscription(subscription, parts_->clock->now()), "");
 }

@@ -12,26 +12,26 @@ namespace corvantile {
 
 struct SQLiteUserDefaults::Parts {
     explicit Parts(UserDefaultsOptions given)
-        : options(std::move(given)), mirror(options.file, options.console) {}
+        : file(std::move(given.file)),
+          mirror(file, std::move(given.console), std::move(given.inBackground)) {}
 
     // What follows with the mutex held.
 
     const Dictionary& values() {
-        if (hasTurned.load(std::memory_order_relaxed) && hasTurned.exchange(false)) notice();
+        if (hasTurned.load(std::memory_order_relaxed) && hasTurned.exchange(false)) refresh();
         return mirror.values();
     }
 
-    void notice() {
-        mirror.notice();
+    void refresh() {
+        mirror.refresh();
         isBehind = mirror.isBehind();
     }
 
-    const UserDefaultsOptions options;
-    std::atomic<bool> hasTurned{true}; // since somebody looked at the file; at first nobody has
+    const std::filesystem::path file;
+    std::atomic<bool> hasTurned{true}; // since the file was looked at, which the first call does
     std::atomic<bool> isBehind{false};
     std::mutex mutex;
     DefaultsMirror mirror;
-    LogWatch logWatch{longLog};
 };
 
 SQLiteUserDefaults::SQLiteUserDefaults(UserDefaultsOptions options)
@@ -45,7 +45,7 @@ void SQLiteUserDefaults::beginTurn() {
     parts_->hasTurned.store(true, std::memory_order_relaxed);
     if (!parts_->isBehind.load(std::memory_order_relaxed)) return;
     const std::lock_guard lock(parts_->mutex);
-    parts_->notice();
+    parts_->refresh();
 }
 
 std::optional<NSUserDefaults::Value> SQLiteUserDefaults::valueForKey(std::string_view key) const {
@@ -57,17 +57,9 @@ std::optional<NSUserDefaults::Value> SQLiteUserDefaults::valueForKey(std::string
 }
 
 void SQLiteUserDefaults::setValue(std::optional<Value> value, std::string_view forKey) {
-    std::unique_lock lock(parts_->mutex);
+    const std::lock_guard lock(parts_->mutex);
     parts_->mirror.set(forKey, std::move(value));
     parts_->isBehind = parts_->mirror.isBehind();
-    const bool mustEmptyLog = parts_->logWatch.hasGrownLong(parts_->mirror.logPages());
-    lock.unlock();
-    if (!mustEmptyLog) return;
-    auto empty = [file = parts_->options.file] { emptyStateLog(file, DefaultsFile::format); };
-    if (parts_->options.inBackground)
-        parts_->options.inBackground(std::move(empty));
-    else
-        empty();
 }
 
 NSUserDefaults::Dictionary SQLiteUserDefaults::dictionaryRepresentation() const {
@@ -84,7 +76,7 @@ bool SQLiteUserDefaults::synchronize() {
         if (!hasCaughtUp) return false;
     }
     try {
-        DefaultsFile::flush(parts_->options.file);
+        DefaultsFile::flush(parts_->file);
         return true;
     } catch (const SqliteError&) {
         return false;

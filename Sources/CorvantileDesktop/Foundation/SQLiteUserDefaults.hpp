@@ -20,12 +20,11 @@ struct UserDefaultsOptions {
     // the process.
     std::filesystem::path file;
 
-    // Hears when values cannot be written for a time and when they are again, and of a file that was set
+    // Gets a line when values cannot be written for a time, when they are again, and when a file was moved
     // aside. Not null.
     std::shared_ptr<Console> console;
 
-    // Runs work that waits for the disk and that nobody waits for, on another thread or never. Empty: the set
-    // that caused it does it.
+    // Runs work that waits for the disk, on another thread or never. Empty: the set that caused it does it.
     std::function<void(std::function<void()>)> inBackground;
 };
 
@@ -47,8 +46,8 @@ public:
     explicit SQLiteUserDefaults(UserDefaultsOptions options);
     ~SQLiteUserDefaults() override;
 
-    // Another turn of the main loop: who asks next sees what other processes have written by then, and what
-    // had to wait is written if it can be. Costs next to nothing. Threads: any.
+    // Call once per turn of the main loop: the next read sees what other processes have written by then, and
+    // what was refused is written if it can be. Costs next to nothing. Threads: any.
     void beginTurn();
 
     [[nodiscard]] std::optional<Value> valueForKey(std::string_view key) const override;
@@ -56,7 +55,7 @@ public:
     [[nodiscard]] Dictionary dictionaryRepresentation() const override;
     bool synchronize() override;
 
-    // Looks at a file as it stands; nothing is set aside.
+    // Reads a file as it stands; nothing is moved aside.
     [[nodiscard]] static UserDefaultsInspection inspect(const std::filesystem::path& file);
 
 private:

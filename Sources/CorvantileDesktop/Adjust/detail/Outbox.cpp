@@ -1,17 +1,19 @@
 #include "CorvantileDesktop/Adjust/detail/Outbox.hpp"
 
-#include "CorvantileDesktop/Adjust/detail/OutboxMemory.hpp"
-#include "CorvantileDesktop/Adjust/detail/TransactionMemory.hpp"
-
 #include <algorithm>
 #include <cmath>
 #include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
 
 namespace corvantile {
 
 namespace {
 
 namespace memory = outboxmemory;
+
+constexpr int longOutboxLog = 200; // pages
 
 std::string wholeSeconds(Date date) {
     return std::to_string(static_cast<std::int64_t>(std::floor(date.secondsSinceUnixEpoch())));
@@ -21,30 +23,48 @@ double createdAt(const OutboxPackage& package) { return entryOf(package).created
 
 } // namespace
 
-Outbox::Outbox(std::filesystem::path file, std::shared_ptr<Console> console, Background inBackground)
-    : connection_(std::move(file), std::move(console), std::move(inBackground)) {}
+Outbox::Outbox(std::filesystem::path file, std::shared_ptr<Console> console, BackgroundRunner inBackground)
+    : file_({.path = std::move(file),
+             .console = std::move(console),
+             .inBackground = std::move(inBackground),
+             .longLog = longOutboxLog,
+             .subject = "Adjust's packages",
+             .ofLoss = "that waited are lost from view",
+             .afterLoss = " A new outbox has begun.",
+             .onDamage = nullptr}) {}
 
 Outbox::~Outbox() {
-    if (!held_.isEmpty()) connection_.catchUp(held_);
+    if (!unwritten_.isEmpty()) catchUp();
+}
+
+// At most once a second, opens the file if need be, looks whether others replaced it, and writes what it
+// refused.
+void Outbox::refresh() {
+    if (file_.isPaused()) return;
+    file_.pause();
+    if (file_.get() == nullptr || !unwritten_.isEmpty() || file_.hasMoved()) catchUp();
+}
+
+void Outbox::catchUp() {
+    if (file_.hasMoved()) claim_ = Descriptor(); // its file may have gone as well
+    file_.catchUp([](const OutboxFile&) {},
+                  [this](OutboxFile& file) {
+                      if (!unwritten_.isEmpty()) unwritten_.writeTo(file);
+                  });
 }
 
 void Outbox::add(OutboxPackage package) {
     const std::lock_guard lock(mutex_);
-    connection_.look(held_);
-    if (canWrite()) try {
-            connection_.file()->add(package);
-            return connection_.keepLogShort();
-        } catch (const SqliteError& error) {
-            connection_.fail(error);
-        }
-    held_.add(std::move(package));
+    refresh();
+    if (canWrite() && file_.attempt([&](OutboxFile& file) { file.add(package); })) return;
+    unwritten_.add(std::move(package));
 }
 
 bool Outbox::addUnlessRepeated(const OutboxPackage& package, const std::string& transactionId) {
     const std::lock_guard lock(mutex_);
     bool isRepeated = false;
     apply([&] {
-        auto transactions = withTransaction(known(memory::transactions), transactionId);
+        auto transactions = memory::withTransaction(known(memory::transactions), transactionId);
         isRepeated = !transactions;
         OutboxChange change;
         if (isRepeated) return change;
@@ -72,7 +92,7 @@ void Outbox::noteActivity(Date now) { remember(memory::lastActive, wholeSeconds(
 
 std::optional<std::string> Outbox::remembered(std::string_view name) {
     const std::lock_guard lock(mutex_);
-    connection_.look(held_);
+    refresh();
     return known(name);
 }
 
@@ -83,46 +103,49 @@ void Outbox::remember(std::string_view name, std::string value) {
 
 // Decided and written as one, if the file can be written; then also against other processes.
 void Outbox::apply(const std::function<OutboxChange()>& decide) {
-    connection_.look(held_);
-    if (canWrite()) {
-        auto& file = *connection_.file();
-        try {
-            file.begin();
+    refresh();
+    const auto write = [&](OutboxFile& file) {
+        file.transact([&] {
             const auto change = decide();
             for (const auto& package : change.packages) file.add(package);
             for (const auto& [name, value] : change.values) file.setValue(name, value);
-            file.commit();
-            return connection_.keepLogShort();
-        } catch (const SqliteError& error) {
-            file.rollBack();
-            connection_.fail(error);
-        }
-    }
-    held_.add(decide());
+        });
+    };
+    if (canWrite() && file_.attempt(write)) return;
+    unwritten_.add(decide());
 }
 
 bool Outbox::claim() {
     const std::lock_guard lock(mutex_);
-    connection_.look(held_);
-    return connection_.claim();
+    refresh();
+    return claimFile();
+}
+
+bool Outbox::claimFile() {
+    if (claim_ || file_.get() == nullptr) return true;
+    auto name = file_.path();
+    name += ".claim";
+    Descriptor file(::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!file || ::flock(file.value(), LOCK_EX | LOCK_NB) != 0) return false;
+    claim_ = std::move(file);
+    return true;
 }
 
 void Outbox::release() {
     const std::lock_guard lock(mutex_);
-    connection_.release();
+    claim_ = Descriptor();
 }
 
 std::optional<OutboxPackage> Outbox::front() {
     const std::lock_guard lock(mutex_);
-    connection_.look(held_);
-    if (const auto* const file = connection_.file(); file != nullptr && connection_.claim()) try {
-            auto package = file->firstWaiting();
-            while (package && held_.hasDelivered(*package)) package = file->firstWaiting(package->number);
-            if (package) return package;
-        } catch (const SqliteError& error) {
-            connection_.fail(error);
-        }
-    return held_.firstWaiting();
+    refresh();
+    std::optional<OutboxPackage> package;
+    if (claimFile())
+        file_.attempt([&](const OutboxFile& file) {
+            package = file.firstWaiting();
+            while (package && unwritten_.hasDelivered(*package)) package = file.firstWaiting(package->number);
+        });
+    return package ? package : unwritten_.firstWaiting();
 }
 
 void Outbox::record(OutboxPackage package, PackageState state, DeliveryAnswer answer) {
@@ -131,43 +154,36 @@ void Outbox::record(OutboxPackage package, PackageState state, DeliveryAnswer an
     ++package.tries;
     answer.text.resize(std::min(answer.text.size(), OutboxFile::keptBytes));
     package.lastAnswer = std::move(answer);
-    if (held_.record(package)) return;
-    if (canWrite()) try {
-            connection_.file()->record(package);
-            return connection_.keepLogShort();
-        } catch (const SqliteError& error) {
-            connection_.fail(error);
-        }
-    held_.addAttempt(std::move(package));
+    if (unwritten_.record(package)) return;
+    if (canWrite() && file_.attempt([&](OutboxFile& file) { file.record(package); })) return;
+    unwritten_.addAttempt(std::move(package));
 }
 
 std::vector<OutboxEntry> Outbox::entries() {
     const std::lock_guard lock(mutex_);
-    connection_.look(held_);
+    refresh();
     std::vector<OutboxEntry> found;
-    if (auto* const file = connection_.file()) try {
-            for (const auto& package : file->packages()) found.push_back(entryOf(package));
-        } catch (const SqliteError& error) {
-            connection_.fail(error);
-        }
-    for (const auto& package : held_.packages()) found.push_back(entryOf(package));
+    file_.attempt([&](const OutboxFile& file) {
+        for (const auto& package : file.packages()) found.push_back(entryOf(package));
+    });
+    for (const auto& package : unwritten_.packages()) found.push_back(entryOf(package));
     return found;
 }
 
 std::optional<std::string> Outbox::known(std::string_view name) {
-    if (auto held = held_.value(name)) return held;
-    if (auto* const file = connection_.file()) try {
+    if (auto unwritten = unwritten_.value(name)) return unwritten;
+    if (const auto* const file = file_.get()) try {
             return file->value(name);
         } catch (const SqliteError&) {
-            // Whoever writes next finds out, and says so.
+            // The next write fails as well, which is reported.
         }
     return std::nullopt;
 }
 
 double Outbox::lastActivity() {
     auto last = static_cast<double>(memory::number(known(memory::lastActive)));
-    if (!held_.packages().empty()) last = std::max(last, createdAt(held_.packages().back()));
-    if (auto* const file = connection_.file()) try {
+    if (!unwritten_.packages().empty()) last = std::max(last, createdAt(unwritten_.packages().back()));
+    if (const auto* const file = file_.get()) try {
             if (const auto newest = file->newest()) last = std::max(last, createdAt(*newest));
         } catch (const SqliteError&) {
             // As above.
@@ -175,7 +191,7 @@ double Outbox::lastActivity() {
     return last;
 }
 
-// In order: nothing overtakes what is held.
-bool Outbox::canWrite() const { return connection_.file() != nullptr && held_.isEmpty(); }
+// In order: nothing overtakes what is still to be written.
+bool Outbox::canWrite() const { return file_.get() != nullptr && unwritten_.isEmpty(); }
 
 } // namespace corvantile

@@ -1,8 +1,10 @@
 #include "CorvantileDesktop/Adjust/detail/OutboxFile.hpp"
 
+#include "CorvantileDesktop/Adjust/detail/FormText.hpp"
 #include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 
 #include <algorithm>
+#include <charconv>
 #include <system_error>
 #include <utility>
 
@@ -65,6 +67,46 @@ std::optional<OutboxPackage> onePackage(SqliteRun run) {
 
 } // namespace
 
+namespace outboxmemory {
+
+std::int64_t number(const std::optional<std::string>& text) {
+    std::int64_t number = 0;
+    if (text) std::from_chars(text->data(), text->data() + text->size(), number);
+    return number;
+}
+
+// A form whose fields are named by place, with one digit each: decoded, they come in this order.
+static_assert(keptTransactions <= 10);
+
+std::optional<std::string> withTransaction(const std::optional<std::string>& known,
+                                           const std::string& identifier) {
+    std::vector<std::string> identifiers;
+    for (const auto& field : formFields(known.value_or(""))) identifiers.push_back(field.second);
+    if (std::find(identifiers.begin(), identifiers.end(), identifier) != identifiers.end())
+        return std::nullopt;
+    if (identifiers.size() == keptTransactions) identifiers.erase(identifiers.begin());
+    identifiers.push_back(identifier);
+    std::string text;
+    for (std::size_t place = 0; place < identifiers.size(); ++place)
+        appendFormField(text, std::to_string(place), identifiers[place]);
+    return text;
+}
+
+static std::string withTransactions(std::string known, const std::string& later) {
+    for (const auto& field : formFields(later))
+        if (auto more = withTransaction(known, field.second)) known = std::move(*more);
+    return known;
+}
+
+std::string merged(std::string_view name, const std::optional<std::string>& filed,
+                   const std::string& unwritten) {
+    if (name == transactions) return withTransactions(filed.value_or(""), unwritten);
+    if (name == sessions && number(filed) > number(unwritten)) return *filed;
+    return unwritten;
+}
+
+} // namespace outboxmemory
+
 const StateFormat OutboxFile::format = {
     .applicationIdentifier = 0x43564F42, // "CVOB"
     .version = 1,
@@ -73,7 +115,9 @@ const StateFormat OutboxFile::format = {
         "CREATE TABLE packages (number INTEGER PRIMARY KEY, identifier BLOB NOT NULL, kind TEXT NOT NULL,"
         " state TEXT NOT NULL DEFAULT 'waiting', tries INTEGER NOT NULL DEFAULT 0, status INTEGER,"
         " answer BLOB, form BLOB NOT NULL) STRICT;"
-        "CREATE TABLE memory (name BLOB PRIMARY KEY NOT NULL, value BLOB NOT NULL) STRICT, WITHOUT ROWID"};
+        "CREATE TABLE memory (name BLOB PRIMARY KEY NOT NULL, value BLOB NOT NULL) STRICT, WITHOUT ROWID",
+    .query = "SELECT number, identifier, kind, state, tries, status, answer, form, name, value"
+             " FROM packages, memory"};
 
 // Every parameter is a blob; texts and integers are cast from theirs.
 OutboxFile::OutboxFile(std::unique_ptr<SqliteDatabase> database)
@@ -98,12 +142,6 @@ OutboxFile::OutboxFile(std::unique_ptr<SqliteDatabase> database)
 void OutboxFile::add(const OutboxPackage& package) {
     add_.at(static_cast<std::size_t>(package.kind)).run({package.identifier, package.form}).next();
 }
-
-void OutboxFile::begin() { database_->execute("BEGIN IMMEDIATE"); }
-
-void OutboxFile::commit() { database_->execute("COMMIT"); }
-
-void OutboxFile::rollBack() { database_->rollBack(); }
 
 void OutboxFile::addOnce(const OutboxPackage& package) {
     addOnce_.run({package.identifier, nameOf(kindNames, package.kind), package.form}).next();

@@ -4,6 +4,7 @@
 #include "CorvantileDesktop/detail/Storage/StateDatabase.hpp"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -11,9 +12,37 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace corvantile {
+
+// The values that are kept beside the packages, as texts by name.
+namespace outboxmemory {
+
+inline constexpr std::string_view sessions = "sessions";         // how many there have been
+inline constexpr std::string_view lastActive = "last-active";    // Unix seconds
+inline constexpr std::string_view pushToken = "push-token";      // hex
+inline constexpr std::string_view transactions = "transactions"; // the last ones, as a form
+inline constexpr std::string_view attribution = "attribution";   // what the server reported last
+
+// How many transactions are remembered.
+inline constexpr std::size_t keptTransactions = 10;
+
+// 0 without a text.
+[[nodiscard]] std::int64_t number(const std::optional<std::string>& text);
+
+// The transactions in `known` and one more, without the oldest if there are too many; nullopt when that one
+// is in it.
+[[nodiscard]] std::optional<std::string> withTransaction(const std::optional<std::string>& known,
+                                                         const std::string& identifier);
+
+// What to write where the file has `filed`, and a process that could not always read it has `unwritten`: it
+// may have begun from nothing.
+[[nodiscard]] std::string merged(std::string_view name, const std::optional<std::string>& filed,
+                                 const std::string& unwritten);
+
+} // namespace outboxmemory
 
 // What is to be written together.
 struct OutboxChange {
@@ -36,14 +65,15 @@ public:
 
     // Survives the end of the process once the call has returned.
     void add(const OutboxPackage& package);
-    // Between `begin` and `commit` or `rollBack`, nobody else writes.
-    void begin();
-    void commit();
-    void rollBack();
+    // What `work` writes is written as a whole or not at all, and nothing else is written meanwhile.
+    template <class Work>
+    void transact(Work work) {
+        database_->transact(std::move(work));
+    }
 
     // Adds a package in any state, unless it is there.
     void addOnce(const OutboxPackage& package);
-    // Writes down an attempt to deliver it.
+    // Stores the result of an attempt to deliver it.
     void record(const OutboxPackage& package);
 
     // The first that waits, after that number.
@@ -73,7 +103,7 @@ private:
     std::int64_t delivered_ = 0; // nothing up to that number waits
 };
 
-// Looks at a file as it stands; nothing is set aside.
+// Reads a file as it stands; nothing is moved aside.
 [[nodiscard]] OutboxInspection inspectOutbox(const std::filesystem::path& file);
 
 } // namespace corvantile

@@ -1,11 +1,14 @@
 #include "CorvantileDesktop/Adjust/detail/ServerAnswer.hpp"
 
+#include "CorvantileDesktop/Adjust/detail/Outbox.hpp"
+#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
 
 #include <nlohmann/json.hpp>
 
 #include <string_view>
+#include <utility>
 
 namespace corvantile {
 
@@ -58,6 +61,44 @@ bool isPlainOk(std::string_view text) {
            text.substr(begin, text.find_last_not_of(" \t\r\n") - begin + 1) == "OK";
 }
 
+void reportEvent(AdjustDelegate& delegate, const std::string& eventToken, const ServerAnswer& answer) {
+    if (answer.isSuccess)
+        delegate.adjustEventTrackingSucceeded(ADJEventSuccess{.message = answer.message,
+                                                              .timeStamp = answer.timeStamp,
+                                                              .adid = answer.adid,
+                                                              .eventToken = eventToken,
+                                                              .jsonResponse = answer.json});
+    else
+        delegate.adjustEventTrackingFailed(ADJEventFailure{.message = answer.message,
+                                                           .timeStamp = answer.timeStamp,
+                                                           .adid = answer.adid,
+                                                           .eventToken = eventToken,
+                                                           .willRetry = !answer.isAnswer,
+                                                           .jsonResponse = answer.json});
+}
+
+void reportSession(AdjustDelegate& delegate, const ServerAnswer& answer) {
+    if (answer.isSuccess)
+        delegate.adjustSessionTrackingSucceeded(ADJSessionSuccess{.message = answer.message,
+                                                                  .timeStamp = answer.timeStamp,
+                                                                  .adid = answer.adid,
+                                                                  .jsonResponse = answer.json});
+    else
+        delegate.adjustSessionTrackingFailed(ADJSessionFailure{.message = answer.message,
+                                                               .timeStamp = answer.timeStamp,
+                                                               .adid = answer.adid,
+                                                               .willRetry = !answer.isAnswer,
+                                                               .jsonResponse = answer.json});
+}
+
+void reportAttempt(AdjustDelegate& delegate, const OutboxPackage& package, const ServerAnswer& answer) {
+    switch (package.kind) {
+    case PackageKind::session: return reportSession(delegate, answer);
+    case PackageKind::event: return reportEvent(delegate, entryOf(package).eventToken, answer);
+    case PackageKind::subscription: return;
+    }
+}
+
 } // namespace
 
 ServerAnswer answerOf(const HTTPResponse& response) {
@@ -80,6 +121,31 @@ ServerAnswer noAnswer(const std::exception_ptr& error) {
     answer.text = localizedDescription(error);
     answer.message = answer.text;
     return answer;
+}
+
+DelegateReporter::DelegateReporter(std::shared_ptr<Outbox> outbox, std::shared_ptr<DispatchQueue> main)
+    : outbox_(std::move(outbox)), main_(std::move(main)) {}
+
+void DelegateReporter::setDelegate(std::weak_ptr<AdjustDelegate> delegate) {
+    const std::lock_guard lock(mutex_);
+    delegate_ = std::move(delegate);
+}
+
+void DelegateReporter::report(const OutboxPackage& package, const ServerAnswer& answer) {
+    const std::lock_guard lock(mutex_);
+    main_->async([weak = delegate_, package, answer, isAttributionNew = isNewAttribution(answer)] {
+        const auto delegate = weak.lock();
+        if (!delegate) return;
+        reportAttempt(*delegate, package, answer);
+        if (isAttributionNew) delegate->adjustAttributionChanged(answer.attribution);
+    });
+}
+
+bool DelegateReporter::isNewAttribution(const ServerAnswer& answer) {
+    if (!answer.attribution || outbox_->remembered(outboxmemory::attribution) == answer.attributionText)
+        return false;
+    outbox_->remember(outboxmemory::attribution, answer.attributionText);
+    return true;
 }
 
 } // namespace corvantile

@@ -9,7 +9,8 @@ const StateFormat DefaultsFile::format = {
     .version = 1,
     .content = "user defaults",
     .tables =
-        "CREATE TABLE defaults (key BLOB PRIMARY KEY NOT NULL, value ANY NOT NULL) STRICT, WITHOUT ROWID"};
+        "CREATE TABLE defaults (key BLOB PRIMARY KEY NOT NULL, value ANY NOT NULL) STRICT, WITHOUT ROWID",
+    .query = "SELECT key, value FROM defaults"};
 
 DefaultsFile::DefaultsFile(std::unique_ptr<SqliteDatabase> database)
     : database_(std::move(database)),
@@ -48,14 +49,9 @@ void DefaultsFile::write(std::string_view key, const Change& change) {
 }
 
 void DefaultsFile::write(const Changes& changes) {
-    database_->execute("BEGIN IMMEDIATE");
-    try {
+    database_->transact([&] {
         for (const auto& [key, change] : changes) write(key, change);
-        database_->execute("COMMIT");
-    } catch (const SqliteError&) {
-        database_->rollBack();
-        throw;
-    }
+    });
 }
 
 std::int64_t DefaultsFile::version() {

@@ -1,6 +1,6 @@
 #include "CorvantileDesktop/Foundation/detail/DefaultsMirror.hpp"
 
-#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
 
 #include <string>
 #include <utility>
@@ -8,9 +8,6 @@
 namespace corvantile {
 
 namespace {
-
-// A turn of the main loop may take microseconds; a full disk is asked less often.
-constexpr std::chrono::seconds attemptInterval{1};
 
 void apply(const DefaultsFile::Change& change, std::string_view key, NSUserDefaults::Dictionary& values) {
     const auto found = values.find(key);
@@ -24,85 +21,61 @@ void apply(const DefaultsFile::Change& change, std::string_view key, NSUserDefau
 
 } // namespace
 
-DefaultsMirror::DefaultsMirror(std::filesystem::path path, std::shared_ptr<Console> console)
-    : path_(std::move(path)), console_(std::move(console)) {}
+DefaultsMirror::DefaultsMirror(std::filesystem::path path, std::shared_ptr<Console> console,
+                               BackgroundRunner inBackground)
+    : file_({.path = std::move(path),
+             .console = std::move(console),
+             .inBackground = std::move(inBackground),
+             .longLog = SQLiteUserDefaults::longLog,
+             .subject = "User defaults",
+             .ofLoss = "began anew",
+             .afterLoss = "",
+             // Everything that this process knows is worth saving.
+             .onDamage = [this] {
+                 for (const auto& [key, value] : values_) unwritten_.try_emplace(key, value);
+             }}) {}
 
 void DefaultsMirror::set(std::string_view key, std::optional<NSUserDefaults::Value> value) {
     apply(value, key, values_);
-    if (path_.empty()) return;
+    if (file_.path().empty()) return;
     const bool wasBehind = isBehind();
-    if (!wasBehind && isWritten(key, value)) return;
+    if (!wasBehind && file_.attempt([&](DefaultsFile& file) { file.write(key, value); })) return;
     unwritten_.insert_or_assign(std::string(key), std::move(value));
-    if (wasBehind || !file_) catchUp();
+    if (wasBehind || file_.get() == nullptr) catchUp();
 }
 
-bool DefaultsMirror::isWritten(std::string_view key, const DefaultsFile::Change& change) {
-    try {
-        file_->write(key, change);
-        return true;
-    } catch (const SqliteError& error) {
-        fail(error);
-        return false;
-    }
-}
-
-void DefaultsMirror::notice() {
-    if (path_.empty()) return;
+void DefaultsMirror::refresh() {
+    if (file_.path().empty()) return;
     if (isBehind()) {
-        if (std::chrono::steady_clock::now() >= nextAttempt_) catchUp();
+        if (!file_.isPaused()) catchUp();
         return;
     }
-    try {
-        if (file_->hasMoved())
-            open();
-        else if (file_->hasChangedElsewhere())
-            values_ = file_->load();
-    } catch (const SqliteError& error) {
-        fail(error);
-        if (!file_) catchUp();
+    if (file_.hasMoved()) {
+        catchUp();
+        return;
     }
+    const bool isRead = file_.attempt([this](DefaultsFile& file) {
+        if (file.hasChangedElsewhere()) values_ = file.load();
+    });
+    if (!isRead && file_.get() == nullptr) catchUp();
 }
 
 bool DefaultsMirror::catchUp() {
-    if (path_.empty()) return false;
-    try {
-        if (!file_ || file_->hasMoved()) open();
-        if (!unwritten_.empty()) file_->write(unwritten_);
-    } catch (const SqliteError& error) {
-        fail(error);
-        return false;
-    }
-    unwritten_.clear();
-    if (std::exchange(hasComplained_, false))
-        say("User defaults are written again to " + path_.string() + ".");
-    return true;
+    const bool hasEverything = file_.catchUp([this](DefaultsFile& file) { load(file); },
+                                             [this](DefaultsFile& file) {
+                                                 if (!unwritten_.empty()) file.write(unwritten_);
+                                             });
+    if (hasEverything) unwritten_.clear();
+    return hasEverything;
 }
 
-bool DefaultsMirror::isBehind() const { return !path_.empty() && (!file_ || !unwritten_.empty()); }
+bool DefaultsMirror::isBehind() const {
+    return !file_.path().empty() && (file_.get() == nullptr || !unwritten_.empty());
+}
 
-void DefaultsMirror::open() {
-    file_.reset();
-    auto opened = openOrBeginState(path_, DefaultsFile::format);
-    if (opened.setAside)
-        say("User defaults began anew: " + path_.string() + " cannot be used (" + opened.reason +
-            ") and was set aside as " + opened.setAside->filename().string() + ".");
-    auto file = std::make_unique<DefaultsFile>(std::move(opened.database));
-    values_ = file->load();
+void DefaultsMirror::load(DefaultsFile& file) {
+    values_ = file.load();
     for (const auto& [key, change] : unwritten_) apply(change, key, values_);
-    file_ = std::move(file);
 }
-
-void DefaultsMirror::fail(const SqliteError& error) {
-    // Of a file that was damaged under our hands, everything that we know is worth saving.
-    if (error.isUnreadable())
-        for (const auto& [key, value] : values_) unwritten_.try_emplace(key, value);
-    if (!error.mayPass()) file_.reset();
-    nextAttempt_ = std::chrono::steady_clock::now() + attemptInterval;
-    if (!std::exchange(hasComplained_, true))
-        say("User defaults cannot be written to " + path_.string() + " (" + error.what() +
-            "). They stay in memory until they can be.");
-}
-
-void DefaultsMirror::say(const std::string& text) const { console_->print("Corvantile: " + text); }
 
 } // namespace corvantile

@@ -9,7 +9,9 @@ namespace corvantile {
 
 namespace {
 
-// What SQLite says becomes the store's own error at this edge.
+constexpr int longStoreLog = 1000; // pages
+
+// A SqliteError leaves here as the store's own error.
 template <class Act>
 auto translated(const std::filesystem::path& file, Act act) {
     try {
@@ -27,7 +29,8 @@ const StateFormat StoreFile::format = {
     .version = 1,
     .content = "local store",
     .tables =
-        "CREATE TABLE records (key BLOB PRIMARY KEY NOT NULL, value BLOB NOT NULL) STRICT, WITHOUT ROWID"};
+        "CREATE TABLE records (key BLOB PRIMARY KEY NOT NULL, value BLOB NOT NULL) STRICT, WITHOUT ROWID",
+    .query = "SELECT key, value FROM records"};
 
 struct StoreFile::Connection {
     explicit Connection(std::unique_ptr<SqliteDatabase> opened)
@@ -52,18 +55,14 @@ struct StoreFile::Connection {
         }
     }
 
-    // False: somebody has committed since `loaded`.
+    // False: another connection has committed since `loaded`.
     [[nodiscard]] bool commit(const Changes& changes, std::int64_t loaded) const {
-        database->execute("BEGIN IMMEDIATE");
-        try {
-            const bool isUpToDate = dataVersion() == loaded;
+        bool isUpToDate = false;
+        database->transact([&] {
+            isUpToDate = dataVersion() == loaded;
             if (isUpToDate) write(changes);
-            database->execute(isUpToDate ? "COMMIT" : "ROLLBACK");
-            return isUpToDate;
-        } catch (const SqliteError&) {
-            database->rollBack();
-            throw;
-        }
+        });
+        return isUpToDate;
     }
 
     const std::unique_ptr<SqliteDatabase> database;
@@ -73,21 +72,22 @@ struct StoreFile::Connection {
     const SqliteStatement version;
 };
 
-StoreFile::StoreFile(StoreFileOptions options) : options_(std::move(options)) {}
+StoreFile::StoreFile(StoreFileOptions options)
+    : file_(std::move(options.file)),
+      console_(std::move(options.console)),
+      trimmer_(file_, format, longStoreLog, std::move(options.inBackground)) {}
+
 StoreFile::~StoreFile() = default;
 
 void StoreFile::open() {
     connection_.reset();
-    auto opened = openOrBeginState(options_.file, format);
-    if (opened.setAside && options_.console)
-        options_.console->print("The store began anew: " + options_.file.string() + " cannot be used (" +
-                                opened.reason + ") and was set aside as " +
-                                opened.setAside->filename().string() + ".");
+    auto opened = openOrBeginState(file_, format);
+    if (!opened.loss.empty() && console_) console_->print("The store began anew: " + opened.loss);
     connection_ = std::make_unique<Connection>(std::move(opened.database));
 }
 
 StoreStorage::Rows StoreFile::load() {
-    return translated(options_.file, [&] {
+    return translated(file_, [&] {
         if (!connection_ || connection_->database->hasMoved()) open();
         // Asked for before the rows: what is written in between is read now and once more later.
         loadedVersion_ = connection_->dataVersion();
@@ -99,23 +99,18 @@ StoreStorage::Rows StoreFile::load() {
 }
 
 bool StoreFile::hasChangedElsewhere() {
-    return translated(options_.file, [&] {
+    return translated(file_, [&] {
         return !connection_ || connection_->database->hasMoved() ||
                connection_->dataVersion() != loadedVersion_;
     });
 }
 
 bool StoreFile::commit(const Changes& changes) {
-    return translated(options_.file, [&] {
+    return translated(file_, [&] {
         if (!connection_ || !connection_->commit(changes, loadedVersion_)) return false;
-        emptyLongLog();
+        trimmer_.noteWrite(connection_->database->logPages());
         return true;
     });
-}
-
-void StoreFile::emptyLongLog() {
-    if (logWatch_.hasGrownLong(connection_->database->logPages()))
-        options_.inBackground([file = options_.file] { emptyStateLog(file, format); });
 }
 
 std::string faultOfStoreFile(const std::filesystem::path& file) {

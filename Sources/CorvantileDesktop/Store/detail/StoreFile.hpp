@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -16,10 +15,9 @@ class Console;
 
 struct StoreFileOptions {
     std::filesystem::path file;
-    // Hears when a file had to be set aside. May be null.
+    // Gets a line when a file was moved aside. May be null.
     std::shared_ptr<Console> console;
-    // Runs work that waits for the disk, on another thread or never.
-    std::function<void(std::function<void()>)> inBackground;
+    BackgroundRunner inBackground;
 };
 
 // What a local store remembers, in an SQLite file; Docs/Files/Store.md describes it. It is opened, or begun,
@@ -38,15 +36,15 @@ public:
 private:
     struct Connection;
     void open();
-    void emptyLongLog();
 
-    const StoreFileOptions options_;
+    const std::filesystem::path file_;
+    const std::shared_ptr<Console> console_;
     std::unique_ptr<Connection> connection_;
     std::int64_t loadedVersion_ = 0;
-    LogWatch logWatch_{1000};
+    LogTrimmer trimmer_;
 };
 
-// Reads a store's file as it stands: why it cannot be used, or nothing.
+// Reads a store's file as it stands and returns why it cannot be used; empty when it can.
 [[nodiscard]] CORVANTILE_API std::string faultOfStoreFile(const std::filesystem::path& file);
 
 } // namespace corvantile

@@ -41,12 +41,6 @@ bool writeTemporary(const fs::path& file, std::string_view bytes) {
     return target.value() >= 0 && writeAll(target.value(), bytes) && ::fsync(target.value()) == 0;
 }
 
-// Without it a power loss could undo the renaming. A file system that cannot do so is no reason to fail.
-void syncFolderOf(const fs::path& file) {
-    const Descriptor folder(::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder.value() >= 0) ::fsync(folder.value());
-}
-
 // Some file systems cannot refuse to replace; there the last of two writers wins.
 WriteResult moveIntoPlace(const fs::path& from, const fs::path& to, bool mayReplace) {
     const unsigned flags = mayReplace ? 0U : static_cast<unsigned>(RENAME_NOREPLACE);
@@ -61,7 +55,7 @@ WriteResult write(const fs::path& file, std::string_view bytes, bool mayReplace)
     auto result = WriteResult::failed;
     if (writeTemporary(temporary, bytes)) result = moveIntoPlace(temporary, file, mayReplace);
     if (result == WriteResult::written)
-        syncFolderOf(file);
+        syncFolder(file.parent_path());
     else
         ::unlink(temporary.c_str());
     return result;
@@ -82,6 +76,11 @@ WriteResult writeNewFile(const fs::path& file, std::string_view bytes) { return 
 
 bool replaceFile(const fs::path& file, std::string_view bytes) {
     return write(file, bytes, true) == WriteResult::written;
+}
+
+void syncFolder(const fs::path& folder) {
+    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened) ::fsync(opened.value());
 }
 
 bool makePrivateFolder(const fs::path& folder) {

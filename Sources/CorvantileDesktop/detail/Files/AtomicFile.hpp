@@ -23,4 +23,8 @@ enum class WriteResult { written, exists, failed };
 // Makes the folder, and those above it, unless it is there. False when that fails.
 [[nodiscard]] bool makePrivateFolder(const std::filesystem::path& folder);
 
+// What was made or renamed in the folder survives a power loss. A file system that cannot do so is no reason
+// to fail.
+void syncFolder(const std::filesystem::path& folder);
+
 } // namespace corvantile

@@ -91,7 +91,10 @@ void SqliteDatabase::execute(const char* statements) {
     check(sqlite3_exec(database_.get(), statements, nullptr, nullptr, nullptr));
 }
 
-void SqliteDatabase::rollBack() { sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr); }
+// SQLite may have done so already: then this does nothing.
+void SqliteDatabase::rollBack() noexcept {
+    sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+}
 
 std::int64_t SqliteDatabase::integer(std::string_view query) {
     int code = SQLITE_OK;

@@ -80,8 +80,18 @@ public:
 
     // Any number of statements, whose rows are passed over.
     void execute(const char* statements);
-    // Ends a transaction that failed, whether or not SQLite has done so already. Throws nothing.
-    void rollBack();
+    // Runs `work` as one transaction, which takes the write lock first. Rolls back when it throws.
+    template <class Work>
+    void transact(Work work) {
+        execute("BEGIN IMMEDIATE");
+        try {
+            work();
+            execute("COMMIT");
+        } catch (...) {
+            rollBack();
+            throw;
+        }
+    }
     // The first column of the first row; 0 when there is none.
     [[nodiscard]] std::int64_t integer(std::string_view query);
     // A statement that is kept.
@@ -108,6 +118,7 @@ private:
     };
     [[noreturn]] void fail(int code) const;
     void check(int code) const;
+    void rollBack() noexcept;
     void noticeLog();
 
     std::unique_ptr<sqlite3, Close> database_;

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -20,6 +21,10 @@ namespace fs = std::filesystem;
 
 [[noreturn]] void cannotOpen(const char* why) { throw SqliteError(SQLITE_CANTOPEN, why); }
 
+[[noreturn]] void isOfAnotherKind(const StateFormat& format) {
+    throw SqliteError(SQLITE_NOTADB, std::string("it holds no ") + format.content);
+}
+
 bool isTaken(const fs::path& file) {
     std::error_code error;
     return fs::symlink_status(file, error).type() != fs::file_type::not_found;
@@ -31,17 +36,18 @@ bool canBeRead(const fs::path& file) {
 }
 
 // Rather than that the disk is full, or the process out of descriptors.
-bool isUnusable(const fs::path& file, const SqliteError& error) {
-    return error.isUnreadable() || (error.code() == SQLITE_CANTOPEN && !canBeRead(file));
+bool isUnusable(const fs::path& file, const StateFormat& format, const SqliteError& error) {
+    const bool isReplaceable = !format.isDurable && error.code() == SQLITE_CANTOPEN;
+    return error.isUnreadable() || (isReplaceable && !canBeRead(file));
 }
 
-// While it is open, no other process begins a file in the folder or sets one aside.
+// While it is open, no other process begins a file in the folder or moves one aside.
 Descriptor lockedFolder(const fs::path& folder) {
     Descriptor lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!lock) cannotOpen("the folder cannot be opened");
-    if (const int error = lockFile(lock); error != 0)
-        cannotOpen(error == EWOULDBLOCK ? "another process holds the folder's lock"
-                                        : "the folder cannot be locked");
+    const int error = lockFile(lock);
+    if (error == EWOULDBLOCK) throw SqliteError(SQLITE_BUSY, "another process holds the folder's lock");
+    if (error != 0) cannotOpen("the folder cannot be locked");
     return lock;
 }
 
@@ -49,82 +55,101 @@ std::string mark(const StateFormat& format) {
     return "PRAGMA application_id = " + std::to_string(format.applicationIdentifier) + ";";
 }
 
-// The write-ahead mode comes last: what is made before it is all in the one file. Nothing here waits for the
-// disk, for there is nothing to lose yet.
-std::string beginning(const StateFormat& format) {
-    return std::string("PRAGMA journal_mode = MEMORY; PRAGMA synchronous = OFF; BEGIN;") + format.tables +
-           ";" + mark(format) + "PRAGMA user_version = " + std::to_string(format.version) +
-           "; COMMIT; PRAGMA journal_mode = WAL";
-}
+fs::path unfinishedName(fs::path file) { return file += ".new"; }
 
-// Complete under another name first: nobody ever opens a file that is only half begun.
-void begin(const fs::path& file, const StateFormat& format) {
-    auto unfinished = file;
-    unfinished += ".new";
+// Complete under another name first: no process ever opens a file that is only half begun. The write-ahead
+// mode comes last: what is made before it is all in the one file. A file that need not survive a power loss
+// waits for no disk, for there is nothing to lose yet.
+void begin(const fs::path& file, const StateFormat& format, const FillState& fill) {
+    const auto unfinished = unfinishedName(file);
     ::unlink(unfinished.c_str());
     if (!Descriptor(::open(unfinished.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)))
         cannotOpen("no file can be made in the folder");
-    SqliteDatabase(unfinished, SqliteDatabase::Missing::fails).execute(beginning(format).c_str());
-    if (::rename(unfinished.c_str(), file.c_str()) != 0) cannotOpen("the new file cannot be named");
+    SqliteDatabase database(unfinished, SqliteDatabase::Missing::fails);
+    database.execute("PRAGMA journal_mode = MEMORY");
+    database.execute(format.isDurable ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = OFF");
+    database.transact([&] {
+        database.execute(format.tables);
+        database.execute((mark(format) + "PRAGMA user_version = " + std::to_string(format.version)).c_str());
+        if (fill) fill(database);
+    });
+    database.execute("PRAGMA journal_mode = WAL");
+}
+
+void nameBegun(const fs::path& file, const StateFormat& format) {
+    if (::rename(unfinishedName(file).c_str(), file.c_str()) != 0) cannotOpen("the new file cannot be named");
+    if (format.isDurable) syncFolder(file.parent_path());
 }
 
 // The first write to a new log would wait for the disk, lest power loss mixes it up with what the log held
 // before; but there is nothing before.
 void beginLog(SqliteDatabase& database, const StateFormat& format) {
+    if (format.isDurable) return;
     database.execute(("PRAGMA synchronous = OFF;" + mark(format) + "PRAGMA synchronous = NORMAL").c_str());
 }
 
-std::optional<fs::path> quarantineWithLog(const fs::path& file) { return quarantine(file, {"-wal", "-shm"}); }
-
-// False when there is a file that can never be used; what may pass is thrown.
-bool openUsable(const fs::path& file, const StateFormat& format, OpenedState& opened) {
+// False, with the reason, when there is a file that can never be used; what may pass is thrown.
+bool openUsable(const fs::path& file, const StateFormat& format, OpenedState& opened, std::string& reason) {
     try {
         opened.database = openState(file, format);
         return true;
     } catch (const SqliteError& error) {
-        if (!isUnusable(file, error)) throw;
-        opened.reason = error.what();
+        if (!isUnusable(file, format, error)) throw;
+        reason = error.what();
         return false;
     }
 }
 
 } // namespace
 
-OpenedState openOrBeginState(const fs::path& file, const StateFormat& format) {
+OpenedState openOrBeginState(const fs::path& file, const StateFormat& format, const FillState& fill) {
     OpenedState opened;
-    if (isTaken(file) && openUsable(file, format, opened)) return opened;
+    std::string reason;
+    if (isTaken(file) && openUsable(file, format, opened, reason)) return opened;
 
     if (!makePrivateFolder(file.parent_path())) cannotOpen("the folder cannot be made");
     const auto lock = lockedFolder(file.parent_path());
-    if (isTaken(file)) { // perhaps a good one, now that it is our turn
-        if (openUsable(file, format, opened)) return opened;
-        opened.setAside = quarantineWithLog(file);
-        if (!opened.setAside) cannotOpen("the damaged file cannot be renamed");
-    } else {
-        // A log without its file: SQLite would take it for the new one's.
-        static_cast<void>(quarantineWithLog(file));
-    }
-    begin(file, format);
+    const bool isReplaced = isTaken(file); // perhaps by a good one, now that it is our turn
+    if (isReplaced && openUsable(file, format, opened, reason)) return opened;
+
+    begin(file, format, isReplaced ? fill : nullptr);
+    // A log without its file goes as well: SQLite would take it for the new one's.
+    opened.setAside = quarantine(file, {"-journal", "-wal", "-shm"});
+    if (isReplaced && !opened.setAside) cannotOpen("the damaged file cannot be renamed");
+    if (isReplaced)
+        opened.loss = file.string() + " cannot be used (" + reason + ") and was set aside as " +
+                      opened.setAside->filename().string() + ".";
+    nameBegun(file, format);
     opened.database = openState(file, format);
     beginLog(*opened.database, format);
     return opened;
 }
 
-std::unique_ptr<SqliteDatabase> openState(const fs::path& file, const StateFormat& format) {
+std::unique_ptr<SqliteDatabase> openUncheckedState(const fs::path& file, const StateFormat& format) {
     auto database = std::make_unique<SqliteDatabase>(file, SqliteDatabase::Missing::fails);
     std::error_code error;
     if (fs::file_size(file, error) == 0) // of which SQLite would delete the log
         throw SqliteError(SQLITE_NOTADB, "it is empty");
-    if (database->integer("PRAGMA application_id") != format.applicationIdentifier)
-        throw SqliteError(SQLITE_NOTADB, std::string("it holds no ") + format.content);
+    if (database->integer("PRAGMA application_id") != format.applicationIdentifier) isOfAnotherKind(format);
     if (database->integer("PRAGMA user_version") > format.version)
         throw SqliteError(SQLITE_MISMATCH, "a later version of Corvantile has written it"); // and may be back
+    try {
+        static_cast<void>(database->prepare(format.query));
+    } catch (const SqliteError& failure) {
+        if (failure.code() == SQLITE_ERROR) isOfAnotherKind(format);
+        throw;
+    }
+    return database;
+}
+
+std::unique_ptr<SqliteDatabase> openState(const fs::path& file, const StateFormat& format) {
+    auto database = openUncheckedState(file, format);
     {
         const auto check = database->prepare("PRAGMA quick_check(1)");
         if (auto run = check.run(); !run.next() || run.bytes(0) != "ok")
             throw SqliteError(SQLITE_CORRUPT, "it is damaged");
     }
-    database->execute("PRAGMA synchronous = NORMAL");
+    database->execute(format.isDurable ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
     database->keepLog();
     return database;
 }
@@ -138,11 +163,22 @@ void emptyStateLog(const fs::path& file, const StateFormat& format) try {
     // Whoever writes next watches the log still.
 }
 
-bool LogWatch::hasGrownLong(int pages) {
+LogTrimmer::LogTrimmer(fs::path file, const StateFormat& format, int longLog, BackgroundRunner inBackground)
+    : file_(std::move(file)),
+      format_(format),
+      longLog_(longLog),
+      inBackground_(std::move(inBackground)),
+      nextEmptying_(longLog) {}
+
+void LogTrimmer::noteWrite(int pages) {
     if (pages < longLog_) nextEmptying_ = longLog_; // it was emptied meanwhile
-    if (pages < nextEmptying_) return false;
+    if (pages < nextEmptying_) return;
     nextEmptying_ = pages + longLog_;
-    return true;
+    auto empty = [file = file_, &format = format_] { emptyStateLog(file, format); };
+    if (inBackground_)
+        inBackground_(std::move(empty));
+    else
+        empty();
 }
 
 } // namespace corvantile

@@ -1,14 +1,14 @@
-#include "CorvantileDesktop/Adjust/detail/PackageCourier.hpp"
+#include "CorvantileDesktop/Adjust/detail/OutboxDelivery.hpp"
 
-#include "CorvantileDesktop/Adjust/detail/AdjustLog.hpp"
 #include "CorvantileDesktop/Adjust/detail/FormText.hpp"
 #include "CorvantileDesktop/Adjust/detail/Outbox.hpp"
-#include "CorvantileDesktop/Adjust/detail/RetryWait.hpp"
 #include "CorvantileDesktop/Adjust/detail/ServerAnswer.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
 #include "CorvantilePlatform/Security/SecureRandom.hpp"
 
+#include <algorithm>
+#include <cmath>
 #include <exception>
 #include <optional>
 #include <string_view>
@@ -36,28 +36,48 @@ PackageState stateAfter(const ServerAnswer& answer) {
     return answer.isSuccess ? PackageState::sent : PackageState::refused;
 }
 
+using std::chrono::milliseconds;
+
+struct Waits {
+    milliseconds first;
+    milliseconds longest;
+};
+
+constexpr Waits ordinary{std::chrono::seconds(120), std::chrono::hours(24)};
+constexpr Waits ofFirstSession{milliseconds(200), std::chrono::hours(1)};
+
+// How long a package waits after `failures` failures in a row (from 1): twice as long each time, up to a
+// limit, times `fraction`, which spreads the apps that lost the same server. The first session of an
+// installation has short waits to begin with, since an install counts from it.
+milliseconds waitAfter(int failures, bool isOfFirstSession, double fraction) {
+    const auto& waits = isOfFirstSession ? ofFirstSession : ordinary;
+    const double doubled = std::ldexp(static_cast<double>(waits.first.count()), failures - 1);
+    const double wait = std::min(doubled, static_cast<double>(waits.longest.count()));
+    return milliseconds(std::llround(wait * fraction));
+}
+
 } // namespace
 
-PackageCourier::PackageCourier(CourierOptions options) : options_(std::move(options)) {}
+OutboxDelivery::OutboxDelivery(DeliveryOptions options) : options_(std::move(options)) {}
 
-PackageCourier::~PackageCourier() = default;
+OutboxDelivery::~OutboxDelivery() = default;
 
-void PackageCourier::allow(bool mayDeliver) {
-    if (mayDeliver_.exchange(mayDeliver) == mayDeliver) return;
-    options_.queue->async([weak = weak_from_this(), mayDeliver] {
+void OutboxDelivery::setEnabled(bool isEnabled) {
+    if (isEnabled_.exchange(isEnabled) == isEnabled) return;
+    options_.queue->async([weak = weak_from_this(), isEnabled] {
         const auto self = weak.lock();
         if (!self) return;
-        if (mayDeliver) self->isWaiting_ = false;
+        if (isEnabled) self->isWaiting_ = false;
         self->step();
     });
 }
 
 // Adding a package must not cost a thread's wake-up when nothing can come of it.
-void PackageCourier::wake() {
-    if (mayDeliver_ && !isPosted_.exchange(true)) post();
+void OutboxDelivery::wake() {
+    if (isEnabled_ && !isPosted_.exchange(true)) post();
 }
 
-void PackageCourier::post() {
+void OutboxDelivery::post() {
     options_.queue->async([weak = weak_from_this()] {
         const auto self = weak.lock();
         if (!self) return;
@@ -66,16 +86,16 @@ void PackageCourier::post() {
     });
 }
 
-void PackageCourier::step() {
+void OutboxDelivery::step() {
     if (request_ || isWaiting_) return;
-    if (!mayDeliver_) return options_.outbox->release();
-    if (!options_.outbox->claim()) return waitFor(claimWait);
+    if (!isEnabled_) return options_.outbox->release();
+    if (!options_.outbox->claim()) return waitFor(claimInterval);
     auto package = options_.outbox->front();
     if (!package) return options_.outbox->release();
     send(std::move(*package));
 }
 
-void PackageCourier::send(OutboxPackage package) {
+void OutboxDelivery::send(OutboxPackage package) {
     if (options_.log->isVerbose()) options_.log->detail("is sending " + describe(package) + ".");
     auto request = requestFor(package);
     auto completion = [weak = weak_from_this(), package = std::move(package)](
@@ -88,7 +108,7 @@ void PackageCourier::send(OutboxPackage package) {
     request_ = options_.http->send(std::move(request), options_.queue, std::move(completion));
 }
 
-HTTPRequest PackageCourier::requestFor(const OutboxPackage& package) const {
+HTTPRequest OutboxDelivery::requestFor(const OutboxPackage& package) const {
     HTTPRequest request;
     request.method = "POST";
     request.url = options_.endpoint;
@@ -101,9 +121,9 @@ HTTPRequest PackageCourier::requestFor(const OutboxPackage& package) const {
     return request;
 }
 
-void PackageCourier::finish(const OutboxPackage& package, const ServerAnswer& answer) {
+void OutboxDelivery::finish(const OutboxPackage& package, const ServerAnswer& answer) {
     options_.outbox->record(package, stateAfter(answer), {.status = answer.status, .text = answer.text});
-    tell(package, answer);
+    logResult(package, answer);
     options_.report(package, answer);
     failures_ = answer.isAnswer ? 0 : failures_ + 1;
     if (answer.isAnswer)
@@ -113,7 +133,7 @@ void PackageCourier::finish(const OutboxPackage& package, const ServerAnswer& an
 }
 
 // Another process may deliver in the meantime.
-void PackageCourier::waitFor(std::chrono::milliseconds duration) {
+void OutboxDelivery::waitFor(milliseconds duration) {
     options_.outbox->release();
     isWaiting_ = true;
     options_.queue->asyncAfter(duration, [weak = weak_from_this(), wait = ++wait_] {
@@ -123,19 +143,19 @@ void PackageCourier::waitFor(std::chrono::milliseconds duration) {
     });
 }
 
-std::chrono::milliseconds PackageCourier::retryWait(const OutboxPackage& package) const {
+milliseconds OutboxDelivery::retryWait(const OutboxPackage& package) const {
     unsigned char byte = 0;
     options_.random->copyBytes(&byte, 1);
     return waitAfter(failures_, isFirstSession(package), 0.5 + byte / 510.0);
 }
 
-void PackageCourier::tell(const OutboxPackage& package, const ServerAnswer& answer) const {
+void OutboxDelivery::logResult(const OutboxPackage& package, const ServerAnswer& answer) const {
     const auto status = answer.status ? " (" + std::to_string(*answer.status) + ")" : "";
     if (!answer.isAnswer)
-        options_.log->fault("could not deliver " + describe(package) +
+        options_.log->error("could not deliver " + describe(package) +
                             ", which will be tried again: " + answer.message.value_or(""));
     else if (!answer.isSuccess)
-        options_.log->fault("had " + describe(package) + " refused by the server" + status + ": " +
+        options_.log->error("had " + describe(package) + " refused by the server" + status + ": " +
                             answer.message.value_or(answer.text));
     else if (options_.log->isVerbose())
         options_.log->detail("has delivered " + describe(package) + status + ".");

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "CorvantileDesktop/Adjust/detail/OutboxFile.hpp"
-#include "CorvantileDesktop/Adjust/detail/OutboxPackage.hpp"
 
 #include <deque>
 #include <functional>
@@ -14,24 +13,24 @@
 
 namespace corvantile {
 
-// What an outbox has in memory alone: because the file does not take it for the time being, or because there
-// is none. Packages may be delivered from here. Threads: one at a time.
-class HeldPackages {
+// What an outbox has in memory alone, because its file refuses it or because there is none. Packages may be
+// delivered from here. Threads: one at a time.
+class UnwrittenPackages {
 public:
     [[nodiscard]] bool isEmpty() const { return packages_.empty() && values_.empty() && attempts_.empty(); }
 
     void add(OutboxPackage package) { packages_.push_back(std::move(package)); }
     void add(OutboxChange change);
-    // What became of an attempt. Of packages that have been delivered, the last OutboxFile::keptPackages
-    // stay. False when the package is not held here.
+    // Stores the result of an attempt to deliver. Of delivered packages, the last OutboxFile::keptPackages
+    // stay. False when the package is not here.
     bool record(const OutboxPackage& package);
-    // The same for one that is in the file, which cannot be told now.
+    // The same for a package in the file, which cannot be written now.
     void addAttempt(OutboxPackage package) { attempts_.push_back(std::move(package)); }
 
     [[nodiscard]] const std::deque<OutboxPackage>& packages() const { return packages_; }
     [[nodiscard]] std::optional<OutboxPackage> firstWaiting() const;
     [[nodiscard]] std::optional<std::string> value(std::string_view name) const;
-    // An attempt has delivered it, though the file has it waiting.
+    // True when it was delivered, though the file has it waiting.
     [[nodiscard]] bool hasDelivered(const OutboxPackage& package) const;
 
     // Moves everything into the file, or throws SqliteError and nothing is changed.

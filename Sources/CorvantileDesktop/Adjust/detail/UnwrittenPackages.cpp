@@ -1,6 +1,4 @@
-#include "CorvantileDesktop/Adjust/detail/HeldPackages.hpp"
-
-#include "CorvantileDesktop/Adjust/detail/OutboxMemory.hpp"
+#include "CorvantileDesktop/Adjust/detail/UnwrittenPackages.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -13,13 +11,13 @@ bool isWaiting(const OutboxPackage& package) { return package.state == PackageSt
 
 } // namespace
 
-void HeldPackages::add(OutboxChange change) {
+void UnwrittenPackages::add(OutboxChange change) {
     for (auto& package : change.packages) packages_.push_back(std::move(package));
     change.values.merge(values_);
     values_ = std::move(change.values);
 }
 
-bool HeldPackages::record(const OutboxPackage& package) {
+bool UnwrittenPackages::record(const OutboxPackage& package) {
     const auto found = std::find_if(packages_.begin(), packages_.end(), [&](const OutboxPackage& one) {
         return one.identifier == package.identifier;
     });
@@ -33,37 +31,32 @@ bool HeldPackages::record(const OutboxPackage& package) {
     return true;
 }
 
-std::optional<OutboxPackage> HeldPackages::firstWaiting() const {
+std::optional<OutboxPackage> UnwrittenPackages::firstWaiting() const {
     const auto found = std::find_if(packages_.begin(), packages_.end(), isWaiting);
     if (found == packages_.end()) return std::nullopt;
     return *found;
 }
 
-std::optional<std::string> HeldPackages::value(std::string_view name) const {
+std::optional<std::string> UnwrittenPackages::value(std::string_view name) const {
     const auto found = values_.find(name);
     if (found == values_.end()) return std::nullopt;
     return found->second;
 }
 
-bool HeldPackages::hasDelivered(const OutboxPackage& package) const {
+bool UnwrittenPackages::hasDelivered(const OutboxPackage& package) const {
     return std::any_of(attempts_.begin(), attempts_.end(), [&](const OutboxPackage& one) {
         return one.identifier == package.identifier && !isWaiting(one);
     });
 }
 
-void HeldPackages::writeTo(OutboxFile& file) {
-    file.begin();
-    try {
+void UnwrittenPackages::writeTo(OutboxFile& file) {
+    file.transact([&] {
         for (const auto& package : attempts_) file.record(package);
         for (const auto& package : packages_) file.addOnce(package);
         for (const auto& [name, value] : values_)
             file.setValue(name, outboxmemory::merged(name, file.value(name), value));
-        file.commit();
-    } catch (const SqliteError&) {
-        file.rollBack();
-        throw;
-    }
-    *this = HeldPackages();
+    });
+    *this = UnwrittenPackages();
 }
 
 } // namespace corvantile
