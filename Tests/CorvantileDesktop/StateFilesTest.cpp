@@ -37,12 +37,15 @@ using Damage = void (*)(const fs::path& file);
 const std::vector<Damage> damagesOfAll = {
     [](const fs::path& file) { writeFile(file, "These are no tables. " + std::string(5000, '.')); },
     [](const fs::path& file) { writeFile(file, bytesOf(file).substr(0, 5000)); },
-    [](const fs::path& file) { alter(file, "PRAGMA application_id = 7; PRAGMA user_version = 9"); }};
+    [](const fs::path& file) { alter(file, "PRAGMA application_id = 7; PRAGMA user_version = 9"); },
+    [](const fs::path& file) {
+        alter(file, "DROP TABLE IF EXISTS entries; DROP TABLE IF EXISTS defaults;"
+                    "DROP TABLE IF EXISTS records; DROP TABLE IF EXISTS memory");
+    },
+    [](const fs::path& file) { fs::resize_file(file, 0), writeFile(beside(file, "-wal"), "log"); }};
 const std::vector<Damage> damagesOfVaults = {
-    [](const fs::path& file) { fs::remove(file), writeFile(beside(file, "-wal"), "log"); },
-    [](const fs::path& file) { alter(file, "ALTER TABLE entries RENAME TO mine"); }};
+    [](const fs::path& file) { fs::remove(file), writeFile(beside(file, "-wal"), "log"); }};
 const std::vector<Damage> damagesOfOthers = {
-    [](const fs::path& file) { fs::resize_file(file, 0), writeFile(beside(file, "-wal"), "log"); },
     [](const fs::path& file) { writeFile(file, bytesOf(file).replace(2 * 4096, 4096, 4096, 'x')); },
     [](const fs::path& file) { fs::remove(file), fs::create_directory(file); },
     [](const fs::path& file) { fs::remove(file), fs::create_symlink("nowhere", file); }};

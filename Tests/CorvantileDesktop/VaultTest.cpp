@@ -193,6 +193,20 @@ TEST_F(VaultTest, RefusesAKeyThatOthersCanReach) {
     }
 }
 
+// Its entries may well be there again later: a keychain that forgets would let purchases be reported twice.
+TEST_F(VaultTest, RefusesToReplaceAFileThatItCannotOpen) {
+    prepare();
+    const auto away = folder / "away";
+    fs::rename(file, away);
+    fs::create_directory(file);
+
+    EXPECT_TRUE(isKeychainError(refusal([&] { open().save(entry, "new", service); }), KeychainStatus::io));
+
+    fs::remove(file);
+    fs::rename(away, file);
+    EXPECT_EQ(open().load("account", service), entry);
+}
+
 TEST_F(VaultTest, CarriesOverWhatADamagedFileStillHolds) {
     prepare();
     for (std::uint8_t number = 0; number < 50; ++number)

@@ -31,15 +31,15 @@ VaultOptions withAbsoluteFolder(VaultOptions options) {
 struct Vault::Parts {
     explicit Parts(VaultOptions given)
         : options(withAbsoluteFolder(std::move(given))),
-          sealing(options.folder, [this](const std::string& text) { say(text); }),
+          sealing(options.folder, [this](const std::string& text) { print(text); }),
           reader(file()),
           writer(file(), reader,
-                 {.say = [this](const std::string& text) { say(text); },
+                 {.report = [this](const std::string& text) { print(text); },
                   .canRead =
                       [this](const SealedEntry& entry) { return sealing.open(entry).dictionary.has_value(); },
                   .inBackground = options.inBackground}) {}
 
-    // Empty: there is no place for one.
+    // Empty without a folder.
     [[nodiscard]] fs::path file() const {
         return options.folder.empty() ? fs::path() : options.folder / vaultFileName;
     }
@@ -49,7 +49,7 @@ struct Vault::Parts {
         try {
             return reader.find(account, service).has_value();
         } catch (const NSError&) {
-            return false; // the writer will find out why
+            return false; // the writer fails for the same reason, and reports it
         }
     }
 
@@ -68,30 +68,30 @@ struct Vault::Parts {
         if (locked.load()) throw keychainError(KeychainStatus::interactionNotAllowed);
     }
 
-    // Runs what changes the vault. The user hears of a fault even where the caller ignores it.
+    // Runs what changes the vault. An error is printed even where the caller ignores it.
     template <class Change>
     auto changing(Change change) {
         requireUnlocked();
         try {
             return change();
         } catch (const NSError& error) {
-            sayFault(error);
+            reportOnce(error);
             throw;
         }
     }
 
-    void sayFault(const NSError& error) {
+    void reportOnce(const NSError& error) {
         const std::unique_lock lock(mutex);
-        const auto& [place, isNew] = said.insert(error.localizedDescription());
-        if (isNew) say("Keychain in " + options.folder.string() + ": " + *place);
+        const auto& [text, isNew] = reported.insert(error.localizedDescription());
+        if (isNew) print("Keychain in " + options.folder.string() + ": " + *text);
     }
 
-    void say(const std::string& text) const {
+    void print(const std::string& text) const {
         if (options.console) options.console->print(text);
     }
 
-    void report(std::string_view account, std::string_view service, std::string_view reason) const {
-        if (options.reportsUnreadableEntries) say(unreadableEntryLine(account, service, reason));
+    void reportUnreadable(std::string_view account, std::string_view service, std::string_view reason) const {
+        if (options.reportsUnreadableEntries) print(unreadableEntryLine(account, service, reason));
     }
 
     const VaultOptions options;
@@ -100,7 +100,7 @@ struct Vault::Parts {
     VaultReader reader;
     VaultWriter writer;
     std::mutex mutex; // of what follows
-    std::set<std::string> said;
+    std::set<std::string> reported;
 };
 
 Vault::Vault(VaultOptions options) : parts_(std::make_unique<Parts>(std::move(options))) {}
@@ -108,18 +108,18 @@ Vault::~Vault() = default;
 
 std::optional<KeychainDictionary> Vault::load(std::string_view account, std::string_view service) const {
     if (isLocked()) {
-        parts_->report(account, service, "the keychain is locked.");
+        parts_->reportUnreadable(account, service, "the keychain is locked.");
         return std::nullopt;
     }
     try {
         const auto entry = parts_->reader.find(account, service);
         if (!entry) return std::nullopt;
         auto [dictionary, fault] = parts_->sealing.open(*entry);
-        if (!dictionary) parts_->report(account, service, fault);
+        if (!dictionary) parts_->reportUnreadable(account, service, fault);
         return std::move(dictionary);
     } catch (const NSError& error) {
-        parts_->sayFault(error);
-        parts_->report(account, service, error.localizedDescription());
+        parts_->reportOnce(error);
+        parts_->reportUnreadable(account, service, error.localizedDescription());
         return std::nullopt;
     }
 }

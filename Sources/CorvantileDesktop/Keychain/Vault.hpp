@@ -20,14 +20,13 @@ struct VaultOptions {
     // refused, since a keychain that forgets would let a purchase be reported once more at each launch.
     std::filesystem::path folder = {};
 
-    // Hears once of each thing that a person must put right. May be null.
+    // Gets a line, once, for each fault that a person has to put right. May be null.
     std::shared_ptr<Console> console = nullptr;
 
     // Prints a line for each load that finds an entry but cannot read it.
     bool reportsUnreadableEntries = false;
 
-    // Runs work that waits for the disk and that nobody waits for, on another thread or never. Empty: the
-    // save that caused it does it.
+    // Runs work that waits for the disk, on another thread or never. Empty: the save that caused it does it.
     std::function<void(std::function<void()>)> inBackground = nullptr;
 };
 
@@ -46,8 +45,7 @@ struct VaultInspection {
 
 // The keychain of a desktop: an SQLite file of sealed entries, and the master key that opens them
 // (Docs/Files/Keychain.md). It belongs to a folder, not to a platform: a tool may look at it alone.
-// Reading makes and changes no file but SQLite's own log; a file in which nothing can be read is set aside by
-// the next save.
+// Reading makes and changes no file but SQLite's own log; an unusable file is moved aside by the next save.
 class CORVANTILE_API Vault final : public Locksmith {
 public:
     explicit Vault(VaultOptions options);

@@ -45,14 +45,15 @@ std::optional<MasterKey> MasterKey::read(const PrivateFolder& folder) {
     return key;
 }
 
-MasterKey MasterKey::make(const PrivateFolder& folder, const std::function<void(const std::string&)>& say) {
+MasterKey MasterKey::make(const PrivateFolder& folder,
+                          const std::function<void(const std::string&)>& report) {
     const auto path = folder.path() / fileName;
     auto file = newFile();
     auto written = writeNewFile(path, file);
     if (written == WriteResult::exists) {
         if (const auto kept = quarantine(path)) {
-            say(path.string() + " is no master key. It is kept as " + kept->filename().string() +
-                ", and a new key is made; what is sealed already cannot be read.");
+            report(path.string() + " is no master key. It is kept as " + kept->filename().string() +
+                   ", and a new key is made; what is sealed already cannot be read.");
             written = writeNewFile(path, file);
         }
     }

@@ -19,10 +19,10 @@ public:
     // file.
     [[nodiscard]] static std::optional<MasterKey> read(const PrivateFolder& folder);
 
-    // Makes a new one, where `read` found none; what is there instead is set aside, and `say` tells the user.
-    // The caller holds the folder's lock. Throws NSError.
+    // Makes a new one, where `read` found none; a file that is there instead is moved aside, which `report`
+    // prints. The caller holds the folder's lock. Throws NSError.
     [[nodiscard]] static MasterKey make(const PrivateFolder& folder,
-                                        const std::function<void(const std::string&)>& say);
+                                        const std::function<void(const std::string&)>& report);
 
     MasterKey(MasterKey&& other) noexcept;
     MasterKey& operator=(MasterKey&&) = delete;

@@ -33,12 +33,6 @@ void requirePrivate(int descriptor, const std::string& name, const char* permiss
         refuse("Others can open " + name + ": its permissions must be " + permissions + ".");
 }
 
-// A new name lasts once the folder that holds it is flushed.
-void makeLasting(const fs::path& folder) {
-    const Descriptor above(::open(folder.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (above) ::fsync(above.value());
-}
-
 std::string readAtMost(int descriptor, std::size_t limit, const std::string& name) {
     std::string bytes(limit, '\0');
     std::size_t size = 0;
@@ -83,7 +77,7 @@ PrivateFolder PrivateFolder::make(const fs::path& path) {
     for (auto at = path; at.has_relative_path() && !fs::exists(at, error); at = at.parent_path())
         missing.push_back(at);
     if (!makePrivateFolder(path)) refuseWithCause("Cannot make the folder " + path.filename().string());
-    for (const auto& made : missing) makeLasting(made);
+    for (const auto& made : missing) syncFolder(made.parent_path());
     auto found = find(path);
     if (!found) refuse("The folder " + path.filename().string() + " was taken away.");
     return std::move(*found);

@@ -1,7 +1,6 @@
 #include "CorvantileDesktop/Keychain/detail/VaultReader.hpp"
 
-#include "CorvantileDesktop/detail/Storage/Sqlite.hpp"
-#include "CorvantilePlatform/Keychain/KeychainError.hpp"
+#include <sqlite3.h>
 
 #include <iterator>
 #include <utility>
@@ -43,10 +42,10 @@ std::vector<SealedEntry> VaultReader::all(std::string& fault) {
         if (open()) append(entries, connection_->ascending);
     } catch (const SqliteError& error) {
         fault = vaultError(error).localizedDescription();
+        if (connection_) appendFromTheOtherEnd(entries);
     } catch (const NSError& error) {
         fault = error.localizedDescription();
     }
-    if (!fault.empty() && connection_) appendFromTheOtherEnd(entries);
     return entries;
 }
 
@@ -81,27 +80,13 @@ bool VaultReader::open() {
     if (unusable_ && unusable_->file == *file) throw unusable_->error;
     unusable_.reset();
     try {
-        connection_ = connect();
+        connection_ = std::make_unique<Connection>(openUncheckedState(file_, vaultFormat));
     } catch (const SqliteError& error) {
-        if (error.isUnreadable()) unusable_.emplace(Unusable{*file, vaultError(error)});
-        throw;
-    } catch (const NSError& error) {
-        unusable_.emplace(Unusable{*file, error});
+        if (error.isUnreadable() || error.code() == SQLITE_MISMATCH)
+            unusable_.emplace(Unusable{*file, vaultError(error)});
         throw;
     }
-    return connection_ != nullptr;
-}
-
-std::unique_ptr<VaultReader::Connection> VaultReader::connect() const {
-    auto database = std::make_unique<SqliteDatabase>(file_, SqliteDatabase::Missing::fails);
-    switch (contentOf(*database)) {
-    case VaultContent::empty: return nullptr;
-    case VaultContent::later: throw laterVersionError();
-    case VaultContent::foreign:
-        throw keychainError(KeychainStatus::notAvailable, "The vault's file is no vault.");
-    case VaultContent::vault: break;
-    }
-    return std::make_unique<Connection>(std::move(database));
+    return true;
 }
 
 } // namespace corvantile

@@ -19,8 +19,8 @@ std::string associatedData(std::string_view account, std::string_view service) {
 
 } // namespace
 
-VaultSeal::VaultSeal(std::filesystem::path folder, std::function<void(const std::string&)> say)
-    : folder_(std::move(folder)), say_(std::move(say)) {}
+VaultSeal::VaultSeal(std::filesystem::path folder, std::function<void(const std::string&)> report)
+    : folder_(std::move(folder)), report_(std::move(report)) {}
 
 bool VaultSeal::hasKey() { return presentKey() != nullptr; }
 
@@ -62,7 +62,7 @@ VaultSeal::Key VaultSeal::keyForSealing() {
     const auto folder = PrivateFolder::make(folder_);
     const auto folderLock = folder.lock();
     auto found = MasterKey::read(folder); // another process may have been quicker
-    key_ = std::make_shared<const MasterKey>(found ? std::move(*found) : MasterKey::make(folder, say_));
+    key_ = std::make_shared<const MasterKey>(found ? std::move(*found) : MasterKey::make(folder, report_));
     return key_;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CorvantileDesktop/Keychain/detail/MasterKey.hpp"
-#include "CorvantileDesktop/Keychain/detail/VaultSchema.hpp"
+#include "CorvantileDesktop/Keychain/detail/VaultFormat.hpp"
 #include "CorvantilePlatform/Keychain/Locksmith.hpp"
 
 #include <filesystem>
@@ -14,7 +14,7 @@
 
 namespace corvantile {
 
-// What an entry holds, or why that cannot be told.
+// What an entry holds, or why it cannot be read.
 struct OpenedEntry {
     std::optional<KeychainDictionary> dictionary;
     std::string fault; // when there is no dictionary
@@ -24,8 +24,8 @@ struct OpenedEntry {
 // replace meanwhile. Threads: any. Errors: NSError.
 class VaultSeal {
 public:
-    // `say` tells the user what became of a key that was none.
-    VaultSeal(std::filesystem::path folder, std::function<void(const std::string&)> say);
+    // `report` prints what became of a key file that holds no key.
+    VaultSeal(std::filesystem::path folder, std::function<void(const std::string&)> report);
 
     // Looks for the key's file.
     [[nodiscard]] bool hasKey();
@@ -45,7 +45,7 @@ private:
     [[nodiscard]] Key readKey() const;
 
     const std::filesystem::path folder_;
-    const std::function<void(const std::string&)> say_;
+    const std::function<void(const std::string&)> report_;
     std::mutex mutex_;
     Key key_;
 };

@@ -2,20 +2,20 @@
 
 #include "CorvantileDesktop/Keychain/detail/PrivateFolder.hpp"
 #include "CorvantileDesktop/Keychain/detail/VaultReader.hpp"
-#include "CorvantileDesktop/detail/Files/Quarantine.hpp"
-#include "CorvantileDesktop/detail/Storage/Sqlite.hpp"
-#include "CorvantilePlatform/Keychain/KeychainError.hpp"
 
+#include <cstddef>
 #include <utility>
 #include <vector>
-
-#include <sys/stat.h>
 
 namespace corvantile {
 
 namespace {
 
 constexpr int longVaultLog = 1000; // pages, about as many saves
+
+constexpr const char* putStatement =
+    "INSERT INTO entries (service, account, key, box) VALUES (?1, ?2, ?3, ?4)"
+    " ON CONFLICT DO UPDATE SET key = excluded.key, box = excluded.box";
 
 } // namespace
 
@@ -25,9 +25,7 @@ struct VaultWriter::Connection {
     std::unique_ptr<SqliteDatabase> database;
     SqliteStatement add = database->prepare(
         "INSERT INTO entries (service, account, key, box) VALUES (?1, ?2, ?3, ?4) ON CONFLICT DO NOTHING");
-    SqliteStatement put =
-        database->prepare("INSERT INTO entries (service, account, key, box) VALUES (?1, ?2, ?3, ?4)"
-                          " ON CONFLICT DO UPDATE SET key = excluded.key, box = excluded.box");
+    SqliteStatement put = database->prepare(putStatement);
     SqliteStatement remove = database->prepare("DELETE FROM entries WHERE service = ?1 AND account = ?2");
 
     [[nodiscard]] static SqliteRun run(const SqliteStatement& statement, const SealedEntry& entry) {
@@ -35,8 +33,11 @@ struct VaultWriter::Connection {
     }
 };
 
-VaultWriter::VaultWriter(std::filesystem::path file, VaultReader& reader, Help help)
-    : file_(std::move(file)), reader_(reader), help_(std::move(help)) {}
+VaultWriter::VaultWriter(std::filesystem::path file, VaultReader& reader, Options options)
+    : file_(std::move(file)),
+      reader_(reader),
+      options_(std::move(options)),
+      trimmer_(file_, vaultFormat, longVaultLog, options_.inBackground) {}
 
 VaultWriter::~VaultWriter() = default;
 
@@ -65,7 +66,7 @@ int VaultWriter::change(Change run) {
         if (!connection_) open();
         run(*connection_).next();
         const int changes = connection_->database->changes();
-        if (connection_->database->logPages() >= longVaultLog) shortenLog();
+        trimmer_.noteWrite(connection_->database->logPages());
         return changes;
     } catch (const SqliteError& error) {
         if (error.isUnreadable()) connection_.reset(); // to be looked over when it is opened again
@@ -74,71 +75,29 @@ int VaultWriter::change(Change run) {
 }
 
 void VaultWriter::open() {
-    const auto folder = PrivateFolder::make(file_.parent_path());
-    // Of several processes that find no usable file, one makes it and the others open what it made.
-    const auto lock = folder.lock();
-    connection_ = connect();
-    if (!connection_) beginAnew();
+    static_cast<void>(PrivateFolder::make(file_.parent_path()));
+    std::size_t kept = 0;
+    auto opened = openOrBeginState(file_, vaultFormat, [&](SqliteDatabase& fresh) {
+        const auto put = fresh.prepare(putStatement);
+        for (const auto& entry : readableEntries()) {
+            Connection::run(put, entry).next();
+            ++kept;
+        }
+    });
+    if (opened.setAside)
+        options_.report(file_.string() + " is damaged. It is kept as " +
+                        opened.setAside->filename().string() +
+                        ", and a new keychain begins with what could be read: " + std::to_string(kept) +
+                        (kept == 1 ? " entry." : " entries."));
+    connection_ = std::make_unique<Connection>(std::move(opened.database));
     reader_.reopen();
-}
-
-// Null: the file cannot be used.
-std::unique_ptr<VaultWriter::Connection> VaultWriter::connect() const {
-    if (isGoneFromItsLog(file_)) return nullptr;
-    // SQLite itself would make the file readable for others. No descriptor is opened for this: closing one
-    // would drop the locks of every connection that this process has to the file.
-    ::mknod(file_.c_str(), S_IFREG | 0600, 0);
-    try {
-        auto database = std::make_unique<SqliteDatabase>(file_, SqliteDatabase::Missing::isMade);
-        const auto content = contentOf(*database);
-        if (content == VaultContent::later) throw laterVersionError();
-        if (content == VaultContent::foreign) return nullptr;
-        if (content == VaultContent::empty)
-            makeVault(*database);
-        else if (!isWhole(*database))
-            return nullptr;
-        database->execute("PRAGMA journal_mode = WAL");
-        database->execute("PRAGMA synchronous = FULL");
-        database->keepLog();
-        return std::make_unique<Connection>(std::move(database));
-    } catch (const SqliteError& error) {
-        if (error.isUnreadable()) return nullptr;
-        throw;
-    }
-}
-
-void VaultWriter::beginAnew() {
-    const auto left = readableEntries();
-    const auto kept = quarantine(file_, {"-journal", "-wal", "-shm"});
-    if (!kept) throw keychainError(KeychainStatus::io, "The vault is damaged and cannot be set aside.");
-    auto connection = connect();
-    if (!connection) throw keychainError(KeychainStatus::io, "A new vault does not open.");
-    connection->database->execute("BEGIN IMMEDIATE");
-    for (const auto& entry : left) (void)Connection::run(connection->put, entry).next();
-    connection->database->execute("COMMIT");
-    connection_ = std::move(connection);
-    help_.say(file_.string() + " is damaged. It is kept as " + kept->filename().string() +
-              ", and a new keychain begins with what could be read: " + std::to_string(left.size()) +
-              (left.size() == 1 ? " entry." : " entries."));
 }
 
 std::vector<SealedEntry> VaultWriter::readableEntries() const {
     std::string fault; // known already
     auto entries = VaultReader(file_).all(fault);
-    std::erase_if(entries, [this](const SealedEntry& entry) { return !help_.canRead(entry); });
+    std::erase_if(entries, [this](const SealedEntry& entry) { return !options_.canRead(entry); });
     return entries;
-}
-
-void VaultWriter::shortenLog() {
-    if (isShortening_->exchange(true)) return;
-    auto work = [file = file_, isShortening = isShortening_] {
-        emptyVaultLog(file);
-        isShortening->store(false);
-    };
-    if (help_.inBackground)
-        help_.inBackground(std::move(work));
-    else
-        work();
 }
 
 } // namespace corvantile

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "CorvantileDesktop/Keychain/detail/VaultSchema.hpp"
+#include "CorvantileDesktop/Keychain/detail/VaultFormat.hpp"
 
-#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -19,20 +18,18 @@ class VaultReader;
 // first one makes folder and file, which takes more. Threads: any. Errors: NSError.
 class VaultWriter {
 public:
-    struct Help {
-        // Tells the user.
-        std::function<void(const std::string&)> say;
-        // Whether the entry can be read. Asked when a damaged file is replaced, about what is left in it.
+    struct Options {
+        std::function<void(const std::string&)> report; // a line for the user
+        // Whether an entry can be read: decides what a new file takes over from a damaged one.
         std::function<bool(const SealedEntry&)> canRead;
-        // Runs work that waits for the disk; empty: the caller runs it.
-        std::function<void(std::function<void()>)> inBackground;
+        BackgroundRunner inBackground;
     };
 
-    // `reader` is told when the file has become another one.
-    VaultWriter(std::filesystem::path file, VaultReader& reader, Help help);
+    // `reader` is reopened when the file has become another one.
+    VaultWriter(std::filesystem::path file, VaultReader& reader, Options options);
     ~VaultWriter();
 
-    // False: there is one already, which stands.
+    // False: the account has one already, which is kept.
     [[nodiscard]] bool add(const SealedEntry& entry);
     void put(const SealedEntry& entry);
     // False: there was none.
@@ -44,17 +41,14 @@ private:
     template <class Change>
     int change(Change run);
     void open();
-    [[nodiscard]] std::unique_ptr<Connection> connect() const;
-    void beginAnew();
     [[nodiscard]] std::vector<SealedEntry> readableEntries() const;
-    void shortenLog();
 
     const std::filesystem::path file_;
     VaultReader& reader_;
-    const Help help_;
+    const Options options_;
     std::mutex mutex_;
     std::unique_ptr<Connection> connection_;
-    std::shared_ptr<std::atomic<bool>> isShortening_ = std::make_shared<std::atomic<bool>>(false);
+    LogTrimmer trimmer_;
 };
 
 } // namespace corvantile
