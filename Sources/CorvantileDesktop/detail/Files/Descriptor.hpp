@@ -20,6 +20,8 @@ public:
     }
 
     [[nodiscard]] int value() const { return value_; }
+    // The caller closes it from now on.
+    [[nodiscard]] int release() { return std::exchange(value_, -1); }
     explicit operator bool() const { return value_ >= 0; }
 
 private:

@@ -1,9 +1,10 @@
 #include "CorvantileDesktop/detail/Network/NetlinkMessages.hpp"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include <linux/if_link.h>
 #include <linux/netlink.h>
@@ -12,6 +13,13 @@
 namespace corvantile {
 
 namespace {
+
+// Its payload points into the bytes that it was read from.
+struct Message {
+    std::uint16_t type = 0;  // RTM_…, NLMSG_…
+    std::uint16_t flags = 0; // NLM_F_…
+    NetlinkBytes payload;
+};
 
 struct Attribute {
     std::uint16_t type = 0;
@@ -82,18 +90,16 @@ void apply(const Attribute& attribute, unsigned routeFlags, NetworkRoute& route)
     }
 }
 
-} // namespace
-
-std::optional<NetlinkMessage> takeNetlinkMessage(NetlinkBytes& bytes) {
+// Takes the first message off `bytes`; nullopt at the end, and where what is left is no whole message.
+std::optional<Message> takeMessage(NetlinkBytes& bytes) {
     const auto header = read<nlmsghdr>(bytes);
     if (!header) return std::nullopt;
     const auto whole = take(bytes, header->nlmsg_len, sizeof(nlmsghdr));
     if (!whole) return std::nullopt;
-    return NetlinkMessage{header->nlmsg_type, header->nlmsg_flags, header->nlmsg_seq, header->nlmsg_pid,
-                          after<nlmsghdr>(*whole)};
+    return Message{header->nlmsg_type, header->nlmsg_flags, after<nlmsghdr>(*whole)};
 }
 
-std::optional<NetworkLink> parseLink(const NetlinkMessage& message) {
+std::optional<NetworkLink> parseLink(const Message& message) {
     const auto header = read<ifinfomsg>(message.payload);
     if (!header) return std::nullopt;
     NetworkLink link;
@@ -108,7 +114,7 @@ std::optional<NetworkLink> parseLink(const NetlinkMessage& message) {
     return link;
 }
 
-std::optional<NetworkRoute> parseRoute(const NetlinkMessage& message) {
+std::optional<NetworkRoute> parseRoute(const Message& message) {
     const auto header = read<rtmsg>(message.payload);
     if (!header) return std::nullopt;
     NetworkRoute route;
@@ -121,20 +127,60 @@ std::optional<NetworkRoute> parseRoute(const NetlinkMessage& message) {
     return route;
 }
 
-int netlinkError(const NetlinkMessage& message) {
-    const auto code = read<int>(message.payload);
-    if (!code) return message.type == NLMSG_DONE ? 0 : EPROTO;
-    return -*code;
+// Only default routes count, while a router may learn and forget others all day long.
+bool mayChangeStatus(const Message& message) {
+    switch (message.type) {
+    case RTM_NEWLINK:
+    case RTM_DELLINK:
+    case RTM_NEWADDR:
+    case RTM_DELADDR: return true;
+    case RTM_NEWROUTE:
+    case RTM_DELROUTE: {
+        const auto header = read<rtmsg>(message.payload);
+        return !header || header->rtm_dst_len == 0;
+    }
+    default: return false;
+    }
 }
 
-std::vector<std::byte> makeDumpRequest(std::uint16_t type, std::uint32_t sequence) {
+DumpProgress addTo(RoutingTable& table, const Message& answer) {
+    if ((answer.flags & NLM_F_DUMP_INTR) != 0) return DumpProgress::failed;
+    switch (answer.type) {
+    case NLMSG_ERROR: return DumpProgress::failed;
+    case NLMSG_DONE:
+        return read<int>(answer.payload).value_or(0) == 0 ? DumpProgress::done : DumpProgress::failed;
+    case RTM_NEWLINK:
+        if (auto link = parseLink(answer)) table.links.push_back(std::move(*link));
+        break;
+    case RTM_NEWROUTE:
+        if (auto route = parseRoute(answer); route && route->prefixLength == 0)
+            table.routes.push_back(std::move(*route));
+        break;
+    }
+    return DumpProgress::more;
+}
+
+} // namespace
+
+bool reportsChange(NetlinkBytes datagram) {
+    while (const auto message = takeMessage(datagram))
+        if (mayChangeStatus(*message)) return true;
+    return false;
+}
+
+DumpProgress addAnswer(RoutingTable& table, NetlinkBytes datagram) {
+    while (const auto message = takeMessage(datagram))
+        if (const auto progress = addTo(table, *message); progress != DumpProgress::more) return progress;
+    return DumpProgress::more;
+}
+
+std::vector<std::byte> makeDumpRequest(std::uint16_t type) {
     // Older kernels want the whole body of the kind that is asked for; zero says "all families".
     const auto bodyLength = type == RTM_GETLINK ? sizeof(ifinfomsg) : sizeof(rtmsg);
     nlmsghdr header{};
     header.nlmsg_len = static_cast<std::uint32_t>(NLMSG_LENGTH(bodyLength));
     header.nlmsg_type = type;
     header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-    header.nlmsg_seq = sequence;
     std::vector<std::byte> bytes(header.nlmsg_len);
     std::memcpy(bytes.data(), &header, sizeof header);
     return bytes;

@@ -1,42 +1,40 @@
 #include "CorvantileDesktop/detail/Network/RouteWatcher.hpp"
 
+#include "CorvantileDesktop/detail/Files/Descriptor.hpp"
+#include "CorvantileDesktop/detail/Network/NetlinkMessages.hpp"
+
+#include <asio/post.hpp>
+
 #include <cerrno>
 #include <chrono>
 #include <fstream>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace corvantile {
 
 namespace {
 
-// Where messages come faster than they are read, asking again at once would only make it worse.
-constexpr std::chrono::milliseconds pauseBeforeBeginningAgain{200};
+// Where changes come faster than they are read, reading again at once would only make it worse.
+constexpr std::chrono::milliseconds pauseBeforeOpeningAgain{200};
 constexpr std::size_t usualDatagram = 32 * 1024;
+constexpr unsigned changeGroups =
+    RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR | RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE;
 
-int openRoutingSocket() {
-    const int descriptor = ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE);
-    if (descriptor < 0) return -1;
+// Never blocks: the kernel has the answer to a request in the socket before the request's call returns.
+Descriptor openRoutingSocket(unsigned groups) {
+    Descriptor opened(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE));
     sockaddr_nl address{};
     address.nl_family = AF_NETLINK;
-    address.nl_groups =
-        RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR | RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE;
-    if (::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
-        return descriptor;
-    ::close(descriptor);
-    return -1;
-}
-
-std::uint32_t portOf(int descriptor) {
-    sockaddr_nl address{};
-    socklen_t length = sizeof address;
-    if (::getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length) != 0) return 0;
-    return address.nl_pid;
+    address.nl_groups = groups;
+    if (!opened || ::bind(opened.value(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return Descriptor();
+    return opened;
 }
 
 // The real length, also of a datagram that the buffer cut; -1 with errno on failure. What is not from the
@@ -44,9 +42,30 @@ std::uint32_t portOf(int descriptor) {
 ssize_t receive(int descriptor, std::vector<std::byte>& buffer) {
     sockaddr_nl sender{};
     socklen_t length = sizeof sender;
-    const auto count = ::recvfrom(descriptor, buffer.data(), buffer.size(), MSG_TRUNC,
-                                  reinterpret_cast<sockaddr*>(&sender), &length);
+    ssize_t count = 0;
+    do {
+        count = ::recvfrom(descriptor, buffer.data(), buffer.size(), MSG_TRUNC,
+                           reinterpret_cast<sockaddr*>(&sender), &length);
+    } while (count < 0 && errno == EINTR);
     return count > 0 && sender.nl_pid != 0 ? 0 : count;
+}
+
+bool addEverything(RoutingTable& table, std::uint16_t type, std::vector<std::byte>& buffer) {
+    const auto socket = openRoutingSocket(0);
+    const auto request = makeDumpRequest(type);
+    if (!socket || ::send(socket.value(), request.data(), request.size(), 0) < 0) return false;
+    auto progress = DumpProgress::more;
+    while (progress == DumpProgress::more) {
+        const auto length = receive(socket.value(), buffer);
+        if (length < 0) return false;
+        const auto size = static_cast<std::size_t>(length);
+        if (size > buffer.size()) {
+            buffer.resize(size); // for the next attempt
+            return false;
+        }
+        progress = addAnswer(table, NetlinkBytes(buffer).first(size));
+    }
+    return progress == DumpProgress::done;
 }
 
 std::string deviceTypeOf(const std::string& link) {
@@ -55,6 +74,14 @@ std::string deviceTypeOf(const std::string& link) {
     for (std::string line; std::getline(event, line);)
         if (line.starts_with(key)) return line.substr(key.size());
     return {};
+}
+
+std::optional<RoutingTable> readRoutingTable(std::vector<std::byte>& buffer) {
+    RoutingTable table;
+    if (!addEverything(table, RTM_GETLINK, buffer) || !addEverything(table, RTM_GETROUTE, buffer))
+        return std::nullopt;
+    for (auto& link : table.links) link.deviceType = deviceTypeOf(link.name);
+    return table;
 }
 
 } // namespace
@@ -76,65 +103,58 @@ void RouteWatcher::close() {
     pause_.reset();
 }
 
-// Handlers that were ready when the threads ended are still called, to let go of what they hold.
+// Handlers that were ready when the threads ended are still called, to release what they hold.
 bool RouteWatcher::isClosed() {
     const std::lock_guard lock(mutex_);
     return closed_;
 }
 
 bool RouteWatcher::open() {
-    const int descriptor = openRoutingSocket();
-    if (descriptor < 0) return false;
-    socket_.emplace(context_, descriptor);
-    tracker_.emplace(portOf(descriptor), deviceTypeOf);
-    if (!send(tracker_->begin())) {
-        socket_.reset();
-        return false;
-    }
-    wait();
+    auto opened = openRoutingSocket(changeGroups);
+    if (!opened) return false;
+    socket_.emplace(context_, opened.release());
+    asio::post(context_, [self = shared_from_this()] {
+        if (!self->isClosed()) self->refresh();
+    });
     return true;
 }
 
 void RouteWatcher::wait() {
     socket_->async_wait(asio::posix::stream_descriptor::wait_read,
                         [self = shared_from_this()](const asio::error_code& error) {
-                            if (!error && !self->isClosed()) self->read();
+                            if (error || self->isClosed()) return;
+                            if (self->takeChanges())
+                                self->refresh();
+                            else
+                                self->wait();
                         });
 }
 
-// Until nothing is left to read.
-void RouteWatcher::read() {
+// Reads all notifications. True if one of them may matter, or the kernel had to drop some.
+bool RouteWatcher::takeChanges() {
+    bool hasChanged = false;
     while (true) {
         const auto length = receive(socket_->native_handle(), buffer_);
-        if (length < 0 && errno == EINTR) continue;
-        if (length < 0 && errno == EAGAIN) return wait();
-        if (length < 0) return beginAgain();
+        if (length < 0) return hasChanged || errno != EAGAIN;
         const auto size = static_cast<std::size_t>(length);
-        if (size > buffer_.size()) {
-            buffer_.resize(size);
-            return beginAgain();
-        }
-        if (!react(tracker_->receive(NetlinkBytes(buffer_).first(size)))) return beginAgain();
+        const bool isCut = size > buffer_.size();
+        hasChanged = hasChanged || isCut || reportsChange(NetlinkBytes(buffer_).first(size));
     }
 }
 
-bool RouteWatcher::react(const RouteTracker::Reaction& reaction) {
-    if (reaction.failed) return false;
-    if (!reaction.request.empty() && !send(reaction.request)) return false;
-    if (reaction.status) report_(*reaction.status);
-    return true;
+// Reports only what did not change while it was read.
+void RouteWatcher::refresh() {
+    const auto table = readRoutingTable(buffer_);
+    if (!table || takeChanges()) return openAgain();
+    report_(reachabilityStatus(*table));
+    wait();
 }
 
-bool RouteWatcher::send(const std::vector<std::byte>& request) {
-    const auto sent = ::send(socket_->native_handle(), request.data(), request.size(), 0);
-    return sent == static_cast<ssize_t>(request.size());
-}
-
-void RouteWatcher::beginAgain() {
+void RouteWatcher::openAgain() {
     socket_.reset();
-    pause_.emplace(context_, pauseBeforeBeginningAgain);
+    pause_.emplace(context_, pauseBeforeOpeningAgain);
     pause_->async_wait([self = shared_from_this()](const asio::error_code& error) {
-        if (!error && !self->isClosed() && !self->open()) self->beginAgain();
+        if (!error && !self->isClosed() && !self->open()) self->openAgain();
     });
 }
 

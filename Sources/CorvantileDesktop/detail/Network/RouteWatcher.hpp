@@ -1,6 +1,5 @@
 #pragma once
 
-#include "CorvantileDesktop/detail/Network/RouteTracker.hpp"
 #include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
 
 #include <asio/io_context.hpp>
@@ -16,13 +15,13 @@
 
 namespace corvantile {
 
-// Keeps a routing socket open and reports the status that its tracker finds, first once, then after each
-// change that may matter. When the kernel had to drop messages, or refuses, it begins again with a new
-// socket.
+// Reports the status of the network, first once, then after each change that may matter. A routing socket
+// signals the changes; then all links and default routes are read again. (Following each notification instead
+// would miss the routes that vanish silently with their link.)
 class RouteWatcher final : public std::enable_shared_from_this<RouteWatcher> {
 public:
-    using Report =
-        std::function<void(NetworkReachabilityStatus)>; // on a thread of the context, one at a time
+    // Called on a thread of the context, one call at a time.
+    using Report = std::function<void(NetworkReachabilityStatus)>;
 
     RouteWatcher(asio::io_context& context, Report report);
 
@@ -37,18 +36,16 @@ private:
     [[nodiscard]] bool isClosed();
     bool open();
     void wait();
-    void read();
-    bool react(const RouteTracker::Reaction& reaction);
-    bool send(const std::vector<std::byte>& request);
-    void beginAgain();
+    [[nodiscard]] bool takeChanges();
+    void refresh();
+    void openAgain();
 
     asio::io_context& context_;
     const Report report_;
-    std::mutex mutex_; // of the two flags; the rest belongs to the one handler that is under way
+    std::mutex mutex_; // of the two flags; the rest belongs to the one handler that is pending or runs
     bool started_ = false;
     bool closed_ = false;
     std::vector<std::byte> buffer_;
-    std::optional<RouteTracker> tracker_;
     std::optional<asio::posix::stream_descriptor> socket_;
     std::optional<asio::steady_timer> pause_;
 };

@@ -52,12 +52,12 @@ const NetworkLink* linkOf(const NetworkRoute::Hop& hop, const Links& links) {
 
 } // namespace
 
-NetworkReachabilityStatus reachabilityStatus(const Links& links, const std::vector<NetworkRoute>& routes) {
+NetworkReachabilityStatus reachabilityStatus(const RoutingTable& table) {
     std::optional<std::pair<std::uint32_t, bool>> best; // metric, cellular
-    for (const auto& route : routes) {
+    for (const auto& route : table.routes) {
         if (!isDefault(route)) continue;
         for (const auto& hop : route.hops) {
-            const auto* const link = linkOf(hop, links);
+            const auto* const link = linkOf(hop, table.links);
             if (link == nullptr) continue;
             const std::pair candidate(route.metric, isCellular(*link));
             if (!best || candidate < *best) best = candidate;

@@ -16,7 +16,7 @@ struct NetworkLink {
     unsigned hardwareType = 0; // ARPHRD_…
     std::string name;          // "eth0"
     std::string kind;          // of a link made in software ("rmnet"); empty for hardware
-    std::string deviceType;    // what its driver calls it ("wwan"); empty for most
+    std::string deviceType;    // the driver's name for it ("wwan"); empty for most
 };
 
 // A route of the main or another table, in the kernel's terms.
@@ -34,10 +34,13 @@ struct NetworkRoute {
     std::vector<Hop> hops;
 };
 
-// What the machine can reach: something, if a default route of the main table leads over a link that is up;
-// which kind of network, is told by the route with the lowest metric. Of equal ones one that is not cellular
-// decides.
-[[nodiscard]] CORVANTILE_API NetworkReachabilityStatus
-reachabilityStatus(const std::vector<NetworkLink>& links, const std::vector<NetworkRoute>& routes);
+struct RoutingTable {
+    std::vector<NetworkLink> links;
+    std::vector<NetworkRoute> routes;
+};
+
+// Reachable if a default route of the main table leads over a link that is up. The route with the lowest
+// metric decides which kind of network it is; of equal ones, one that is not cellular.
+[[nodiscard]] CORVANTILE_API NetworkReachabilityStatus reachabilityStatus(const RoutingTable& table);
 
 } // namespace corvantile
