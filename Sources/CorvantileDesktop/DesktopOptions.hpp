@@ -42,11 +42,11 @@ struct DesktopOptions {
     // Prints a line for each load that finds an entry in the keychain but cannot read it.
     bool reportsUnreadableEntries = false;
 
-    // Takes the place of the console on `consoleDescriptor`, unless null: a host that shows its lines itself.
+    // Replaces the console on `consoleDescriptor`, unless null.
     std::shared_ptr<Console> console = nullptr;
 
 #if CORVANTILE_DESKTOP_HTTP
-    // Where requests go that name these origins, as HTTPRoutes says.
+    // Where requests to these origins go; see HTTPRoutes.
     std::map<std::string, std::string> httpRoutes = {};
 #endif
 
@@ -60,8 +60,8 @@ struct DesktopOptions {
     DesktopStoreOptions store = {};
 #endif
 
-    // Stands something of the host's own between the app and a port, before anything has asked for one. The
-    // platform's parts know each other as they were made. May be null.
+    // Replaces or wraps ports before the app sees them. The platform's own parts keep using each other as
+    // they were made. May be null.
     std::function<void(Ports& ports)> decorate = nullptr;
 };
 

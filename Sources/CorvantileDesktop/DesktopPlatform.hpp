@@ -37,25 +37,25 @@ public:
     // Where this process's state lives; empty when nothing lasts.
     [[nodiscard]] const std::filesystem::path& stateFolder() const { return stateFolder_; }
 
-    // The keychain under its own type: a host plays the lock and looks inside. Threads: any.
+    // The keychain under its own type, to lock it and to look inside. Threads: any.
     [[nodiscard]] Vault& vault() const;
 
 #if CORVANTILE_DESKTOP_HTTP
-    // Where requests go: a host plays a server. Threads: any.
+    // Where requests go: to a server of the host's own, for one. Threads: any.
     [[nodiscard]] HTTPRoutes& httpRoutes() const;
 #endif
 
-    // The ads services under their own type: a host decides what they say. Threads: any.
+    // The ads services under their own type, to set their answers. Threads: any.
     [[nodiscard]] LocalAds& ads() const;
 
 #if CORVANTILE_DESKTOP_OUTBOX
-    // The attribution SDK under its own type: a host tells it when the app is active, plays the network and
-    // looks at its packages. Threads: any.
+    // The attribution SDK under its own type, to set whether the app is active and online, and to look at its
+    // packages. Threads: any.
     [[nodiscard]] OutboxAdjust& adjust() const;
 #endif
 
 #if CORVANTILE_DESKTOP_STORE
-    // The store behind the payment queue and the requests: a host plays the store and its customers. Threads:
+    // The store behind the payment queue and the requests, to act as the store and its customers. Threads:
     // any.
     [[nodiscard]] LocalStore& store() const;
 #endif
@@ -63,8 +63,9 @@ public:
     // Runs the main queue until `stopMainLoop`. Main thread only, not from inside an item.
     void runMainLoop();
 
-    // Runs the main queue until `done` holds or `timeout` has passed, and answers what `done` says then. Asks
-    // first, after each item, and now and then while idle, since `done` may look at what other threads do.
+    // Runs the main queue until `done` returns true or `timeout` has passed, and returns what `done` returned
+    // last. Calls it first, after each item, and at intervals while idle, since `done` may depend on other
+    // threads.
     bool runMainLoopUntil(const std::function<bool()>& done, std::chrono::nanoseconds timeout);
 
     // Runs the main queue for as long as `duration`.

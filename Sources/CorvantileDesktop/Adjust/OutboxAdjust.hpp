@@ -35,8 +35,8 @@ public:
     void send(const ADJSubscription& subscription) override;
     void setPushToken(const std::vector<std::uint8_t>& token) override;
 
-    // The host tells when the app becomes active and when it resigns: in between, packages leave only with
-    // `sendInBackground`. Active until told otherwise.
+    // Call when the app becomes active and when it resigns (initially active). While it is not active,
+    // packages leave only with `sendInBackground`.
     void setActive(bool isActive);
 
     // Offline, packages stay. Online again, they leave at once, however long the next attempt was to wait.
@@ -45,7 +45,7 @@ public:
 
     // What waits, and what was delivered lately.
     [[nodiscard]] std::vector<OutboxEntry> packages() const;
-    // Looks at a file as it stands; nothing is set aside.
+    // Reads a file as it stands; nothing is moved aside.
     [[nodiscard]] static OutboxInspection inspect(const std::filesystem::path& file);
 
 private:

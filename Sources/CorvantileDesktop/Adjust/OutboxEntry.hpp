@@ -11,13 +11,13 @@ namespace corvantile {
 
 enum class PackageKind : int { session, event, subscription };
 
-// `refused`: the server has answered, and took it no better than that.
+// `refused`: the server has answered with another status than success.
 enum class PackageState : int { waiting, sent, refused };
 
-// What became of one attempt to deliver.
+// The result of one attempt to deliver.
 struct DeliveryAnswer {
     std::optional<int> status = {}; // of HTTP; missing when no answer came
-    std::string text;               // the answer's bytes, or why none came; its beginning, if it is long
+    std::string text;               // the answer's bytes, or why there is none; its beginning, if it is long
 };
 
 // A package for people.

@@ -12,7 +12,7 @@ namespace corvantile {
 
 namespace {
 
-// Texts for people, as the code alone says little.
+// Texts for people; the code alone is a number.
 const char* textOf(AAAttributionFailure failure) {
     switch (failure) {
     case AAAttributionFailure::networkError: return "The attribution service cannot be reached.";

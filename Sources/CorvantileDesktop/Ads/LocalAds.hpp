@@ -11,9 +11,9 @@
 
 namespace corvantile {
 
-// What the ads services of this machine say. By default they do as a device without them does.
+// The answers of this machine's ads services; by default those of a device without them.
 struct AdsOptions {
-    // What whoever asks for an attribution token gets; none: `failure` is thrown.
+    // The attribution token; nullopt: `failure` is thrown.
     std::optional<std::string> token = {};
     AAAttributionFailure failure = AAAttributionFailure::platformNotSupported;
     // How long either takes; more than LocalAds::longestDelay counts as that.
@@ -31,7 +31,7 @@ public:
     explicit LocalAds(AdsOptions options);
     ~LocalAds() override;
 
-    // What is asked for from now on finds these.
+    // Affects later calls.
     void set(AdsOptions options);
 
     // Blocks its thread for the delay.

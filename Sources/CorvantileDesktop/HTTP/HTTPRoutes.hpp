@@ -9,7 +9,7 @@
 
 namespace corvantile {
 
-// Requests that go somewhere else than they say, so that a desk or a test can play a server. Threads: any.
+// Sends requests to another server than their URL names, for a test or a fake server. Threads: any.
 class CORVANTILE_API HTTPRoutes {
 public:
     HTTPRoutes();

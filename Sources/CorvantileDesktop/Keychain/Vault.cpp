@@ -44,7 +44,7 @@ struct Vault::Parts {
         return options.folder.empty() ? fs::path() : options.folder / vaultFileName;
     }
 
-    // False also where that cannot be told.
+    // False also when the file cannot be read.
     bool holds(std::string_view account, std::string_view service) {
         try {
             return reader.find(account, service).has_value();

@@ -10,10 +10,10 @@ namespace corvantile {
 // What the desktop's store sells, and how its time runs.
 struct DesktopStoreOptions {
     // A StoreKit configuration file, read at launch. Empty: a store that sells nothing. One that cannot be
-    // read is said on the console, and product requests fail with the reason.
+    // read is reported on the console, and product requests fail with the reason.
     std::filesystem::path catalogue = {};
 
-    // As LocalStoreOptions says.
+    // See LocalStoreOptions.
     std::optional<double> clockRate = {};
     std::optional<Date> start = {};
 };

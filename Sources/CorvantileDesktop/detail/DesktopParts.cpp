@@ -9,7 +9,7 @@
 #include "CorvantileDesktop/Foundation/detail/SystemClock.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantileDesktop/detail/Application/LocalDevice.hpp"
-#include "CorvantileDesktop/detail/Queues/DesktopQueues.hpp"
+#include "CorvantileDesktop/detail/Queues/SerialQueue.hpp"
 #include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantilePlatform/Application/UIApplicationDelegate.hpp"
 

@@ -49,7 +49,7 @@ void write(int descriptor, std::string_view bytes) {
         else if (errno == EAGAIN)
             waitUntilWritable(descriptor);
         else if (errno != EINTR)
-            return; // nobody to tell: this is where faults are told
+            return; // errors are reported on the console, so this one cannot be
     }
 }
 

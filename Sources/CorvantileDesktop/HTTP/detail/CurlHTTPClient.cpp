@@ -1,7 +1,6 @@
 #include "CorvantileDesktop/HTTP/detail/CurlHTTPClient.hpp"
 
 #include "CorvantileDesktop/HTTP/HTTPRoutes.hpp"
-#include "CorvantileDesktop/HTTP/detail/CurlErrors.hpp"
 #include "CorvantileDesktop/HTTP/detail/CurlTransfers.hpp"
 #include "CorvantileDesktop/HTTP/detail/HTTPDelivery.hpp"
 #include "CorvantileDesktop/HTTP/detail/WebAddress.hpp"
@@ -13,7 +12,7 @@ namespace corvantile {
 
 namespace {
 
-// The host as errors name it, and whoever answers in its place.
+// The host as errors name it, with the one that a route leads to.
 std::string hostText(const WebAddress& asked, const WebAddress& destination) {
     if (asked.origin() == destination.origin()) return asked.hostAndPort();
     return asked.hostAndPort() + " (at " + destination.hostAndPort() + ")";

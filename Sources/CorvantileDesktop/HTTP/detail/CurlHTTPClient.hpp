@@ -21,7 +21,7 @@ public:
     [[nodiscard]] std::shared_ptr<PlatformRequest>
     send(HTTPRequest request, std::shared_ptr<DispatchQueue> queue, Completion completion) override;
 
-    // Drops what is under way and, from now on, what is sent.
+    // Drops requests in flight and all later ones.
     void close();
 
 private:

@@ -1,10 +1,11 @@
 #include "CorvantileDesktop/HTTP/detail/CurlTransfer.hpp"
 
-#include "CorvantileDesktop/HTTP/detail/CurlErrors.hpp"
 #include "CorvantileDesktop/HTTP/detail/HTTPDelivery.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <new>
 #include <utility>
@@ -15,7 +16,7 @@ namespace corvantile {
 
 namespace {
 
-// Of an answer, with its headers: whoever sends more means no good.
+// Upper bound for a response including headers. Larger responses are aborted.
 constexpr std::size_t largestAnswer = 64UL * 1024 * 1024;
 
 // More than these lead in a circle.
@@ -50,7 +51,47 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
+HTTPFailure failureOf(CURLcode code, long osError) {
+    switch (code) {
+    case CURLE_URL_MALFORMAT: return HTTPFailure::badURL;
+    case CURLE_OPERATION_TIMEDOUT: return HTTPFailure::timedOut;
+    case CURLE_TOO_MANY_REDIRECTS: return HTTPFailure::tooManyRedirections;
+    case CURLE_COULDNT_RESOLVE_HOST: return HTTPFailure::cannotFindHost;
+    case CURLE_COULDNT_CONNECT:
+        return osError == ENETUNREACH ? HTTPFailure::notConnectedToInternet
+                                      : HTTPFailure::cannotConnectToHost;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_SSL_ENGINE_NOTFOUND:
+    case CURLE_SSL_ENGINE_SETFAILED:
+    case CURLE_SSL_ENGINE_INITFAILED:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_CRL_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+    case CURLE_SSL_CLIENTCERT:
+    case CURLE_PEER_FAILED_VERIFICATION: return HTTPFailure::secureConnectionFailed;
+    case CURLE_UNSUPPORTED_PROTOCOL: // an answer that is no HTTP: the address's own scheme was checked
+    case CURLE_WEIRD_SERVER_REPLY:
+    case CURLE_WRITE_ERROR: // ours: the answer is too large
+    case CURLE_BAD_CONTENT_ENCODING: return HTTPFailure::badServerResponse;
+    default: return HTTPFailure::networkConnectionLost;
+    }
+}
+
 } // namespace
+
+std::exception_ptr httpError(HTTPFailure failure, const std::string& text) {
+    return std::make_exception_ptr(
+        NSError(httpErrorDomain, static_cast<int>(failure), {{NSError::localizedDescriptionKey, text}}));
+}
+
+std::exception_ptr httpError(CURLcode code, long osError, const std::string& host) {
+    const std::string reason =
+        code == CURLE_WRITE_ERROR ? "Its answer is too large" : curl_easy_strerror(code);
+    return httpError(failureOf(code, osError), "The exchange with " + host + " failed: " + reason + ".");
+}
 
 CurlTransfer::CurlTransfer(HTTPRequest request, std::string host, std::shared_ptr<HTTPDelivery> delivery)
     : request_(std::move(request)),
@@ -85,8 +126,8 @@ void CurlTransfer::set(CURLoption option, Value value) {
 }
 
 // No proxy: one that the environment names would see what requests carry, and would be asked for loopback
-// addresses. No reading of the user's own files, no waiting for the system's name look-up once nobody wants
-// the answer. A redirection leads to no other protocol than HTTP, and never out of a protected exchange.
+// addresses. No reading of the user's own files, no waiting for the system's name look-up after a
+// cancellation. A redirection leads to no other protocol than HTTP, and never out of a protected exchange.
 void CurlTransfer::restrict() {
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_SSL_VERIFYPEER, 1L);
@@ -122,7 +163,7 @@ void CurlTransfer::describe() {
 }
 
 void CurlTransfer::describeHeaders() {
-    // The library's own ideas, which the request's replace.
+    // The library's defaults, which the request's headers replace.
     for (const char* const name : {"Accept", "Content-Type"})
         if (std::none_of(request_.headers.begin(), request_.headers.end(),
                          [name](const auto& header) { return isSameName(header.first, name); }))
@@ -155,7 +196,7 @@ bool CurlTransfer::takes(std::size_t count) {
     return true;
 }
 
-// A status line begins anew: what an interim answer said is not the answer's.
+// A status line discards the headers so far: they were an interim response's.
 void CurlTransfer::readHeader(std::string_view line) {
     if (line.substr(0, 5) == "HTTP/") return response_.headers.clear();
     const auto colon = line.find(':');

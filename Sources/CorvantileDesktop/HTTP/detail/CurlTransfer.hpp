@@ -5,6 +5,7 @@
 #include <curl/curl.h>
 
 #include <cstddef>
+#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,6 +13,12 @@
 namespace corvantile {
 
 class HTTPDelivery;
+
+[[nodiscard]] std::exception_ptr httpError(HTTPFailure failure, const std::string& text);
+
+// Why the exchange with `host` failed; `osError` is the system's number for a refused connection, or 0. The
+// text names nothing else of the request.
+[[nodiscard]] std::exception_ptr httpError(CURLcode code, long osError, const std::string& host);
 
 // One exchange with one server, on a connection of its own: what a kept connection saves is not worth that a
 // request is sent again without being asked when the server has just dropped it. One thread at a time.

@@ -20,7 +20,7 @@ CurlTransfers::CurlTransfers() = default;
 
 CurlTransfers::~CurlTransfers() { close(); }
 
-// One that is dropped goes with the argument, after the lock: its end may run user code.
+// A dropped transfer is destroyed with the argument, after the lock: that may run user code.
 void CurlTransfers::add(std::unique_ptr<CurlTransfer> transfer) {
     const std::lock_guard lock(mutex_);
     if (isClosed_) return;

@@ -12,7 +12,7 @@
 
 namespace corvantile {
 
-// The exchanges that are under way, on one thread of their own, which the first begins. Threads: any.
+// The exchanges in flight, on one thread of their own, which the first one starts. Threads: any.
 class CurlTransfers {
 public:
     CurlTransfers();
@@ -23,10 +23,10 @@ public:
     // Begins one. Once closed, it is dropped.
     void add(std::unique_ptr<CurlTransfer> transfer);
 
-    // Looks soon for what was cancelled.
+    // Has cancelled exchanges dropped soon.
     void wake();
 
-    // Joins the thread and drops what is under way, on the calling thread. A second call does nothing.
+    // Joins the thread and drops exchanges in flight, on the calling thread. A second call does nothing.
     void close();
 
 private:

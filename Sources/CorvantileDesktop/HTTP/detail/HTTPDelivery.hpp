@@ -10,8 +10,8 @@ namespace corvantile {
 
 class DispatchQueue;
 
-// The end of one exchange: its completion, which waits for an outcome and for its queue. What will post it,
-// or was posted, owns it, so that a process that ends lets go of it. Threads: any.
+// The completion of one exchange, called at most once, on its queue. The transfer owns it, then the posted
+// item, so that it is released when the process ends. Threads: any.
 class HTTPDelivery final : public std::enable_shared_from_this<HTTPDelivery> {
 public:
     HTTPDelivery(std::shared_ptr<DispatchQueue> queue, HTTPClient::Completion completion);
@@ -20,7 +20,7 @@ public:
     void succeed(HTTPResponse response);
     void fail(std::exception_ptr error);
 
-    // The completion goes uncalled. False when it has begun.
+    // The completion is not called. False when it was called already.
     bool cancel();
     [[nodiscard]] bool isCancelled() const;
 

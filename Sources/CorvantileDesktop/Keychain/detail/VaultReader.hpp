@@ -24,7 +24,7 @@ public:
     ~VaultReader();
 
     [[nodiscard]] std::optional<SealedEntry> find(std::string_view account, std::string_view service);
-    // All of them, by service and account; of a damaged file what can be read, and `fault` says so.
+    // All of them, by service and account; of a damaged file what can be read, and `fault` is set.
     [[nodiscard]] std::vector<SealedEntry> all(std::string& fault);
 
     // Closes the file: its name may lead to another now.

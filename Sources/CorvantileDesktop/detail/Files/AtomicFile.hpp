@@ -15,7 +15,7 @@ enum class WriteResult { written, exists, failed };
 // The bytes of a regular file; nullopt when there is none or it cannot be read.
 [[nodiscard]] std::optional<std::string> readFile(const std::filesystem::path& file);
 
-// Where two write at the same moment, one gets `written` and the other `exists`.
+// Of two writers at once, one gets `written` and the other `exists`.
 [[nodiscard]] WriteResult writeNewFile(const std::filesystem::path& file, std::string_view bytes);
 
 [[nodiscard]] bool replaceFile(const std::filesystem::path& file, std::string_view bytes);

@@ -175,7 +175,7 @@ DumpProgress addAnswer(RoutingTable& table, NetlinkBytes datagram) {
 }
 
 std::vector<std::byte> makeDumpRequest(std::uint16_t type) {
-    // Older kernels want the whole body of the kind that is asked for; zero says "all families".
+    // Older kernels require the whole body of the requested kind; zero means all families.
     const auto bodyLength = type == RTM_GETLINK ? sizeof(ifinfomsg) : sizeof(rtmsg);
     nlmsghdr header{};
     header.nlmsg_len = static_cast<std::uint32_t>(NLMSG_LENGTH(bodyLength));

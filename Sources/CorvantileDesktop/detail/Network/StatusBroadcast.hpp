@@ -10,8 +10,7 @@
 
 namespace corvantile {
 
-// One listener on its queue, until `isStopped`. Owned by whoever wants to listen: nothing posted keeps it
-// alive.
+// One listener on its queue, until `isStopped`. Its manager owns it: nothing posted keeps it alive.
 struct StatusSubscription {
     StatusSubscription(std::shared_ptr<DispatchQueue> deliveryQueue,
                        NetworkReachabilityManager::Listener statusListener);
@@ -22,8 +21,8 @@ struct StatusSubscription {
     std::optional<NetworkReachabilityStatus> posted; // the broadcast's, under its mutex
 };
 
-// Tells each subscription the status, once known, and then what differs from what it was told last.
-// Threads: any.
+// Posts the status to each subscription, once known, and then whenever it differs from the last one posted
+// there. Threads: any.
 class StatusBroadcast {
 public:
     void add(const std::shared_ptr<StatusSubscription>& subscription);

@@ -13,7 +13,7 @@ struct sqlite3_stmt;
 
 namespace corvantile {
 
-// What SQLite answered instead of doing what it was asked. Caught where a store meets its port.
+// An error of SQLite's. Caught where a store meets its port.
 class SqliteError final : public std::exception {
 public:
     SqliteError(int extendedCode, std::string message);
@@ -23,7 +23,8 @@ public:
     [[nodiscard]] int extendedCode() const { return extendedCode_; }
     // The file is no database, or its content contradicts itself.
     [[nodiscard]] bool isUnreadable() const;
-    // What the same connection may well do later; after anything else it is made anew.
+    // The same connection may succeed later (full disk, lock); after any other error a new connection is
+    // needed.
     [[nodiscard]] bool mayPass() const;
     [[nodiscard]] const char* what() const noexcept override { return message_.c_str(); }
 
@@ -78,7 +79,7 @@ public:
     // Leaves the write-ahead log as it is: ending a process never waits for the disk.
     ~SqliteDatabase();
 
-    // Any number of statements, whose rows are passed over.
+    // Any number of statements, whose rows are ignored.
     void execute(const char* statements);
     // Runs `work` as one transaction, which takes the write lock first. Rolls back when it throws.
     template <class Work>
@@ -100,8 +101,8 @@ public:
     // Rows that the last statement changed.
     [[nodiscard]] int changes() const;
 
-    // From now on the log grows until somebody moves it into the database, and `logPages` says how long it
-    // was at the last commit of this connection.
+    // Turns off automatic checkpoints: the log grows until `emptyLog`. `logPages` is its length after the
+    // last commit of this connection.
     void keepLog();
     [[nodiscard]] int logPages() const { return logPages_; }
     // Moves what it can from the log into the database without stopping anybody. True: all of it.

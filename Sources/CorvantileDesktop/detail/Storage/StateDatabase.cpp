@@ -157,10 +157,10 @@ std::unique_ptr<SqliteDatabase> openState(const fs::path& file, const StateForma
 void emptyStateLog(const fs::path& file, const StateFormat& format) try {
     SqliteDatabase database(file, SqliteDatabase::Missing::fails);
     database.execute("PRAGMA synchronous = NORMAL");
-    // The first write to an emptied log waits for the disk: it had better be this one than somebody's next.
+    // The first write to an emptied log waits for the disk. This one does, so that no save has to.
     if (database.emptyLog()) database.execute(mark(format).c_str());
 } catch (const SqliteError&) {
-    // Whoever writes next watches the log still.
+    // The log stays long, and a later write that makes it longer tries again.
 }
 
 LogTrimmer::LogTrimmer(fs::path file, const StateFormat& format, int longLog, BackgroundRunner inBackground)
