@@ -16,8 +16,8 @@ namespace {
 
 using Moment = std::chrono::steady_clock::time_point;
 
-// How long an idle loop leaves a condition unasked that another thread may have made true.
-constexpr std::chrono::milliseconds askAgainAfter{5};
+// How often an idle loop checks a condition that another thread may make true.
+constexpr std::chrono::milliseconds conditionInterval{5};
 
 Moment momentAfter(std::chrono::nanoseconds duration) {
     const auto now = std::chrono::steady_clock::now();
@@ -70,7 +70,7 @@ bool DesktopPlatform::runMainLoopUntil(const std::function<bool()>& done, std::c
     bool isDone = done();
     for (; !isDone && !loop.stopped() && std::chrono::steady_clock::now() < end; isDone = done()) {
         parts_->userDefaults->beginTurn();
-        loop.run_one_until(std::min(end, momentAfter(askAgainAfter)));
+        loop.run_one_until(std::min(end, momentAfter(conditionInterval)));
     }
     loop.restart();
     return isDone;

@@ -29,8 +29,8 @@ Outbox::Outbox(std::filesystem::path file, std::shared_ptr<Console> console, Bac
              .inBackground = std::move(inBackground),
              .longLog = longOutboxLog,
              .subject = "Adjust's packages",
-             .ofLoss = "that waited are lost from view",
-             .afterLoss = " A new outbox has begun.",
+             .lossPrefix = "that waited are lost from view",
+             .lossSuffix = " A new outbox has begun.",
              .onDamage = nullptr}) {}
 
 Outbox::~Outbox() {

@@ -28,8 +28,8 @@ DefaultsMirror::DefaultsMirror(std::filesystem::path path, std::shared_ptr<Conso
              .inBackground = std::move(inBackground),
              .longLog = SQLiteUserDefaults::longLog,
              .subject = "User defaults",
-             .ofLoss = "began anew",
-             .afterLoss = "",
+             .lossPrefix = "began anew",
+             .lossSuffix = "",
              // Everything that this process knows is worth saving.
              .onDamage = [this] {
                  for (const auto& [key, value] : values_) unwritten_.try_emplace(key, value);

@@ -19,9 +19,9 @@ struct RetryingFileOptions {
     BackgroundRunner inBackground;
     int longLog = 0; // pages
 
-    std::string subject;   // "User defaults", before "cannot be written to PATH"
-    std::string ofLoss;    // "began anew", after the subject and before ": PATH cannot be used …"
-    std::string afterLoss; // a sentence at the end of that line, after a space; or nothing
+    std::string subject;    // "User defaults", before "cannot be written to PATH"
+    std::string lossPrefix; // "began anew", after the subject and before ": PATH cannot be used …"
+    std::string lossSuffix; // a sentence at the end of that line, after a space; or nothing
 
     // Called before a file that turned out damaged while it was open is given up. May be null.
     std::function<void()> onDamage;
@@ -87,7 +87,7 @@ private:
     void open(Load load) {
         file_.reset();
         auto opened = openOrBeginState(options_.path, File::format);
-        if (!opened.loss.empty()) report(options_.ofLoss + ": " + opened.loss + options_.afterLoss);
+        if (!opened.loss.empty()) report(options_.lossPrefix + ": " + opened.loss + options_.lossSuffix);
         auto file = std::make_unique<File>(std::move(opened.database));
         load(*file);
         file_ = std::move(file);
