@@ -1,7 +1,7 @@
-#include "Tools/corvantile/Description/AppDescription.hpp"
+#include "CorvantilePlay/detail/Description/AppDescription.hpp"
+#include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
+#include "CorvantilePlay/detail/Text/Refusal.hpp"
 #include "Fuzz/Input.hpp"
-#include "Tools/corvantile/Refusal.hpp"
-#include "Tools/corvantile/TemporaryFolder.hpp"
 
 using namespace corvantile;
 

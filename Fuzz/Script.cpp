@@ -1,7 +1,7 @@
+#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/Values.hpp"
+#include "CorvantilePlay/detail/Text/Words.hpp"
 #include "Fuzz/Input.hpp"
-#include "Tools/corvantile/Refusal.hpp"
-#include "Tools/corvantile/Values.hpp"
-#include "Tools/corvantile/Words.hpp"
 
 #include <algorithm>
 #include <cctype>

@@ -19,7 +19,7 @@ cmake_dependent_option(CORVANTILE_DESKTOP_OUTBOX "Give CorvantileDesktop the out
 
 option(CORVANTILE_BUILD_TESTS "Build the tests" OFF)
 option(CORVANTILE_BUILD_BENCHMARKS "Build the benchmarks" OFF)
-option(CORVANTILE_BUILD_TOOLS "Build the command-line host" OFF)
+option(CORVANTILE_BUILD_TOOLS "Build CorvantilePlay and the command-line host" OFF)
 option(CORVANTILE_BUILD_EXAMPLES "Build the example hosts" OFF)
 option(CORVANTILE_BUILD_FUZZERS "Build the fuzz targets" OFF)
 option(CORVANTILE_INSTALL "Make the install rules" ${PROJECT_IS_TOP_LEVEL})

@@ -5,8 +5,8 @@
 #include "Benchmarks/SilentConsole.hpp"
 #include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
+#include "CorvantilePlay/detail/Proof/SteppedPorts.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
-#include "Tools/corvantile/Prove/SteppedPorts.hpp"
 
 #include <benchmark/benchmark.h>
 

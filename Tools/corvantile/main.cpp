@@ -1,7 +1,7 @@
-#include "Tools/corvantile/CommandLine.hpp"
-#include "Tools/corvantile/Interruption.hpp"
-#include "Tools/corvantile/Refusal.hpp"
-#include "Tools/corvantile/StandardOutput.hpp"
+#include "CorvantilePlay/detail/CommandLine/CommandLine.hpp"
+#include "CorvantilePlay/detail/Output/Interruption.hpp"
+#include "CorvantilePlay/detail/Output/StandardOutput.hpp"
+#include "CorvantilePlay/detail/Text/Refusal.hpp"
 
 #include <CLI/CLI.hpp>
 

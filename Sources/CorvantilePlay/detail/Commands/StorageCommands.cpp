@@ -1,0 +1,122 @@
+#include "Corvantile/Extension/DatabaseManipulating.hpp"
+#include "Corvantile/Plugin/Database/DatabasePluggable.hpp"
+#include "Corvantile/Plugin/Database/FirstDatePluggable.hpp"
+#include "Corvantile/Plugin/Database/UserPreferenceProtocol.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
+#include "CorvantilePlay/detail/Commands/Commands.hpp"
+#include "CorvantilePlay/detail/Commands/Latest.hpp"
+#include "CorvantilePlay/detail/Output/Reporter.hpp"
+#include "CorvantilePlay/detail/Session/Host.hpp"
+#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/SettingText.hpp"
+#include "CorvantilePlay/detail/Text/Values.hpp"
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+namespace corvantile::tool {
+
+namespace {
+
+constexpr const char* loadedMoment = "the records are loaded a second after the launch (wait 1100ms)";
+
+// A record that is stored may be read again and published on other queues first.
+void awaitNews(Host& host, const News& news) {
+    constexpr std::chrono::seconds patience{1};
+    host.goOn([&news] { return news.haveCome(); }, patience);
+    if (!news.haveCome())
+        host.reporter().tell("host", "silent",
+                             "nothing is published: there is no user, or no stored record that can be read");
+}
+
+void runSetting(Host& host, Arguments given) {
+    const auto database = host.service<DatabasePluggable>();
+    const auto setting = latest(database->setting());
+    if (!setting) throw Refusal(std::string("there is no setting to change yet: ") + loadedMoment);
+    const auto parameters = parseParameters(given);
+    const auto changed = changedSetting(*setting, *parameters);
+    host.reporter().tell("host", "setting", "updates the setting: " + describeParameters(*parameters),
+                         {{"setting", *parameters}});
+    const News news(database->setting());
+    database->update(changed);
+    awaitNews(host, news);
+}
+
+void runReset(Host& host) {
+    const auto database = host.service<DatabasePluggable>();
+    const bool isKnown = latest(database->application()).has_value();
+    const News news(database->application());
+    host.reporter().tell("host", "reset", "stamps the application record with the time of the moment");
+    database->resetApplication();
+    if (isKnown) return awaitNews(host, news);
+    host.reporter().tell("host", "silent", std::string("that waits for the first record: ") + loadedMoment);
+}
+
+void runReload(Host& host) {
+    const auto database = host.service<DatabasePluggable>();
+    const News news(database->application());
+    host.reporter().tell("host", "reload", "reads the stored application record again");
+    database->reloadApplication();
+    awaitNews(host, news);
+}
+
+void runFirstDate(Host& host) {
+    const auto date = latest(host.service<FirstDatePluggable>()->firstDate());
+    if (date)
+        host.reporter().tell("host", "firstdate", "the first date is " + describe(*date), {{"date", *date}});
+    else
+        host.reporter().tell("host", "firstdate", "no first date is published yet: activate does it");
+}
+
+void tellDeleted(Host& host, const std::string& beginning, const NSUserDefaults::Dictionary& before) {
+    const auto defaults = NSUserDefaults::standardUserDefaults();
+    Names names;
+    for (const auto& [name, value] : before)
+        if (!defaults->valueForKey(name)) names.push_back(name);
+    host.reporter().tell(
+        "host", "delete",
+        names.empty() ? "no stored name begins with " + beginning : "deletes " + listed(names),
+        {{"beginning", beginning}, {"deleted", EventValue::List(names.begin(), names.end())}});
+}
+
+void runDelete(Host& host, Arguments given) {
+    const auto preference = host.service<UserPreferenceProtocol>();
+    const auto beginning = given.empty() ? std::string(DatabaseManipulating::prefix) : given[0].text;
+    const auto before = NSUserDefaults::standardUserDefaults()->dictionaryRepresentation();
+    const auto isOpen = std::make_shared<bool>(false);
+    preference->asyncOpen([isOpen, beginning](DatabaseManipulating& store, const std::string&) {
+        *isOpen = true;
+        store.deleteAll(beginning);
+    });
+    host.settle();
+    if (!*isOpen)
+        throw Refusal(std::string("there is no user whose records could be deleted: ") + loadedMoment);
+    tellDeleted(host, beginning, before);
+}
+
+} // namespace
+
+std::vector<Command> storageCommands(Host& host) {
+    return {
+        {"setting",
+         "KEY=VALUE…",
+         "update the settings record that was published last",
+         [&host](Arguments given) { runSetting(host, given); },
+         {"manageSubscriptionEnabled and reviewAppEnabled are true or false.",
+          "iapPolicy is a text with a line for each term, or a JSON list: iapPolicy='[\"one\", \"two\"]'"}},
+        {"reset", "", "stamp the application record with the time of the moment (resetApplication)",
+         [&host](Arguments) { runReset(host); }},
+        {"reload", "", "read the application record again and publish it (reloadApplication)",
+         [&host](Arguments) { runReload(host); }},
+        {"firstdate", "", "show the first-install date that was published last",
+         [&host](Arguments) { runFirstDate(host); }},
+        {"delete",
+         "[PREFIX]",
+         "delete the stored records whose names begin so, or all of them",
+         [&host](Arguments given) { runDelete(host, given); },
+         {"Names begin with appconfig_, which belongs to the PREFIX: delete appconfig_Setting"}},
+    };
+}
+
+} // namespace corvantile::tool

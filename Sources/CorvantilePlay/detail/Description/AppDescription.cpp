@@ -1,0 +1,180 @@
+#include "CorvantilePlay/detail/Description/AppDescription.hpp"
+
+#include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
+#include "CorvantilePlay/detail/Description/DescriptionObject.hpp"
+#include "CorvantilePlay/detail/Description/Services.hpp"
+#include "CorvantilePlay/detail/Kinds/PurchaseKinds.hpp"
+#include "CorvantilePlay/detail/Text/FileText.hpp"
+#include "CorvantilePlay/detail/Text/NearestName.hpp"
+#include "CorvantilePlay/detail/Text/Refusal.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstddef>
+#include <set>
+#include <string_view>
+#include <utility>
+
+namespace corvantile::tool {
+
+namespace {
+
+// The reader would let the last of two members of one name win, silently.
+class DuplicateKeys {
+public:
+    void operator()(nlohmann::json::parse_event_t event, const nlohmann::json& value) {
+        if (event == nlohmann::json::parse_event_t::object_start) keys_.emplace_back();
+        if (event == nlohmann::json::parse_event_t::object_end) keys_.pop_back();
+        if (event == nlohmann::json::parse_event_t::key && !keys_.back().insert(value).second)
+            throw Refusal("the key " + value.dump() + " is there twice");
+    }
+
+private:
+    std::vector<std::set<std::string>> keys_;
+};
+
+std::string lineAt(std::string_view text, std::size_t byte) {
+    const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(byte, text.size()));
+    return std::to_string(std::count(text.begin(), end, '\n') + 1);
+}
+
+// What comes after the end of the reader's own prefix: its number, and for a syntax error line and column.
+std::string reason(std::string_view message, std::string_view prefixEnd) {
+    const auto end = message.find(prefixEnd);
+    return std::string(end == std::string_view::npos ? message : message.substr(end + prefixEnd.size()));
+}
+
+nlohmann::json parse(const std::string& text, const std::string& file) {
+    try {
+        return nlohmann::json::parse(text, [keys = DuplicateKeys()](int, nlohmann::json::parse_event_t event,
+                                                                    nlohmann::json& value) mutable {
+            keys(event, value);
+            return true;
+        });
+    } catch (const nlohmann::json::parse_error& error) {
+        const auto last = error.byte == 0 ? 0 : error.byte - 1; // what was read last is what was not expected
+        throw Refusal(file + ":" + lineAt(text, last) + ": " + reason(error.what(), ": "));
+    } catch (const nlohmann::json::exception& error) { // a number that nothing can hold
+        throw Refusal(file + ": " + reason(error.what(), "] "));
+    } catch (const Refusal& refusal) {
+        throw Refusal(file + ": " + refusal.what());
+    }
+}
+
+template <class Kind>
+const Kind& findKind(const std::vector<Kind>& kinds, std::string_view what, const DescriptionObject& object) {
+    const auto name = object.text("kind");
+    const auto found =
+        std::find_if(kinds.begin(), kinds.end(), [&](const Kind& kind) { return kind.name == name; });
+    if (found != kinds.end()) return *found;
+    Names names;
+    for (const auto& kind : kinds) names.push_back(kind.name);
+    object.refuse("kind", unknownName(what, name, names));
+}
+
+class Reader {
+public:
+    Reader(const PlugInRegistry& registry, const DescriptionObject& top) : registry_(registry), top_(top) {}
+
+    AppDescription read() {
+        top_.allow({"bundleIdentifier", "name", "plugins", "sinks", "attribution", "ads", "httpRoutes",
+                    "server", "promoteInstall", "store"});
+        readNames();
+        for (const auto& kind : registry_.plugIns)
+            app_.services.insert(app_.services.end(), kind.offers.begin(), kind.offers.end());
+        for (const auto& object : top_.objects("plugins")) readPlugIn(object);
+        for (const auto& object : top_.objects("sinks")) readSink(object);
+        checkNeeds();
+        readServices(top_, app_);
+        return std::move(app_);
+    }
+
+private:
+    void readNames() {
+        app_.bundleIdentifier = top_.text("bundleIdentifier");
+        static constexpr std::string_view allowed =
+            "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-.";
+        const auto& identifier = app_.bundleIdentifier;
+        if (identifier.find_first_not_of(allowed) != std::string::npos || identifier.front() == '.')
+            top_.refuse(
+                "bundleIdentifier",
+                "expected letters, digits, hyphens and points, such as com.example.app, but found \"" +
+                    identifier + "\"");
+        app_.name = top_.text("name", app_.bundleIdentifier);
+    }
+
+    void readPlugIn(const DescriptionObject& object) {
+        object.allow({"kind", "configuration"});
+        const auto& kind = findKind(registry_.plugIns, "plug-in", object);
+        const auto configuration = object.object("configuration");
+        app_.plugIns.push_back({kind.name, kind.read(configuration), kind.follow});
+        if (kind.name == "IAPReceiptPlugin" && !app_.receiptProducts)
+            app_.receiptProducts = readReceiptProducts(configuration);
+        for (const auto& offered : kind.offers) offered_.insert(offered.name);
+        for (const auto& needed : kind.needs) needs_.push_back({object, kind.name, needed});
+    }
+
+    void readSink(const DescriptionObject& object) {
+        object.allow({"kind", "name", "ignore", "register", "configuration"});
+        const auto& kind = findKind(registry_.sinks, "sink", object);
+        SinkDescription sink{.name = object.text("name"),
+                             .kind = kind.name,
+                             .ignoredEventNames = object.texts("ignore"),
+                             .registersAtLaunch = readsLaunch(object),
+                             .make = kind.read(object.object("configuration"))};
+        if (!sinkNames_.insert(sink.name).second)
+            object.refuse("name", "there is a sink \"" + sink.name + "\" already");
+        needs_.push_back({object, "a sink", std::string(AnalyticPluggable::typeName)});
+        app_.sinks.push_back(std::move(sink));
+    }
+
+    static bool readsLaunch(const DescriptionObject& object) {
+        const auto moment = object.text("register", "launch");
+        if (moment != "launch" && moment != "command")
+            object.refuse("register", "expected \"launch\" or \"command\", but found \"" + moment + "\"");
+        return moment == "launch";
+    }
+
+    void checkNeeds() const {
+        for (const auto& [object, who, service] : needs_)
+            if (!offered_.count(service))
+                object.refuse({}, who + " needs " + service + ", which no plug-in of this app offers; add " +
+                                      listed(registry_.offering(service)));
+    }
+
+    struct Need {
+        DescriptionObject object;
+        std::string who;
+        std::string service;
+    };
+
+    const PlugInRegistry& registry_;
+    const DescriptionObject& top_;
+    AppDescription app_;
+    std::set<std::string> offered_;
+    std::set<std::string> sinkNames_;
+    std::vector<Need> needs_;
+};
+
+} // namespace
+
+bool AppDescription::hasPlugIn(const std::string& kind) const {
+    return std::any_of(plugIns.begin(), plugIns.end(),
+                       [&](const PlugInDescription& plugIn) { return plugIn.kind == kind; });
+}
+
+AppDescription parseAppDescription(const std::string& text, const std::filesystem::path& file,
+                                   const PlugInRegistry& registry) {
+    const auto document = parse(text, file.string());
+    auto app = Reader(registry, DescriptionObject(document, file.string(), {})).read();
+    app.folder = file.parent_path();
+    return app;
+}
+
+AppDescription readAppDescription(const std::filesystem::path& folder, const PlugInRegistry& registry) {
+    const auto file = folder / "app.json";
+    return parseAppDescription(readFileText(file, "an app description"), file, registry);
+}
+
+} // namespace corvantile::tool

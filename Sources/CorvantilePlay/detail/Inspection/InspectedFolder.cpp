@@ -1,0 +1,30 @@
+#include "CorvantileDesktop/DesktopOptions.hpp"
+#include "CorvantilePlay/detail/Description/SampleApp.hpp"
+#include "CorvantilePlay/detail/Inspection/Inspect.hpp"
+#include "CorvantilePlay/detail/Text/Refusal.hpp"
+
+#include <system_error>
+
+namespace corvantile::tool {
+
+namespace {
+
+[[noreturn]] void refuse(const std::filesystem::path& folder) {
+    std::error_code ignored; // a folder that we may not look at is as good as missing
+    throw Refusal(
+        folder.string() + ": expected an app's state folder, but " +
+        (std::filesystem::exists(folder, ignored) ? "this is no folder" : "there is nothing of that name") +
+        "; play makes one, --state FOLDER names another, --app FOLDER another app");
+}
+
+} // namespace
+
+std::filesystem::path inspectedFolder(const InspectOptions& options) {
+    auto folder = options.state;
+    if (folder.empty()) folder = defaultStateFolder(readApp(options.app).bundleIdentifier);
+    std::error_code ignored; // see above
+    if (!std::filesystem::is_directory(folder, ignored)) refuse(folder);
+    return folder;
+}
+
+} // namespace corvantile::tool

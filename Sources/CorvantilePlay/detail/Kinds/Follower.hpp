@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Corvantile/Plugin/Analytic/EventValue.hpp"
+#include "CorvantilePlay/detail/Output/Reporter.hpp"
+#include "CorvantileReactive/DisposeBag.hpp"
+#include "CorvantileReactive/Observable.hpp"
+
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace corvantile {
+class PluggableApplicationDelegateService;
+} // namespace corvantile
+
+namespace corvantile::tool {
+
+using PlugInPointer = std::shared_ptr<PluggableApplicationDelegateService>;
+
+// An element of a stream, for people and for programs.
+struct Publication {
+    std::string text;
+    EventValue value;
+};
+
+// Makes a happening of everything that a plug-in's streams publish, until the bag goes. Borrows the reporter
+// and the bag.
+class Follower {
+public:
+    Follower(std::string plugIn, Reporter& reporter, rx::DisposeBag& bag)
+        : plugIn_(std::move(plugIn)), reporter_(reporter), bag_(bag) {}
+
+    // `publicationOf` makes a Publication of an element.
+    template <class T, class Describe>
+    void follow(const std::string& stream, const rx::Observable<T>& observable, Describe publicationOf) {
+        bag_.insert(observable.subscribe([stream, plugIn = plugIn_, &reporter = reporter_,
+                                          publicationOf](const T& element) {
+            Publication publication = publicationOf(element);
+            reporter.tell("plugin", "published", plugIn + " publishes " + stream + ": " + publication.text,
+                          {{"plugin", plugIn}, {"stream", stream}, {"value", publication.value}});
+        }));
+    }
+
+private:
+    const std::string plugIn_;
+    Reporter& reporter_;
+    rx::DisposeBag& bag_;
+};
+
+} // namespace corvantile::tool

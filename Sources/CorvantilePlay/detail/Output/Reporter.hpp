@@ -1,0 +1,37 @@
+#pragma once
+
+#include "CorvantilePlay/detail/Output/Happening.hpp"
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <mutex>
+#include <string>
+
+namespace corvantile::tool {
+
+// Puts a time on each happening and hands it to the one listener, in order of time.
+// Threads: any. The listener is called on the thread of whoever tells, one happening at a time; it does not
+// call back.
+class Reporter {
+public:
+    using Listener = std::function<void(const Happening&)>;
+
+    explicit Reporter(Listener listener);
+    Reporter(const Reporter&) = delete;
+    Reporter& operator=(const Reporter&) = delete;
+
+    void tell(std::string who, std::string kind, std::string text, EventValue::Map fields = {});
+
+    // How many happenings there were.
+    [[nodiscard]] std::size_t count() const { return count_.load(); }
+
+private:
+    const Listener listener_;
+    const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+    std::mutex mutex_;
+    std::atomic<std::size_t> count_{0};
+};
+
+} // namespace corvantile::tool

@@ -1,0 +1,109 @@
+#include "CorvantilePlay/detail/Proof/KillRounds.hpp"
+
+#include "CorvantilePlay/detail/Output/Interruption.hpp"
+#include "CorvantilePlay/detail/Proof/PurchaseScenario.hpp"
+#include "CorvantilePlay/detail/Proof/ToolProcess.hpp"
+
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <utility>
+
+namespace corvantile::tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t atOnce = 2;
+
+std::string textOf(const fs::path& file) {
+    std::ifstream stream(file);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+fs::path outputIn(const fs::path& folder) { return folder / "output.txt"; }
+
+std::string whatItSaid(const fs::path& folder) {
+    auto text = textOf(outputIn(folder));
+    while (text.ends_with('\n')) text.pop_back();
+    return text.empty() ? "" : ": " + text;
+}
+
+// The verdict on a folder whose process has ended by itself.
+ProofVerdict verdictOn(const fs::path& folder, const ProcessEnd& end) {
+    if (end.exitCode == 0) return judge(folder);
+    return {.faults = {"the scenario did not settle" + whatItSaid(folder)}};
+}
+
+} // namespace
+
+struct KillRounds::Running {
+    KillRound round;
+    bool isSettling = false;
+};
+
+KillRounds::KillRounds(fs::path folder) : folder_(std::move(folder)) {
+    std::ofstream(folder_ / "catalogue.storekit") << scenarioCatalogue();
+}
+
+fs::path KillRounds::folderOf(const KillRound& round) const { return folder_ / std::to_string(round.number); }
+
+std::vector<std::string> KillRounds::arguments(const fs::path& folder) const {
+    fs::create_directory(folder);
+    return {"prove-process", "--folder", folder.string(), "--catalogue",
+            (folder_ / "catalogue.storekit").string()};
+}
+
+ProofVerdict KillRounds::rehearse() {
+    const auto folder = folder_ / "rehearsal";
+    const auto noted = folder_ / "moments.txt";
+    auto call = arguments(folder);
+    call.insert(call.end(), {"--moments", noted.string()});
+    static_cast<void>(startTool(call, outputIn(folder)));
+    auto verdict = verdictOn(folder, awaitTool());
+    std::ifstream stream(noted);
+    for (std::string moment; std::getline(stream, moment);) moments_.push_back(moment);
+    return verdict;
+}
+
+void KillRounds::run(std::size_t step, const std::function<void(const KillRound&)>& judged) {
+    std::map<pid_t, Running> running;
+    std::map<std::size_t, KillRound> finished; // that wait for an earlier one
+    std::size_t next = 0;
+    std::size_t told = 0;
+    const auto start = [&](Running job) {
+        const auto folder = folderOf(job.round);
+        auto call = arguments(folder);
+        if (!job.isSettling) call.insert(call.end(), {"--kill", job.round.moment});
+        running.emplace(startTool(call, outputIn(folder)), std::move(job));
+    };
+    const auto finish = [&](KillRound round) {
+        fs::remove_all(folderOf(round));
+        const auto number = round.number;
+        finished.emplace(number, std::move(round));
+        for (; !finished.empty() && finished.begin()->first == told + 1; told += step) {
+            judged(finished.begin()->second);
+            finished.erase(finished.begin());
+        }
+    };
+    for (;;) {
+        for (; running.size() < atOnce && next < moments_.size() && !mustStop(); next += step)
+            start({.round = {.number = next + 1, .moment = moments_[next]}});
+        if (running.empty()) return;
+        const auto end = awaitTool();
+        auto job = std::move(running.extract(end.process).mapped());
+        if (!job.isSettling && end.wasKilled) {
+            job.isSettling = true;
+            start(std::move(job));
+            continue;
+        }
+        job.round.verdict =
+            job.isSettling
+                ? verdictOn(folderOf(job.round), end)
+                : ProofVerdict{.faults = {"the moment did not come" + whatItSaid(folderOf(job.round))}};
+        finish(std::move(job.round));
+    }
+}
+
+} // namespace corvantile::tool

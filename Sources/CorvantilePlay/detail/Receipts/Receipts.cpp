@@ -1,0 +1,108 @@
+#include "CorvantilePlay/detail/Receipts/Receipts.hpp"
+
+#include "CorvantileDesktop/Foundation/detail/SystemClock.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlay/detail/Output/CommandOutput.hpp"
+#include "CorvantilePlay/detail/Receipts/AppSinks.hpp"
+#include "CorvantilePlay/detail/Receipts/ReceiptReport.hpp"
+#include "CorvantilePlay/detail/Receipts/ReportedBefore.hpp"
+#include "CorvantilePlay/detail/Text/CatalogueText.hpp"
+#include "CorvantilePlay/detail/Text/JSONText.hpp"
+#include "CorvantilePlay/detail/Text/Misread.hpp"
+#include "CorvantilePlay/detail/Text/Values.hpp"
+#include "CorvantilePlay/detail/Text/VisibleText.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <utility>
+
+namespace corvantile::tool {
+
+namespace {
+
+Date parseDay(const std::string& text) {
+    const auto value = parseValue(text);
+    if (const auto* const date = value.as<Date>()) return *date;
+    throw misread("a date, such as 2024-01-02 or 2024-01-02T03:04:05Z", text);
+}
+
+std::optional<AppDescription> readReportingApp(const std::filesystem::path& folder) {
+    if (folder.empty()) return std::nullopt;
+    auto app = readAppDescription(folder, frameworkRegistry());
+    for (const auto* const plugIn : {"IAPReceiptPlugin", "IAPReceiptTrackingPlugin"})
+        if (!app.hasPlugIn(plugIn))
+            throw Refusal((folder / "app.json").string() + ": the app reports no purchase: it has no " +
+                          plugIn);
+    return app;
+}
+
+std::filesystem::path catalogueFile(const ReceiptOptions& options, const std::optional<AppDescription>& app) {
+    if (!options.catalogue.empty()) return options.catalogue;
+    if (app && app->hasStore()) return app->store.catalogue;
+    throw Refusal(app ? (options.app / "app.json").string() +
+                            ": the app names no catalogue, a store's; --catalogue FILE names one"
+                      : "receipts wants the products: --app FOLDER of an app, or --catalogue FILE");
+}
+
+// An error of the output when it is no catalogue.
+std::optional<Catalogue> read(const std::filesystem::path& file, CommandOutput& output) {
+    try {
+        return readCatalogueFile(file);
+    } catch (const NSError& error) {
+        output.showError(error.localizedDescription(), {{"file", file.string()}});
+        return std::nullopt;
+    }
+}
+
+// Those that the app lists; without an app, all that are sold.
+std::vector<ReceiptProduct> productsOf(const Catalogue& catalogue, const std::optional<AppDescription>& app) {
+    std::vector<ReceiptProduct> products;
+    if (!app)
+        for (const auto& sold : catalogue.products())
+            products.push_back({sold.identifier, {}, makeProduct(catalogue, sold)});
+    if (app && app->receiptProducts)
+        for (const auto& [identifier, category] : *app->receiptProducts) {
+            const auto* const sold = catalogue.product(identifier);
+            products.push_back(
+                {identifier, category, sold == nullptr ? nullptr : makeProduct(catalogue, *sold)});
+        }
+    return products;
+}
+
+} // namespace
+
+ExitCode explainReceipts(const ReceiptOptions& options, CommandOutput& output) {
+    ReportedBefore before;
+    if (!options.state.empty()) before = reportedBefore(options.state);
+    if (!options.firstDate.empty()) before.firstDate = parseDay(options.firstDate);
+    const auto now = options.now.empty() ? SystemClock().now() : parseDay(options.now);
+    const auto app = readReportingApp(options.app);
+    const auto catalogue = read(catalogueFile(options, app), output);
+    if (!catalogue) return output.end();
+    std::optional<AppSinks> sinks;
+    if (app) sinks.emplace(*app);
+    ReceiptReport report({.products = productsOf(*catalogue, app),
+                          .ofOthers = app ? Silence::notListed : Silence::notSold,
+                          .firstDate = before.firstDate.value_or(DecodingDefaults::invalidDate),
+                          .now = now,
+                          .marked = std::move(before.marked)},
+                         sinks ? &*sinks : nullptr, output);
+    for (const auto& file : options.receipts) report.explain(file);
+    report.showTotals();
+    return output.end();
+}
+
+ExitCode showCatalogue(const std::filesystem::path& file, CommandOutput& output) {
+    const auto catalogue = read(file, output);
+    if (!catalogue) return output.end();
+    std::vector<Cells> rows;
+    for (const auto& product : catalogue->products()) rows.push_back(cellsOf(*catalogue, product));
+    const auto lines = alignedLines(rows);
+    for (std::size_t row = 0; row < lines.size(); ++row)
+        output.show("product", toJSON(fieldsOf(*catalogue, catalogue->products()[row])),
+                    visibleText(lines[row]));
+    if (rows.empty()) output.say("The store sells nothing.");
+    return output.end();
+}
+
+} // namespace corvantile::tool

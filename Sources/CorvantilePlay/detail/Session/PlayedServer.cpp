@@ -1,0 +1,136 @@
+#include "CorvantilePlay/detail/Session/PlayedServer.hpp"
+
+#include "CorvantileDesktop/Adjust/detail/FormText.hpp"
+#include "CorvantilePlay/detail/Output/Reporter.hpp"
+#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/VisibleText.hpp"
+
+#include <httplib.h>
+
+#include <algorithm>
+#include <array>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+namespace corvantile::tool {
+
+namespace {
+
+constexpr std::size_t keptArrivals = 100;
+
+// What every package of the attribution SDK carries says nothing about this one.
+bool isOfEveryPackage(std::string_view field) {
+    constexpr std::array<std::string_view, 8> names{"s2s",  "app_token",       "environment", "idfa",
+                                                    "idfv", "created_at_unix", "package_id",  "os_version"};
+    return std::find(names.begin(), names.end(), field) != names.end();
+}
+
+std::string requestLine(const Arrival& arrival, bool (*isLeftOut)(std::string_view)) {
+    auto text = arrival.path;
+    for (const auto& [name, value] : arrival.fields)
+        if (!isLeftOut(name)) text.append(" ").append(name).append("=").append(shortened(value));
+    return text;
+}
+
+Arrival arrivalOf(const httplib::Request& request, const std::string& body) {
+    Arrival arrival{request.path, {}};
+    if (request.get_header_value("Content-Type").starts_with("application/x-www-form-urlencoded"))
+        for (auto& [name, value] : formFields(body)) arrival.fields.emplace(name, value);
+    else if (!body.empty())
+        arrival.fields.emplace("body", body);
+    return arrival;
+}
+
+} // namespace
+
+std::string describe(const Arrival& arrival) {
+    return requestLine(arrival, [](std::string_view) { return false; });
+}
+
+struct PlayedServer::Parts {
+    explicit Parts(Reporter& teller) : reporter(teller) {
+        // Forms are read as bytes: the library's own reading of them ends at eight kilobytes.
+        const char* const everything = ".*";
+        server.Get(everything, [this](const httplib::Request& request, httplib::Response& response) {
+            serve(request, {}, response);
+        });
+        server.Post(everything, [this](const httplib::Request& request, httplib::Response& response,
+                                       const httplib::ContentReader& read) {
+            std::string body;
+            read([&body](const char* bytes, std::size_t count) {
+                body.append(bytes, count);
+                return true;
+            });
+            serve(request, body, response);
+        });
+    }
+
+    void serve(const httplib::Request& request, const std::string& body, httplib::Response& response) {
+        const auto arrival = arrivalOf(request, body);
+        note(arrival);
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [this] { return !isHanging; });
+        const auto [status, content] = answer.value_or(answerTo(request.path));
+        response.status = status;
+        response.set_content(content, "application/json");
+    }
+
+    void note(const Arrival& arrival) {
+        {
+            const std::lock_guard lock(mutex);
+            if (arrivals.size() == keptArrivals) arrivals.pop_front();
+            arrivals.push_back(arrival);
+        }
+        EventValue::Map fields{{"path", arrival.path},
+                               {"fields", EventValue::Map(arrival.fields.begin(), arrival.fields.end())}};
+        reporter.tell("server", "arrived", "got " + requestLine(arrival, isOfEveryPackage),
+                      std::move(fields));
+    }
+
+    void become(bool hangs, std::optional<ServiceAnswer> given) {
+        {
+            const std::lock_guard lock(mutex);
+            isHanging = hangs;
+            answer = std::move(given);
+        }
+        changed.notify_all();
+    }
+
+    Reporter& reporter;
+    httplib::Server server;
+    std::thread thread;
+    mutable std::mutex mutex;
+    std::condition_variable changed;
+    bool isHanging = false;
+    std::optional<ServiceAnswer> answer; // to everything; missing: as each path has it
+    std::deque<Arrival> arrivals;
+};
+
+PlayedServer::PlayedServer(Reporter& reporter) : parts_(std::make_unique<Parts>(reporter)) {
+    const auto port = parts_->server.bind_to_any_port("127.0.0.1");
+    if (port < 0) throw Refusal("this machine gives the server no port");
+    address_ = "http://127.0.0.1:" + std::to_string(port);
+    parts_->thread = std::thread([server = &parts_->server] { server->listen_after_bind(); });
+    while (!parts_->server.is_running()) std::this_thread::yield(); // one that does not run cannot be stopped
+}
+
+PlayedServer::~PlayedServer() {
+    parts_->become(false, {});
+    parts_->server.stop();
+    parts_->thread.join();
+}
+
+void PlayedServer::answer(std::optional<ServiceAnswer> answer) { parts_->become(false, std::move(answer)); }
+
+void PlayedServer::hang() { parts_->become(true, {}); }
+
+std::vector<Arrival> PlayedServer::arrivals() const {
+    const std::lock_guard lock(parts_->mutex);
+    return {parts_->arrivals.begin(), parts_->arrivals.end()};
+}
+
+} // namespace corvantile::tool

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "CorvantilePlay/detail/Session/ServiceAnswers.hpp"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace corvantile::tool {
+
+class Reporter;
+
+// One request as it arrived.
+struct Arrival {
+    std::string path;
+    std::map<std::string, std::string> fields; // of a form; else "body" alone
+};
+
+[[nodiscard]] std::string describe(const Arrival& arrival);
+
+// The services that the app talks to, played on this machine: the attribution service's paths and the
+// search-ads path. Makes a happening of everything that arrives, on a thread of its own. Threads: any.
+class PlayedServer {
+public:
+    // A Refusal when this machine gives no port.
+    explicit PlayedServer(Reporter& reporter);
+    PlayedServer(const PlayedServer&) = delete;
+    PlayedServer& operator=(const PlayedServer&) = delete;
+    ~PlayedServer();
+
+    // `http://127.0.0.1:PORT`.
+    [[nodiscard]] const std::string& address() const { return address_; }
+
+    // To every request from now on; none: what the services say when all goes well.
+    void answer(std::optional<ServiceAnswer> answer);
+    // Requests stay unanswered until `answer`.
+    void hang();
+
+    // The last hundred.
+    [[nodiscard]] std::vector<Arrival> arrivals() const;
+
+private:
+    struct Parts;
+    const std::unique_ptr<Parts> parts_;
+    std::string address_;
+};
+
+} // namespace corvantile::tool

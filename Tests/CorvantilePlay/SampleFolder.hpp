@@ -1,0 +1,26 @@
+#pragma once
+
+#include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace corvantile::tool {
+
+// An app's folder whose files a test writes, and a state folder beside it.
+class SampleFolder {
+public:
+    [[nodiscard]] std::filesystem::path app() const { return folder_.path(); }
+    [[nodiscard]] std::filesystem::path state() const { return folder_.path() / "state"; }
+
+    std::filesystem::path write(const std::string& name, const std::string& text) const {
+        std::ofstream(app() / name) << text;
+        return app() / name;
+    }
+
+private:
+    TemporaryFolder folder_;
+};
+
+} // namespace corvantile::tool
