@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Fuzz/Input.hpp"
 
 using namespace corvantile;
@@ -11,8 +11,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         static_cast<void>(tool::parseAppDescription(std::string(fuzz::text(data, size)),
                                                     empty.path() / "app.json", registry));
-    } catch (const tool::Refusal& refusal) {
-        if (refusal.what()[0] == '\0') __builtin_trap();
+    } catch (const tool::UsageError& error) {
+        if (error.what()[0] == '\0') __builtin_trap();
     }
     return 0;
 }

@@ -1,4 +1,4 @@
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
 #include "CorvantilePlay/detail/Text/Words.hpp"
 #include "Fuzz/Input.hpp"
@@ -33,11 +33,11 @@ void readLine(std::string_view line) {
     if (words.empty()) return;
     try {
         static_cast<void>(tool::parseDuration(words.front().text));
-    } catch (const tool::Refusal&) {
+    } catch (const tool::UsageError&) {
     }
     try {
         static_cast<void>(tool::parseAmount(words.front().text));
-    } catch (const tool::Refusal&) {
+    } catch (const tool::UsageError&) {
     }
     checkParameters(std::span(words).subspan(1));
 }
@@ -47,7 +47,7 @@ void readLine(std::string_view line) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     try {
         readLine(fuzz::text(data, size));
-    } catch (const tool::Refusal&) {
+    } catch (const tool::UsageError&) {
         // A person is told.
     }
     return 0;

@@ -64,7 +64,7 @@ Seconds start(const std::filesystem::path& state) {
                               .stateFolder = state,
                               .console = std::make_shared<SilentConsole>(),
                               .adjust = {.isOffline = true},
-                              .decorate = [](Ports& ports) { tool::hurryTimers(ports, atOnce); }});
+                              .decorate = [](Ports& ports) { tool::speedUpTimers(ports, atOnce); }});
     const WholeHost host(
         std::make_shared<AdjustAnalyticComponent>(AdjustAnalyticComponent::EventTokens{{"open", "abc123"}}),
         {"pro"});

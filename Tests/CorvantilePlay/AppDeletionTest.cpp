@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Session/AppDeletion.hpp"
 
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
 
@@ -42,7 +42,7 @@ TEST(DeviceDeletion, DeletesAStateFolderAndNothingElse) {
         copyGoldenState(state);
         add();
         const auto before = entries();
-        EXPECT_THROW(deleteDevice(state), Refusal);
+        EXPECT_THROW(deleteDevice(state), UsageError);
         EXPECT_EQ(entries(), before);
         fs::remove_all(folder.app() / "elsewhere");
     }

@@ -1,5 +1,5 @@
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
 
 #include <gmock/gmock.h>
@@ -17,8 +17,8 @@ std::string complaint(const std::string& text) {
     try {
         static_cast<void>(readAppDescription(folder.app(), frameworkRegistry()));
         return {};
-    } catch (const Refusal& refusal) {
-        const std::string message = refusal.what();
+    } catch (const UsageError& error) {
+        const std::string message = error.what();
         EXPECT_TRUE(message.starts_with(file + ":")) << message;
         return message.substr(file.size() + 1);
     }

@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
 
 #include <sstream>
@@ -44,7 +44,7 @@ protected:
     // What the command tells.
     std::string told(const std::string& command) {
         play({command});
-        return happenings().back().text;
+        return events().back().text;
     }
 
     std::string inspected(ExitCode (*show)(const InspectOptions&, CommandOutput&), bool json = false) {
@@ -58,23 +58,23 @@ protected:
 TEST_F(AttributionCommands, DeliverWhatWasTrackedOffline) {
     play(
         {"launch", "push-token 0A1B", "track open", "revenue sale 4.99 USD", "track quiet", "track unknown"});
-    EXPECT_THAT(takeTold("sink"), ElementsAre("adjust ignores quiet: it is on its list"));
+    EXPECT_THAT(takeTexts("sink"), ElementsAre("adjust ignores quiet: it is on its list"));
 
     play({"outbox"});
-    EXPECT_THAT(takeTold("host"),
+    EXPECT_THAT(takeTexts("host"),
                 ElementsAre("session: waiting", "event o1: waiting", "event s1 4.99000 USD: waiting"));
-    EXPECT_THAT(refusal("deliver"), HasSubstr("online comes first"));
+    EXPECT_THAT(errorOf("deliver"), HasSubstr("online comes first"));
 
     play({"online", "deliver"});
-    const auto happened = happenings();
-    EXPECT_THAT(takeTold("server"),
+    const auto happened = events();
+    EXPECT_THAT(takeTexts("server"),
                 ElementsAre("got /session session_count=1", "got /event event_token=o1 push_token=0a1b",
                             "got /event currency=USD event_token=s1 push_token=0a1b revenue=4.99000"));
-    EXPECT_THAT(happened, Contains(testing::Field(&Happening::text, "s1 was sent successfully -- Adjust")));
-    EXPECT_THAT(happened, Contains(testing::Field(&Happening::text,
+    EXPECT_THAT(happened, Contains(testing::Field(&PlayEvent::text, "s1 was sent successfully -- Adjust")));
+    EXPECT_THAT(happened, Contains(testing::Field(&PlayEvent::text,
                                                   StartsWith("Sample Network - Spring - Coins - 0123"))));
     play({"server"});
-    EXPECT_THAT(takeTold("server"), Contains(HasSubstr("app_token=abcdefghijkl")));
+    EXPECT_THAT(takeTexts("server"), Contains(HasSubstr("app_token=abcdefghijkl")));
 
     play({"terminate"});
     EXPECT_THAT(inspected(showOutbox), HasSubstr("\n  event s1 4.99000 USD: sent at try 1, answer 200 {\""));
@@ -85,13 +85,13 @@ TEST_F(AttributionCommands, DeliverWhatWasTrackedOffline) {
 
 TEST_F(AttributionCommands, KeepWhatTheServerDoesNotTake) {
     play({"launch", "server answer 500", "online", "deliver"});
-    EXPECT_EQ(happenings().back().text, "still waiting in the outbox: 1");
+    EXPECT_EQ(events().back().text, "still waiting in the outbox: 1");
 
     play({"server answer ok", "offline", "online", "deliver"});
-    EXPECT_EQ(happenings().back().text, "nothing waits in the outbox any more");
+    EXPECT_EQ(events().back().text, "nothing waits in the outbox any more");
 
     play({"server answer 400 '{\"error\": \"no\"}'", "track open", "deliver", "outbox"});
-    EXPECT_EQ(happenings().back().text, "event o1: refused at try 1, answer 400 {\"error\": \"no\"}");
+    EXPECT_EQ(events().back().text, "event o1: refused at try 1, answer 400 {\"error\": \"no\"}");
 }
 
 TEST_F(AttributionCommands, ShowWhatALaunchLearnsOfItsCampaign) {
@@ -131,27 +131,27 @@ TEST_F(AttributionCommands, RefuseADryRunThatWouldReachAnotherMachine) {
     EXPECT_FALSE(isRefused(away + R"(, "server": true)"));
 
     beginWith(away);
-    EXPECT_THAT(refusal("launch dry-run"), HasSubstr("trackIAPSubs passes every filter"));
+    EXPECT_THAT(errorOf("launch dry-run"), HasSubstr("trackIAPSubs passes every filter"));
     play({"launch"}); // without it, that is what the app is for
-    EXPECT_THAT(refusal("relaunch dry-run"), HasSubstr("is refused while"));
+    EXPECT_THAT(errorOf("relaunch dry-run"), HasSubstr("is refused while"));
     play({"track open"}); // and it goes on
 }
 
 TEST_F(AttributionCommands, SayWhatIsWrongWithTheAppsFiles) {
     play({"launch"});
-    EXPECT_THAT(refusal("promote-install"), HasSubstr("no promotion.json"));
+    EXPECT_THAT(errorOf("promote-install"), HasSubstr("no promotion.json"));
     folder().write("promotion.json", R"({"isEnabled": "true", "threshold": "3", "appID": "1", "appName": "A",
         "messageTitle": "T", "messageBody": "B", "noButtonTitle": "N", "yesButtonTitle": "Y"})");
     EXPECT_EQ(told("promote-install"), R"(asks at 3: "T" "B" [N] [Y], for A (1))");
 
     folder().write("events.json", R"([{"name": "open"}])");
-    EXPECT_THAT(refusal("relaunch"), HasSubstr("events.json: expected event tokens"));
-    EXPECT_THROW(beginWith(served), Refusal);
+    EXPECT_THAT(errorOf("relaunch"), HasSubstr("events.json: expected event tokens"));
+    EXPECT_THROW(beginWith(served), UsageError);
 }
 
 TEST_F(AttributionCommands, ExplainWhatTheyCannotDo) {
     play({"launch"});
-    expectRefusals({
+    expectErrors({
         {"push-token 0A1", "expected bytes in hex"},
         {"push-token 0x1B", "expected bytes in hex"},
         {"ads tokn", "did you mean token?"},
@@ -160,8 +160,8 @@ TEST_F(AttributionCommands, ExplainWhatTheyCannotDo) {
     });
     beginWith(R"("attribution": {})");
     play({"launch"});
-    EXPECT_THAT(refusal("deliver"), HasSubstr("there is no endpoint"));
-    EXPECT_THAT(refusal("server"), HasSubstr("this play has no server"));
+    EXPECT_THAT(errorOf("deliver"), HasSubstr("there is no endpoint"));
+    EXPECT_THAT(errorOf("server"), HasSubstr("this play has no server"));
 }
 
 } // namespace corvantile::tool::AttributionCommandsTest

@@ -1,5 +1,5 @@
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
 #include "CorvantilePlay/detail/Text/Words.hpp"
 
@@ -35,7 +35,7 @@ TEST(Words, ArePartedByBlanksOutsideQuotes) {
         {R"(k="a b" k='#' it's "it's")", {"k=a b", "k=#", "it's", "it's"}},
     };
     for (const auto& [line, words] : cases) EXPECT_EQ(texts(line), words) << line;
-    EXPECT_THROW(static_cast<void>(splitWords("say \"hello")), Refusal);
+    EXPECT_THROW(static_cast<void>(splitWords("say \"hello")), UsageError);
 }
 
 TEST(Values, AreReadByTheirForm) {
@@ -75,13 +75,13 @@ TEST(Values, NoParametersAreNotTheSameAsEmptyOnes) {
 
 TEST(Values, ThatCannotBeReadAreRefused) {
     for (const auto* const line : {"a", "=1", "a=1 a=2", "{} a=1"})
-        EXPECT_THROW(parameters(line), Refusal) << line;
+        EXPECT_THROW(parameters(line), UsageError) << line;
     for (const auto* const amount : {"", "4,99", "4.99USD", "nan"})
-        EXPECT_THROW(static_cast<void>(parseAmount(amount)), Refusal) << amount;
+        EXPECT_THROW(static_cast<void>(parseAmount(amount)), UsageError) << amount;
     for (const auto* const currency : {"usd", "US", "US$", "USDT"})
-        EXPECT_THROW(static_cast<void>(parseCurrency(currency)), Refusal) << currency;
+        EXPECT_THROW(static_cast<void>(parseCurrency(currency)), UsageError) << currency;
     for (const auto* const duration : {"", "1", "s", "-1s", "1 s", "1d", "1..5s", "25h"})
-        EXPECT_THROW(static_cast<void>(parseDuration(duration)), Refusal) << duration;
+        EXPECT_THROW(static_cast<void>(parseDuration(duration)), UsageError) << duration;
 }
 
 TEST(Values, DurationsTellTheirUnit) {

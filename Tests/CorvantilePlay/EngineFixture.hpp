@@ -18,7 +18,7 @@ namespace corvantile::tool {
 
 using Texts = std::vector<std::string>;
 
-// An engine whose happenings a test looks at; `begin` makes it.
+// An engine whose events a test looks at; `begin` makes it.
 class EngineFixture : public testing::Test {
 protected:
     void begin(const char* app, LaunchSwitches switches = {}) {
@@ -29,62 +29,61 @@ protected:
         engine_.reset();
         engine_.emplace(readAppDescription(app, frameworkRegistry()),
                         HostOptions{.stateFolder = folder_.state(), .switches = switches},
-                        [this](const Happening& happening) {
+                        [this](const PlayEvent& event) {
                             const std::lock_guard lock(mutex_);
-                            happenings_.push_back(happening);
+                            events_.push_back(event);
                         });
     }
 
     // Each line has to be played without a fault.
     void play(const Texts& lines) {
         for (const auto& line : lines)
-            EXPECT_TRUE(engine_->play(line)) << line << ": " << happenings().back().text;
+            EXPECT_TRUE(engine_->play(line)) << line << ": " << events().back().text;
     }
 
     // Lets the app go on until one of these who tell has told a text that begins so.
     void awaitText(const std::string& beginning) {
-        engine_->goOn([&] {
+        engine_->runLoop([&] {
             const std::lock_guard lock(mutex_);
-            return std::any_of(happenings_.begin(), happenings_.end(), [&](const Happening& happening) {
-                return happening.text.starts_with(beginning);
-            });
+            return std::any_of(events_.begin(), events_.end(),
+                               [&](const PlayEvent& event) { return event.text.starts_with(beginning); });
         });
     }
 
     // Why the line cannot be played.
-    std::string refusal(const std::string& line, const Origin& origin = {}) {
+    std::string errorOf(const std::string& line, const Origin& origin = {}) {
         EXPECT_FALSE(engine_->play(line, origin)) << line;
-        const auto told = happenings();
+        const auto told = events();
         const auto error = std::find_if(told.rbegin(), told.rend(),
-                                        [](const Happening& happening) { return happening.kind == "error"; });
+                                        [](const PlayEvent& event) { return event.kind == "error"; });
         return error == told.rend() ? "" : error->text;
     }
 
     // Lines that cannot be played, and a part of the reason.
-    void expectRefusals(const std::vector<std::pair<const char*, const char*>>& cases) {
-        for (const auto& [line, why] : cases) EXPECT_THAT(refusal(line), testing::HasSubstr(why)) << line;
+    void expectErrors(const std::vector<std::pair<const char*, const char*>>& cases) {
+        for (const auto& [line, why] : cases) EXPECT_THAT(errorOf(line), testing::HasSubstr(why)) << line;
     }
 
     // What has been told since this was last asked, by one of those who tell.
-    Texts takeTold(const std::string& who) {
+    Texts takeTexts(const std::string& who) {
         Texts texts;
         const std::lock_guard lock(mutex_);
-        for (const auto& happening : std::exchange(happenings_, {}))
-            if (happening.who == who) texts.push_back(happening.text);
+        for (const auto& event : std::exchange(events_, {}))
+            if (event.who == who) texts.push_back(event.text);
         return texts;
     }
 
     Engine& engine() { return *engine_; }
-    std::vector<Happening> happenings() const {
+    std::vector<PlayEvent> events() const {
         const std::lock_guard lock(mutex_);
-        return happenings_;
+        return events_;
     }
     const SampleFolder& folder() const { return folder_; }
 
 private:
     SampleFolder folder_;
     mutable std::mutex mutex_; // what plug-ins print and what a server gets is told on other threads
-    std::vector<Happening> happenings_;
+    std::vector<PlayEvent> events_;
     std::optional<Engine> engine_;
 };
 

@@ -25,7 +25,7 @@ protected:
 TEST_F(EngineTest, LeadsAnAppThroughItsLife) {
     play({"launch", "activate", "resign", "background", "foreground", "activate", "resign", "terminate"});
 
-    EXPECT_THAT(takeTold("host"),
+    EXPECT_THAT(takeTexts("host"),
                 ElementsAre("starts App: debug off, dry run off, plug-ins DebugPlugin, AnalyticPlugin",
                             "didFinishLaunching → true", "didBecomeActive", "willResignActive",
                             "didEnterBackground", "willEnterForeground", "didBecomeActive",
@@ -34,68 +34,68 @@ TEST_F(EngineTest, LeadsAnAppThroughItsLife) {
 }
 
 TEST_F(EngineTest, ExplainsWhatTheMomentOfTheAppsLifeDoesNotAllow) {
-    expectRefusals({{"activate", "this one is not running: launch starts it"},
-                    {"track open", "the app does not run: launch starts it"}});
+    expectErrors({{"activate", "this one is not running: launch starts it"},
+                  {"track open", "the app does not run: launch starts it"}});
     play({"launch"});
-    expectRefusals({{"launch", "the app runs already: relaunch"},
-                    {"resign", "resign is for an app that is active; this one is inactive"}});
+    expectErrors({{"launch", "the app runs already: relaunch"},
+                  {"resign", "resign is for an app that is active; this one is inactive"}});
     play({"activate"});
-    EXPECT_THAT(refusal("background"), HasSubstr("this one is active: resign comes next"));
+    EXPECT_THAT(errorOf("background"), HasSubstr("this one is active: resign comes next"));
     play({"resign", "background"});
-    EXPECT_THAT(refusal("activate"), HasSubstr("this one is in the background: foreground comes next"));
+    EXPECT_THAT(errorOf("activate"), HasSubstr("this one is in the background: foreground comes next"));
     play({"terminate"});
-    EXPECT_THAT(refusal("activate"), HasSubstr("launch starts it"));
+    EXPECT_THAT(errorOf("activate"), HasSubstr("launch starts it"));
 }
 
 TEST_F(EngineTest, ShowsWhatEachSinkGetsOrWhyItKeepsSilent) {
     play({"launch", "revenue early 1 USD"});
-    EXPECT_THAT(takeTold("router"),
+    EXPECT_THAT(takeTexts("router"),
                 ElementsAre(StartsWith("no sink is registered: the router keeps early without")));
 
     play({"register console", "register backend", "flush", "ignore console quiet loud", "track quiet"});
-    EXPECT_EQ(happenings().back().text, "no sink got quiet");
-    EXPECT_THAT(takeTold("sink"), ElementsAre("console ignores quiet: it is on its list",
-                                              "backend ignores quiet: it is on its list"));
+    EXPECT_EQ(events().back().text, "no sink got quiet");
+    EXPECT_THAT(takeTexts("sink"), ElementsAre("console ignores quiet: it is on its list",
+                                               "backend ignores quiet: it is on its list"));
 
     play({"track birthday day=2024-02-29"});
-    EXPECT_THAT(takeTold("sink"),
+    EXPECT_THAT(takeTexts("sink"),
                 ElementsAre(StartsWith("backend got birthday "),
                             StartsWith("console cannot print birthday: JSON holds no date")));
 
     play({"register backend"});
-    EXPECT_THAT(takeTold("host"), Contains(HasSubstr("for the 2. time")));
+    EXPECT_THAT(takeTexts("host"), Contains(HasSubstr("for the 2. time")));
     play({"revenue sale 4.990 USD"});
-    EXPECT_THAT(takeTold("sink"), ElementsAre("backend got sale 4.99 USD", "backend got sale 4.99 USD"));
+    EXPECT_THAT(takeTexts("sink"), ElementsAre("backend got sale 4.99 USD", "backend got sale 4.99 USD"));
 }
 
 TEST_F(EngineTest, SwitchesOfTheCallHoldForEveryLaunchAndThoseOfALaunchForThatOne) {
     begin(sampleApp, {.debug = true});
     play({"launch dry-run", "register backend", "track open"});
-    const auto played = happenings();
+    const auto played = events();
     EXPECT_EQ(played.at(played.size() - 2).text, "backend is passed over: dry run");
     EXPECT_EQ(played.back().text, "no sink got open");
     play({"relaunch"});
 
-    const auto told = takeTold("host");
+    const auto told = takeTexts("host");
     EXPECT_THAT(told, Contains(StartsWith("starts App: debug on, dry run on")));
     EXPECT_THAT(told, Contains(StartsWith("starts App: debug on, dry run off")));
 }
 
 TEST_F(EngineTest, LooksServicesUpAsAPlugInWould) {
     play({"launch", "lookup AnalyticPluggable"});
-    EXPECT_EQ(happenings().back().text, "AnalyticPluggable → AnalyticPlugin, number 2 of 2");
+    EXPECT_EQ(events().back().text, "AnalyticPluggable → AnalyticPlugin, number 2 of 2");
 
     begin(R"({"bundleIdentifier": "a", "plugins": []})");
-    EXPECT_THAT(refusal("launch debug"), HasSubstr("by a DebugPlugin, and this app has none"));
+    EXPECT_THAT(errorOf("launch debug"), HasSubstr("by a DebugPlugin, and this app has none"));
     play({"launch", "lookup AnalyticPluggable"});
-    EXPECT_EQ(happenings().back().text, "AnalyticPluggable → no plug-in offers it");
-    EXPECT_THAT(refusal("track open"),
+    EXPECT_EQ(events().back().text, "AnalyticPluggable → no plug-in offers it");
+    EXPECT_THAT(errorOf("track open"),
                 HasSubstr("no plug-in that offers AnalyticPluggable; one would be AnalyticPlugin"));
 }
 
 TEST_F(EngineTest, RefusesWhatItDoesNotUnderstandAndGoesOn) {
     play({"launch"});
-    expectRefusals({
+    expectErrors({
         {"trak open", "there is no command \"trak\": did you mean track?"},
         {"xyzzy", "there is no command \"xyzzy\"; help lists them all"},
         {"track", "track wants NAME: track NAME [KEY=VALUE…]"},
@@ -106,7 +106,7 @@ TEST_F(EngineTest, RefusesWhatItDoesNotUnderstandAndGoesOn) {
         {"lookup AnalyticPlugable", "did you mean AnalyticPluggable?"},
         {"say \"open", "a quote is left open"},
     });
-    EXPECT_THAT(refusal("no", {"script", "tour.play:7"}), StartsWith("tour.play:7: there is no command"));
+    EXPECT_THAT(errorOf("no", {"script", "tour.play:7"}), StartsWith("tour.play:7: there is no command"));
     play({"", "# a comment", "status", "network", "help", "help track", "wait 0s"});
     EXPECT_FALSE(engine().isOver());
     play({"quit"});

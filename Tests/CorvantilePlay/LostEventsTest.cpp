@@ -41,7 +41,7 @@ TEST_F(LostEvents, ReportsWhatAForgottenSinkCosts) {
     play({"activate", "buy pro"});
 
     EXPECT_THAT(
-        takeTold("router"),
+        takeTexts("router"),
         ElementsAre(
             "no sink is registered: the router keeps trial_subscribe_pro, and nothing will bring it back",
             "no sink is registered: the subscription report of 200000000000001 is lost",
@@ -50,30 +50,30 @@ TEST_F(LostEvents, ReportsWhatAForgottenSinkCosts) {
             "it later"));
 
     play({"register backend", "resign", "activate"});
-    EXPECT_THAT(takeTold("sink"), IsEmpty());
+    EXPECT_THAT(takeTexts("sink"), IsEmpty());
 }
 
 TEST_F(LostEvents, AreNoneWhenTheSampleAppSellsForTheFirstTime) {
     begin(std::filesystem::path(CORVANTILE_SAMPLE_APP));
     play({"launch", "activate", "buy pro.monthly"});
 
-    const auto happened = happenings();
-    EXPECT_THAT(takeTold("router"), IsEmpty());
+    const auto happened = events();
+    EXPECT_THAT(takeTexts("router"), IsEmpty());
     EXPECT_THAT(happened,
-                Contains(testing::Field(&Happening::text, StartsWith("backend got trial_subscribe_pro "))));
+                Contains(testing::Field(&PlayEvent::text, StartsWith("backend got trial_subscribe_pro "))));
 }
 
 TEST_F(LostEvents, ReportsATransactionOnlyIfNoSinkGotAnyOfItsEvents) {
     play({"register picky", "activate", "buy themes"});
-    EXPECT_THAT(takeTold("router"),
+    EXPECT_THAT(takeTexts("router"),
                 ElementsAre("no sink got subscribe_app.themes", "no sink got total_subscription",
                             AllOf(StartsWith("transaction "), HasSubstr("no sink got its events"))));
 
     play({"buy pro"}); // its subscription report passes every filter
-    EXPECT_THAT(takeTold("router"), ElementsAre("no sink got total_subscription"));
+    EXPECT_THAT(takeTexts("router"), ElementsAre("no sink got total_subscription"));
 
     play({"register backend", "validated app.pro"});
-    EXPECT_THAT(takeTold("router"), IsEmpty());
+    EXPECT_THAT(takeTexts("router"), IsEmpty());
 }
 
 TEST_F(LostEvents, ReportsALaterPeriodThatIsOverBeforeItIsSeen) {
@@ -82,22 +82,22 @@ TEST_F(LostEvents, ReportsALaterPeriodThatIsOverBeforeItIsSeen) {
          "purchase_date_ms": "4102444800000", "expires_date_ms": "1000"}]})");
     play({"register backend", "activate", "receipts '" + receipt.string() + "'"});
 
-    EXPECT_THAT(takeTold("router"), ElementsAre("transaction 8 is marked as reported, but no event was sent "
-                                                "for it: nothing reports it later"));
+    EXPECT_THAT(takeTexts("router"), ElementsAre("transaction 8 is marked as reported, but no event was sent "
+                                                 "for it: nothing reports it later"));
 }
 
 TEST_F(LostEvents, CountsEventsOfTheFrameworkAndThoseOfADryRun) {
     play({"lock", "activate"});
-    EXPECT_THAT(takeTold("router"),
+    EXPECT_THAT(takeTexts("router"),
                 Contains(StartsWith("no sink is registered: the router keeps locksmith_create_firstdate")));
 
     play({"unlock", "relaunch dry-run", "register backend", "activate", "track open"});
-    EXPECT_THAT(takeTold("router"), ElementsAre("no sink got open"));
+    EXPECT_THAT(takeTexts("router"), ElementsAre("no sink got open"));
 }
 
 TEST_F(LostEvents, KeepsTheTransactionsOfThreadsApart) {
-    std::vector<Happening> told;
-    Reporter reporter([&](const Happening& happening) { told.push_back(happening); });
+    std::vector<PlayEvent> told;
+    Reporter reporter([&](const PlayEvent& event) { told.push_back(event); });
     {
         MarkedTransactions transactions(reporter);
         transactions.begin("1");

@@ -2,7 +2,7 @@
 #include "CorvantilePlay/detail/CommandLine/Completion.hpp"
 #include "CorvantilePlay/detail/CommandLine/PrintManual.hpp"
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <CLI/CLI.hpp>
 #include <gmock/gmock.h>
@@ -145,7 +145,7 @@ TEST_F(Completion, QuotesTextsForZshAndRefusesAnUnknownShell) {
     EXPECT_THAT(makeCompletion(text, "zsh"),
                 AllOf(HasSubstr(R"('open:It'\''s [one]\: open')"),
                       HasSubstr(R"('--in[It'\''s \[one\]\: in]:FOLDER:_files -/')")));
-    EXPECT_THROW(static_cast<void>(makeCompletion(text, "tcsh")), Refusal);
+    EXPECT_THROW(static_cast<void>(makeCompletion(text, "tcsh")), UsageError);
 }
 
 } // namespace corvantile::tool::ManualTest

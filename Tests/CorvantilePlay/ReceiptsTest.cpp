@@ -1,7 +1,7 @@
 #include "CorvantilePlay/detail/Receipts/Receipts.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
 
@@ -103,7 +103,7 @@ TEST_F(Receipts, TellWhatIsWrongWithAFile) {
     EXPECT_THAT(explained(ExitCode::failed), HasSubstr("wrong: "));
     options_.receipts = {"/nowhere"};
     options_.catalogue = folder_.write("Catalogue.storekit", sampleCatalogue);
-    EXPECT_THROW(explained(), Refusal);
+    EXPECT_THROW(explained(), UsageError);
 }
 
 TEST_F(Receipts, AreReportedAsTheAppDescribesIt) {

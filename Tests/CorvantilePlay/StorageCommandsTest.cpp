@@ -23,7 +23,7 @@ protected:
 
     Texts awaitRecords() {
         awaitText("DatabasePlugin publishes isLoaded");
-        return takeTold("plugin");
+        return takeTexts("plugin");
     }
 };
 
@@ -39,14 +39,14 @@ TEST_F(StorageCommands, WorkOnWhatAnEarlierVersionStored) {
                                             "DatabasePlugin publishes isLoaded: true"));
 
     play({"setting reviewAppEnabled=true iapPolicy='[\"a\"]'", "reload", "reset"});
-    EXPECT_THAT(takeTold("plugin"), ElementsAre(HasSubstr("iapPolicy: 1 lines, manageSubscriptionEnabled: "
-                                                          "true, reviewAppEnabled: true"),
-                                                HasSubstr("application: Application(updatedTime: 2026-11-23 "
-                                                          "00:37:22"),
-                                                StartsWith("DatabasePlugin publishes application: ")));
+    EXPECT_THAT(takeTexts("plugin"), ElementsAre(HasSubstr("iapPolicy: 1 lines, manageSubscriptionEnabled: "
+                                                           "true, reviewAppEnabled: true"),
+                                                 HasSubstr("application: Application(updatedTime: 2026-11-23 "
+                                                           "00:37:22"),
+                                                 StartsWith("DatabasePlugin publishes application: ")));
 
     play({"delete Setting", "delete appconfig_Setting", "setting reviewAppEnabled=false"});
-    EXPECT_THAT(takeTold("host"),
+    EXPECT_THAT(takeTexts("host"),
                 ElementsAre("no stored name begins with Setting",
                             "deletes appconfig_Setting_2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB",
                             "updates the setting: reviewAppEnabled=false",
@@ -58,39 +58,39 @@ TEST_F(StorageCommands, AReinstallDeletesWhatGoesWithTheAppAndNothingElse) {
     for (const auto* const name : {"notes", "receipt", "receipt.json", "store.sqlite"})
         folder().write(std::string("state/") + name, "");
     play({"launch"});
-    takeTold("host");
+    takeTexts("host");
 
     play({"reinstall"});
 
     EXPECT_THAT(
-        takeTold("host"),
+        takeTexts("host"),
         ElementsAre("kills App",
                     "reinstalls App: deletes receipt, user-defaults.sqlite, user-defaults.sqlite-shm, "
                     "user-defaults.sqlite-wal, vendor-identifier; what stays: keychain, notes, receipt.json, "
                     "store.sqlite"));
     play({"launch", "activate"});
-    EXPECT_THAT(takeTold("plugin"), ElementsAre(firstDate));
+    EXPECT_THAT(takeTexts("plugin"), ElementsAre(firstDate));
 }
 
 TEST_F(StorageCommands, ALockedKeychainStaysSoUntilUnlock) {
     copyGoldenState(folder().state());
     play({"lock", "launch", "relaunch", "activate", "firstdate"});
-    EXPECT_EQ(happenings().back().text, "no first date is published yet: activate does it");
-    EXPECT_THAT(takeTold("console"), Contains(HasSubstr("cannot be read and counts as absent")));
+    EXPECT_EQ(events().back().text, "no first date is published yet: activate does it");
+    EXPECT_THAT(takeTexts("console"), Contains(HasSubstr("cannot be read and counts as absent")));
 
     play({"unlock", "resign", "activate", "firstdate"});
-    EXPECT_EQ(happenings().back().text, "the first date is 2026-11-23 00:00:00 +0000");
+    EXPECT_EQ(events().back().text, "the first date is 2026-11-23 00:00:00 +0000");
 }
 
 TEST_F(StorageCommands, ExplainWhatTheyCannotDo) {
-    EXPECT_THAT(refusal("reset"), HasSubstr("the app does not run"));
+    EXPECT_THAT(errorOf("reset"), HasSubstr("the app does not run"));
     play({"launch"});
-    EXPECT_THAT(refusal("setting reviewAppEnabled=false"), HasSubstr("no setting to change yet"));
-    EXPECT_THAT(refusal("delete"), HasSubstr("there is no user whose records could be deleted"));
+    EXPECT_THAT(errorOf("setting reviewAppEnabled=false"), HasSubstr("no setting to change yet"));
+    EXPECT_THAT(errorOf("delete"), HasSubstr("there is no user whose records could be deleted"));
     play({"reset"});
-    EXPECT_THAT(happenings().back().text, StartsWith("that waits for the first record"));
+    EXPECT_THAT(events().back().text, StartsWith("that waits for the first record"));
     awaitRecords();
-    expectRefusals({
+    expectErrors({
         {"setting {}", "expected KEY=VALUE, such as reviewAppEnabled=false"},
         {"setting reviewApp=true", "did you mean reviewAppEnabled?"},
         {"setting reviewAppEnabled=yes", "expected true or false, but found \"yes\""},

@@ -29,26 +29,26 @@ protected:
         folder().write("Catalogue.storekit", sampleCatalogue);
         begin(shopApp);
         play({"launch", "activate"});
-        takeTold("sink");
+        takeTexts("sink");
     }
 };
 
 TEST_F(StoreCommands, ReportASubscriptionOnceAndItsConversion) {
     play({"buy pro"});
     awaitText("backend got total_subscription");
-    EXPECT_THAT(takeTold("sink"),
+    EXPECT_THAT(takeTexts("sink"),
                 ElementsAre(StartsWith("backend got trial_subscribe_pro "), HasSubstr(" price=0 "),
                             StartsWith("backend got total_subscription ")));
 
     play({"relaunch", "activate"});
-    EXPECT_THAT(takeTold("sink"), IsEmpty());
+    EXPECT_THAT(takeTexts("sink"), IsEmpty());
 
     play({"advance 8d"});
     awaitText("backend got a subscription");
-    EXPECT_THAT(takeTold("sink"),
+    EXPECT_THAT(takeTexts("sink"),
                 ElementsAre(StartsWith("backend got trial_conversion_pro "), HasSubstr(" price=4.99 ")));
     play({"store"});
-    EXPECT_THAT(takeTold("store"), Contains(StartsWith("subscription: app.pro renews at ")));
+    EXPECT_THAT(takeTexts("store"), Contains(StartsWith("subscription: app.pro renews at ")));
 }
 
 TEST_F(StoreCommands, ShowWhatBecomesOfAPayment) {
@@ -64,27 +64,27 @@ TEST_F(StoreCommands, ShowWhatBecomesOfAPayment) {
         {{"buy themes", "restore"}, "the queue reports app.themes restored ("},
     };
     for (const auto& [lines, last] : cases) {
-        takeTold("store");
+        takeTexts("store");
         play(lines);
         awaitText(last);
     }
     play({"transactions"});
-    EXPECT_THAT(takeTold("store"), Contains(testing::AllOf(StartsWith("-"), HasSubstr("app.coins x 2"),
-                                                           HasSubstr("failed: Whoever"))));
+    EXPECT_THAT(takeTexts("store"), Contains(testing::AllOf(StartsWith("-"), HasSubstr("app.coins x 2"),
+                                                            HasSubstr("failed: Whoever"))));
 }
 
 TEST_F(StoreCommands, PlayAPromotedPurchaseAndAConsumable) {
     play({"promote coins"});
     awaitText("SKProductPromoPlugin publishes isFinished: true");
 
-    EXPECT_THAT(takeTold("plugin"),
+    EXPECT_THAT(takeTexts("plugin"),
                 testing::IsSupersetOf({"SKProductPromoPlugin publishes isProductReady: true",
                                        "ConsumablePlugin publishes consumableProducts: app.coins"}));
 }
 
 TEST_F(StoreCommands, LetTheCatalogueFailAndLoad) {
     play({"resign", "store offline"});
-    takeTold("plugin");
+    takeTexts("plugin");
     play({"activate"});
     awaitText("SKProductRequestPlugin publishes error: The store cannot be reached.");
     play({"resign", "store online", "activate"});
@@ -101,7 +101,7 @@ TEST_F(StoreCommands, HandInAReceiptAndConfirmAPurchase) {
 }
 
 TEST_F(StoreCommands, RefuseWhatTheStoreCannotDo) {
-    expectRefusals({
+    expectErrors({
         {"buy pr", "there is no product \"pr\"; known: app.coins, app.themes, app.pro"},
         {"buy coins none", "expected how many"},
         {"fail coins perhaps", "there is no reason \"perhaps\"; known: cancelled"},

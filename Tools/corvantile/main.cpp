@@ -1,7 +1,7 @@
 #include "CorvantilePlay/detail/CommandLine/CommandLine.hpp"
 #include "CorvantilePlay/detail/Output/Interruption.hpp"
 #include "CorvantilePlay/detail/Output/StandardOutput.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -18,12 +18,12 @@ tool::ExitCode run(int argc, char** argv) {
     tool::buildCommandLine(app, call);
     try {
         app.parse(argc, argv);
-        tool::heedInterruption();
+        tool::installSignalHandler();
         return call.run();
     } catch (const CLI::ParseError& error) { // --help and --version, too
         return app.exit(error) == 0 ? tool::ExitCode::success : tool::ExitCode::usage;
-    } catch (const tool::Refusal& refusal) {
-        std::cerr << "corvantile: " << refusal.what() << '\n';
+    } catch (const tool::UsageError& error) {
+        std::cerr << "corvantile: " << error.what() << '\n';
         return tool::ExitCode::usage;
     } catch (const std::exception& error) { // of the machine: no memory, no folder for temporary files
         std::cerr << "corvantile: " << error.what() << '\n';

@@ -1,7 +1,7 @@
 #include "CorvantilePlay/detail/CommandLine/Completion.hpp"
 
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -191,7 +191,7 @@ std::string makeCompletion(const CommandLineText& commandLine, std::string_view 
     if (shell == "bash") return bash(commandLine);
     if (shell == "zsh") return zsh(commandLine);
     if (shell == "fish") return fish(commandLine);
-    throw Refusal(unknownName("shell", shell, {"bash", "zsh", "fish"}));
+    throw UsageError(unknownName("shell", shell, {"bash", "zsh", "fish"}));
 }
 
 } // namespace corvantile::tool

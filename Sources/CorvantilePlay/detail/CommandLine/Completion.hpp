@@ -8,7 +8,7 @@
 namespace corvantile::tool {
 
 // The script by which the shell (`bash`, `zsh`, `fish`) completes subcommands, options, folders and files. A
-// Refusal for another shell.
+// UsageError for another shell.
 [[nodiscard]] std::string makeCompletion(const CommandLineText& commandLine, std::string_view shell);
 
 } // namespace corvantile::tool

@@ -5,10 +5,10 @@
 #include "CorvantilePlay/detail/Description/SampleApp.hpp"
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 #include "CorvantilePlay/detail/Output/Interruption.hpp"
-#include "CorvantilePlay/detail/Output/JSONLinesFace.hpp"
+#include "CorvantilePlay/detail/Output/JSONLinesFormat.hpp"
 #include "CorvantilePlay/detail/Output/StandardOutput.hpp"
-#include "CorvantilePlay/detail/Output/TerminalFace.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Output/TerminalFormat.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/VisibleText.hpp"
 
 #include <cerrno>
@@ -26,28 +26,28 @@ namespace corvantile::tool {
 
 namespace {
 
-std::unique_ptr<Face> makeFace(bool json) {
-    if (json) return std::make_unique<JSONLinesFace>(std::cout);
+std::unique_ptr<OutputFormat> makeFormat(bool json) {
+    if (json) return std::make_unique<JSONLinesFormat>(std::cout);
     const bool isColoured = ::isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
-    return std::make_unique<TerminalFace>(std::cout, isColoured);
+    return std::make_unique<TerminalFormat>(std::cout, isColoured);
 }
 
-[[noreturn]] void refuseRead(const std::string& what, int error) {
-    throw Refusal(what + ": it cannot be read to its end: " + std::generic_category().message(error));
+[[noreturn]] void failRead(const std::string& what, int error) {
+    throw UsageError(what + ": it cannot be read to its end: " + std::generic_category().message(error));
 }
 
-// A play on the terminal: an engine, its face, and where the commands come from.
+// A play on the terminal: an engine, its format, and where the commands come from.
 class Session {
 public:
     Session(AppDescription app, const PlayOptions& options)
-        : face_(makeFace(options.json)),
+        : format_(makeFormat(options.json)),
           engine_(std::move(app),
                   {.stateFolder = options.state,
                    .switches = options.switches,
                    .isInterrupted = mustStop,
                    .hasServer = options.hasServer,
                    .isFresh = options.isFresh},
-                  [this](const Happening& happening) { show(happening); }) {}
+                  [this](const PlayEvent& event) { show(event); }) {}
 
     ExitCode playScript(std::ifstream& script, const std::filesystem::path& file) {
         std::string line;
@@ -55,7 +55,7 @@ public:
             const Origin origin{"script", file.string() + ":" + std::to_string(number)};
             if (!engine_.play(line, origin)) return ExitCode::failed;
         }
-        if (script.bad()) refuseRead(file.string(), errno);
+        if (script.bad()) failRead(file.string(), errno);
         return outcome();
     }
 
@@ -69,7 +69,7 @@ public:
                 isPrompt ? Origin{} : Origin{"input", "standard input:" + std::to_string(number++)};
             if (!engine_.play(*line, origin) && !isPrompt) failed_ = true;
         }
-        if (reader.error() != 0) refuseRead("standard input", reader.error());
+        if (reader.error() != 0) failRead("standard input", reader.error());
         return outcome();
     }
 
@@ -77,21 +77,21 @@ public:
 
 private:
     // Who types a command has it on the screen already.
-    void show(const Happening& happening) {
-        if (happening.kind != "command" || happening.who != Origin().who) face_->show(happening);
-        if (happening.kind == "error" && !areStandardStreamsOne())
-            std::cerr << "corvantile: " << visibleText(happening.text) << '\n';
+    void show(const PlayEvent& event) {
+        if (event.kind != "command" || event.who != Origin().who) format_->show(event);
+        if (event.kind == "error" && !areStandardStreamsOne())
+            std::cerr << "corvantile: " << visibleText(event.text) << '\n';
     }
 
     std::optional<std::string> await(LineReader& reader) {
-        engine_.goOn([&] { return reader.isReady(); });
+        engine_.runLoop([&] { return reader.isReady(); });
         return reader.next();
     }
 
     std::optional<std::string> ask(LineReader& reader) {
-        face_->invite();
+        format_->showPrompt();
         auto line = await(reader);
-        face_->answered();
+        format_->endPrompt();
         if (!line) std::cerr << '\n'; // the person ended the input in the middle of the prompt's line
         return line;
     }
@@ -101,7 +101,7 @@ private:
         return failed_ ? ExitCode::failed : ExitCode::success;
     }
 
-    const std::unique_ptr<Face> face_;
+    const std::unique_ptr<OutputFormat> format_;
     Engine engine_;
     bool failed_ = false;
 };
@@ -109,8 +109,8 @@ private:
 std::ifstream openScript(const std::filesystem::path& file) {
     std::ifstream script(file);
     if (script.is_open() && !std::filesystem::is_directory(file)) return script;
-    throw Refusal(file.string() + ": expected a script, but it cannot be read: " +
-                  std::generic_category().message(script.is_open() ? EISDIR : errno));
+    throw UsageError(file.string() + ": expected a script, but it cannot be read: " +
+                     std::generic_category().message(script.is_open() ? EISDIR : errno));
 }
 
 } // namespace

@@ -18,7 +18,7 @@ struct PlayOptions {
 };
 
 // Plays commands from a script, which the first failure ends, or from standard input: a prompt on a terminal,
-// else a pipe, where a failure is remembered and the play goes on. A Refusal when it cannot begin.
+// else a pipe, where a failure is remembered and the play goes on. A UsageError when it cannot begin.
 [[nodiscard]] ExitCode play(const PlayOptions& options);
 
 // Plays the sample app's tour, on a state that does not last; on a terminal one can then go on.

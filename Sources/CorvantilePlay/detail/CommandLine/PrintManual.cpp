@@ -12,7 +12,7 @@ ExitCode printManual(const CLI::App& app, std::string_view version, std::ostream
     // The commands are those of any app: this one has nothing, and is never launched.
     AppDescription none;
     none.bundleIdentifier = "none";
-    const Engine engine(none, {}, [](const Happening&) {});
+    const Engine engine(none, {}, [](const PlayEvent&) {});
     stream << makeManual(describeCommandLine(app), engine.commands().commands(),
                          "corvantile " + std::string(version));
     return ExitCode::success;

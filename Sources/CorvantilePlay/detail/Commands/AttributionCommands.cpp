@@ -10,10 +10,9 @@
 #include "CorvantilePlay/detail/Kinds/AttributionStreams.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
-#include "CorvantilePlay/detail/Text/Misread.hpp"
 #include "CorvantilePlay/detail/Text/PackageText.hpp"
 #include "CorvantilePlay/detail/Text/PromotionText.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <charconv>
 #include <chrono>
@@ -34,7 +33,7 @@ std::vector<std::uint8_t> parseHex(const std::string& text) {
         const auto* const digits = text.data() + 2 * i;
         isHex = std::from_chars(digits, digits + 2, bytes[i], 16).ptr == digits + 2;
     }
-    if (!isHex) throw misread("bytes in hex, such as 0a1b2c", text);
+    if (!isHex) throw unexpectedValue("bytes in hex, such as 0a1b2c", text);
     return bytes;
 }
 
@@ -42,17 +41,17 @@ void runPushToken(Host& host, Arguments given) {
     auto& process = host.process();
     const auto token = parseHex(given[0].text);
     process.delegate().didRegisterForRemoteNotificationsWithDeviceToken(process.application(), token);
-    host.reporter().tell("host", "push-token",
-                         "didRegisterForRemoteNotifications with a token of " + std::to_string(token.size()) +
-                             " bytes",
-                         {{"token", given[0].text}});
+    host.reporter().report("host", "push-token",
+                           "didRegisterForRemoteNotifications with a token of " +
+                               std::to_string(token.size()) + " bytes",
+                           {{"token", given[0].text}});
 }
 
 void runOutbox(Host& host) {
     const auto packages = host.process().platform().adjust().packages();
-    if (packages.empty()) host.reporter().tell("host", "package", "the outbox is empty");
+    if (packages.empty()) host.reporter().report("host", "package", "the outbox is empty");
     for (const auto& package : packages)
-        host.reporter().tell("host", "package", describe(package), fieldsOf(package));
+        host.reporter().report("host", "package", describe(package), fieldsOf(package));
 }
 
 // Packages that wait, and how often they have been tried in vain.
@@ -72,35 +71,35 @@ Backlog backlogOf(const OutboxAdjust& adjust) {
 }
 
 void runDeliver(Host& host) {
-    constexpr std::chrono::seconds patience{10};
+    constexpr std::chrono::seconds timeout{10};
     constexpr std::chrono::milliseconds reportsFollow{100}; // the delegate hears just after the outbox
     const auto& adjust = host.process().platform().adjust();
     const auto before = backlogOf(adjust);
     if (withEnvironment(host.device().attribution).endpoint.empty())
-        throw Refusal("there is no endpoint, so nothing leaves: play --server, or see Docs/Tool.md");
-    if (!adjust.isOnline()) throw Refusal("the app is offline, so nothing leaves: online comes first");
+        throw UsageError("there is no endpoint, so nothing leaves: play --server, or see Docs/Tool.md");
+    if (!adjust.isOnline()) throw UsageError("the app is offline, so nothing leaves: online comes first");
     auto now = before;
-    host.goOn(
+    host.runLoop(
         [&] {
             now = backlogOf(adjust);
             return now.packages == 0 || now.tries > before.tries;
         },
-        patience);
-    host.goOn([] { return false; }, reportsFollow);
-    host.reporter().tell("host", "deliver",
-                         now.packages == 0 ? "nothing waits in the outbox any more"
-                                           : "still waiting in the outbox: " + std::to_string(now.packages),
-                         {{"waiting", now.packages}});
+        timeout);
+    host.runLoop([] { return false; }, reportsFollow);
+    host.reporter().report("host", "deliver",
+                           now.packages == 0 ? "nothing waits in the outbox any more"
+                                             : "still waiting in the outbox: " + std::to_string(now.packages),
+                           {{"waiting", now.packages}});
 }
 
 void setAds(Host& host, const AdsOptions& ads, const std::string& effect) {
     host.setAds(ads);
-    host.reporter().tell("host", "ads", "from the next launch on, " + effect);
+    host.reporter().report("host", "ads", "from the next launch on, " + effect);
 }
 
 void runAds(Host& host, Arguments given) {
     const auto& what = given[0].text;
-    if (given.size() > 1 && what != "token") throw Refusal("ads " + what + " wants nothing more");
+    if (given.size() > 1 && what != "token") throw UsageError("ads " + what + " wants nothing more");
     auto ads = host.device().ads;
     if (what == "slow") {
         ads.delay = LocalAds::longestDelay;
@@ -116,37 +115,37 @@ void runAds(Host& host, Arguments given) {
         what == "none" ? AAAttributionFailure::platformNotSupported : AAAttributionFailure::internalError;
     if (what == "none") return setAds(host, ads, "this device has no attribution service");
     if (what == "error") return setAds(host, ads, "the attribution service fails");
-    throw Refusal(unknownName("answer of the ads services", what, {"token", "none", "slow", "error"}));
+    throw UsageError(unknownName("answer of the ads services", what, {"token", "none", "slow", "error"}));
 }
 
 void runAttribution(Host& host) {
-    constexpr std::chrono::seconds patience{8}; // a launch waits seven for the server
+    constexpr std::chrono::seconds timeout{8}; // a launch waits seven for the server
     const auto info = host.service<AdNetworkPluggable>()->info();
-    host.goOn([&info] { return latest(info).has_value(); }, patience);
+    host.runLoop([&info] { return latest(info).has_value(); }, timeout);
     const auto learnt = latest(info);
-    if (!learnt) return host.reporter().tell("host", "attribution", "nothing is published yet");
+    if (!learnt) return host.reporter().report("host", "attribution", "nothing is published yet");
     auto [text, value] = publicationOf(*learnt);
-    host.reporter().tell("host", "attribution", "this launch has learnt " + text, {{"value", value}});
+    host.reporter().report("host", "attribution", "this launch has learnt " + text, {{"value", value}});
 }
 
 void runIdentifier(Host& host) {
     const auto identifier = host.service<AdNetworkPluggable>()->idfa();
-    host.reporter().tell("host", "idfa", "the advertising identifier is " + identifier,
-                         {{"identifier", identifier}});
+    host.reporter().report("host", "idfa", "the advertising identifier is " + identifier,
+                           {{"identifier", identifier}});
 }
 
 void runPromoteInstall(Host& host) {
     static_cast<void>(host.process());
     const auto& name = host.app().promoteInstall;
-    if (name.empty()) throw Refusal("app.json names no promoteInstall, a JSON file without its ending");
+    if (name.empty()) throw UsageError("app.json names no promoteInstall, a JSON file without its ending");
     try {
         const auto json = NSBundle::main()->resource(name, "json");
-        if (!json) throw Refusal("the app's folder has no " + name + ".json");
+        if (!json) throw UsageError("the app's folder has no " + name + ".json");
         const auto promotion = decodeJSON<PromoteInstall>(*json);
-        host.reporter().tell("host", "promote-install", describe(promotion),
-                             {{"record", fieldsOf(promotion)}});
+        host.reporter().report("host", "promote-install", describe(promotion),
+                               {{"record", fieldsOf(promotion)}});
     } catch (const NSError& error) {
-        throw Refusal(name + ".json: " + error.localizedDescription());
+        throw UsageError(name + ".json: " + error.localizedDescription());
     }
 }
 

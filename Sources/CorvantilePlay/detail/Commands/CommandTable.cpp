@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Commands/CommandTable.hpp"
 
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -37,9 +37,10 @@ void Command::checkCount(Arguments given) const {
     const auto counts = countsOf(arguments);
     const auto required = counts.required.size();
     if (given.size() < required)
-        throw Refusal(name + " wants " + counts.required[given.size()] + ": " + usage());
+        throw UsageError(name + " wants " + counts.required[given.size()] + ": " + usage());
     if (!counts.isOpen && given.size() > required + counts.optional)
-        throw Refusal(name + " does not want \"" + given[required + counts.optional].text + "\": " + usage());
+        throw UsageError(name + " does not want \"" + given[required + counts.optional].text +
+                         "\": " + usage());
 }
 
 void CommandTable::add(std::vector<Command> commands) {
@@ -53,8 +54,8 @@ const Command& CommandTable::find(std::string_view name) const {
     Names names;
     for (const auto& command : commands_) names.push_back(command.name);
     const auto nearest = nearestName(name, names);
-    throw Refusal("there is no command \"" + std::string(name) +
-                  (nearest.empty() ? "\"; help lists them all" : "\": did you mean " + nearest + "?"));
+    throw UsageError("there is no command \"" + std::string(name) +
+                     (nearest.empty() ? "\"; help lists them all" : "\": did you mean " + nearest + "?"));
 }
 
 } // namespace corvantile::tool

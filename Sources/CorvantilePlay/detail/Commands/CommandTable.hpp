@@ -18,7 +18,7 @@ struct Command {
     std::string name;
     std::string arguments; // `NAME AMOUNT`; what may be missing stands last, in brackets; `…` is any number
     std::string help;      // one line
-    std::function<void(Arguments)> run; // throws a Refusal, having done nothing
+    std::function<void(Arguments)> run; // throws a UsageError, having done nothing
     std::vector<std::string> details = {};
     bool isEchoed = true;    // false: what it tells shows the command well enough
     bool reachesFar = false; // what follows of it comes by way of background queues

@@ -1,8 +1,8 @@
 #include "CorvantilePlay/detail/Commands/Engine.hpp"
 
 #include "CorvantilePlay/detail/Commands/Commands.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
 #include "CorvantilePlay/detail/Text/TextTable.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -46,10 +46,10 @@ bool Engine::play(std::string_view line, const Origin& origin) {
     try {
         run(line, origin);
         return true;
-    } catch (const Refusal& refusal) {
+    } catch (const UsageError& error) {
         const auto place = origin.place.empty() ? "" : origin.place + ": ";
-        reporter_.tell("host", "error", place + refusal.what(),
-                       {{"error", refusal.what()}, {"place", origin.place}});
+        reporter_.report("host", "error", place + error.what(),
+                         {{"error", error.what()}, {"place", origin.place}});
         return false;
     }
 }
@@ -59,22 +59,24 @@ void Engine::run(std::string_view line, const Origin& origin) {
     if (words.empty()) return;
     const auto& command = commands_.find(words.front().text);
     const auto given = Arguments(words).subspan(1);
-    if (command.isEchoed) reporter_.tell(origin.who, "command", std::string(trimmed(line)));
+    if (command.isEchoed) reporter_.report(origin.who, "command", std::string(trimmed(line)));
     command.checkCount(given);
     origin_ = origin;
     command.run(given);
     host_.settle();
-    if (command.reachesFar) host_.awaitSilence();
+    if (command.reachesFar) host_.runUntilIdle();
 }
 
-void Engine::goOn(const std::function<bool()>& done) { host_.goOn(done, std::chrono::nanoseconds::max()); }
+void Engine::runLoop(const std::function<bool()>& done) {
+    host_.runLoop(done, std::chrono::nanoseconds::max());
+}
 
 std::vector<Command> Engine::conversation() {
     return {
         {"say",
          "TEXT…",
          "say something to whoever watches",
-         [this](Arguments given) { reporter_.tell(origin_.who, "say", textOf(given)); },
+         [this](Arguments given) { reporter_.report(origin_.who, "say", textOf(given)); },
          {},
          false},
         {"help", "[COMMAND]", "list the commands, or explain one", [this](Arguments given) { help(given); }},
@@ -86,7 +88,7 @@ void Engine::help(Arguments given) {
     if (given.empty()) return helpWithAll();
     const auto& command = commands_.find(given[0].text);
     helpWith(command, 0);
-    for (const auto& line : command.details) reporter_.tell("host", "help", line);
+    for (const auto& line : command.details) reporter_.report("host", "help", line);
 }
 
 void Engine::helpWithAll() {
@@ -98,8 +100,8 @@ void Engine::helpWithAll() {
 void Engine::helpWith(const Command& command, std::size_t width) {
     auto usage = command.usage();
     usage.append(width - std::min(width, widthOf(usage)), ' ');
-    reporter_.tell("host", "help", usage + "  " + command.help,
-                   {{"command", command.name}, {"arguments", command.arguments}, {"help", command.help}});
+    reporter_.report("host", "help", usage + "  " + command.help,
+                     {{"command", command.name}, {"arguments", command.arguments}, {"help", command.help}});
 }
 
 } // namespace corvantile::tool

@@ -17,8 +17,8 @@ struct Origin {
     std::string place = {};  // `tour.play:12`, named where a command is at fault; empty: nowhere to name
 };
 
-// The play without a face: command lines in, happenings out.
-// Threads: `play` and `goOn` on the thread that made the engine, which is the app's main thread; happenings
+// The play without a format: command lines in, events out.
+// Threads: `play` and `runLoop` on the thread that made the engine, which is the app's main thread; events
 // as Reporter says.
 class Engine {
 public:
@@ -34,7 +34,7 @@ public:
     [[nodiscard]] bool isOver() const { return isOver_; }
 
     // Lets the app go on until `done` holds or an interruption comes.
-    void goOn(const std::function<bool()>& done);
+    void runLoop(const std::function<bool()>& done);
 
 private:
     [[nodiscard]] std::vector<Command> conversation();

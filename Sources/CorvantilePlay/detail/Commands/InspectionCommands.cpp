@@ -4,7 +4,7 @@
 #include "CorvantilePlay/detail/Commands/Commands.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>
 #include <string>
@@ -22,22 +22,22 @@ void runLookup(Host& host, Arguments given) {
     if (known == services.end()) {
         Names names;
         for (const auto& service : services) names.push_back(service.name);
-        throw Refusal(unknownName("service", name, names));
+        throw UsageError(unknownName("service", name, names));
     }
     const auto found = known->find();
-    host.reporter().tell("host", "lookup",
-                         name + " → " + (found ? process.describePlugIn(*found) : "no plug-in offers it"),
-                         {{"protocol", name}, {"found", found != nullptr}});
+    host.reporter().report("host", "lookup",
+                           name + " → " + (found ? process.describePlugIn(*found) : "no plug-in offers it"),
+                           {{"protocol", name}, {"found", found != nullptr}});
 }
 
 void runNetwork(Host& host) {
     static_cast<void>(host.process());
     const auto status = describe(NetworkReachability::shared()->networkStatus());
-    host.reporter().tell("network", "network", status, {{"network", status}});
+    host.reporter().report("network", "network", status, {{"network", status}});
 }
 
-void tellStatus(Host& host, const std::string& key, const std::string& value) {
-    host.reporter().tell("host", "status", key + ": " + value, {{"name", key}, {"value", value}});
+void reportStatus(Host& host, const std::string& key, const std::string& value) {
+    host.reporter().report("host", "status", key + ": " + value, {{"name", key}, {"value", value}});
 }
 
 std::string describeSink(const Sink& sink) {
@@ -48,26 +48,26 @@ std::string describeSink(const Sink& sink) {
 }
 
 void runStatus(Host& host) {
-    tellStatus(host, "app",
-               host.app().name + " (" + host.app().bundleIdentifier + "), " +
-                   std::string(describe(host.lifeCycle())));
-    tellStatus(host, "state", host.stateFolder().string());
+    reportStatus(host, "app",
+                 host.app().name + " (" + host.app().bundleIdentifier + "), " +
+                     std::string(describe(host.lifeCycle())));
+    reportStatus(host, "state", host.stateFolder().string());
     const auto& attribution = host.device().attribution;
     const auto endpoint = withEnvironment(attribution).endpoint;
-    tellStatus(host, "attribution",
-               (endpoint.empty() ? "no endpoint" : endpoint) +
-                   (attribution.isOffline ? ", offline" : ", online"));
-    tellStatus(host, "keychain", host.isKeychainLocked() ? "locked" : "unlocked");
+    reportStatus(host, "attribution",
+                 (endpoint.empty() ? "no endpoint" : endpoint) +
+                     (attribution.isOffline ? ", offline" : ", online"));
+    reportStatus(host, "keychain", host.isKeychainLocked() ? "locked" : "unlocked");
     if (host.lifeCycle() == LifeCycle::notRunning) return;
     auto& process = host.process();
-    tellStatus(host, "switches",
-               std::string("debug ") + (Corvantile::debug() ? "on" : "off") + ", dry run " +
-                   (Corvantile::dryRun() ? "on" : "off"));
+    reportStatus(host, "switches",
+                 std::string("debug ") + (Corvantile::debug() ? "on" : "off") + ", dry run " +
+                     (Corvantile::dryRun() ? "on" : "off"));
     Names plugIns;
     for (const auto& plugIn : host.app().plugIns) plugIns.push_back(plugIn.kind);
-    tellStatus(host, "plug-ins", listed(plugIns));
-    for (const auto& sink : process.sinks()) tellStatus(host, "sink", describeSink(sink));
-    tellStatus(host, "network", describe(NetworkReachability::shared()->networkStatus()));
+    reportStatus(host, "plug-ins", listed(plugIns));
+    for (const auto& sink : process.sinks()) reportStatus(host, "sink", describeSink(sink));
+    reportStatus(host, "network", describe(NetworkReachability::shared()->networkStatus()));
 }
 
 } // namespace

@@ -18,22 +18,22 @@ template <class T>
 }
 
 // Notices whether the stream emits from now on.
-class News {
+class NextElement {
 public:
     template <class T>
-    explicit News(const rx::Observable<T>& stream)
-        : hasCome_(std::make_shared<bool>(false)),
-          subscription_(stream.subscribe([hasCome = hasCome_](const T&) { *hasCome = true; })) {
-        *hasCome_ = false; // what was replayed is no news
+    explicit NextElement(const rx::Observable<T>& stream)
+        : hasArrived_(std::make_shared<bool>(false)),
+          subscription_(stream.subscribe([hasArrived = hasArrived_](const T&) { *hasArrived = true; })) {
+        *hasArrived_ = false; // a replayed element does not count
     }
-    News(const News&) = delete;
-    News& operator=(const News&) = delete;
-    ~News() { subscription_.dispose(); }
+    NextElement(const NextElement&) = delete;
+    NextElement& operator=(const NextElement&) = delete;
+    ~NextElement() { subscription_.dispose(); }
 
-    [[nodiscard]] bool haveCome() const { return *hasCome_; }
+    [[nodiscard]] bool hasArrived() const { return *hasArrived_; }
 
 private:
-    const std::shared_ptr<bool> hasCome_;
+    const std::shared_ptr<bool> hasArrived_;
     rx::Disposable subscription_;
 };
 

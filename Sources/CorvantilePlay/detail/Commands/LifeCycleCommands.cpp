@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Commands/Commands.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
 
 namespace corvantile::tool {
@@ -11,7 +11,7 @@ LaunchSwitches parseSwitches(Arguments arguments) {
     LaunchSwitches switches;
     for (const auto& word : arguments) {
         if (word.text != "debug" && word.text != "dry-run")
-            throw Refusal(unknownName("switch", word.text, {"debug", "dry-run"}));
+            throw UsageError(unknownName("switch", word.text, {"debug", "dry-run"}));
         (word.text == "debug" ? switches.debug : switches.dryRun) = true;
     }
     return switches;
@@ -42,7 +42,7 @@ std::vector<Command> lifeCycleCommands(Host& host) {
         {"relaunch", "[SWITCH…]", "terminate the app if it runs, and launch it on the state that it left",
          [&host](Arguments given) { host.relaunch(parseSwitches(given)); }, switchHelp},
         {"wait", "DURATION", "let the app run on for a while: 500ms, 1.5s, 2m",
-         [&host](Arguments given) { host.goOn([] { return false; }, parseDuration(given[0].text)); }},
+         [&host](Arguments given) { host.runLoop([] { return false; }, parseDuration(given[0].text)); }},
     };
 }
 

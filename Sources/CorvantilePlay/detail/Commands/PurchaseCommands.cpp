@@ -17,8 +17,8 @@ namespace {
 void runReceipts(Host& host, Arguments given) {
     const auto records = std::dynamic_pointer_cast<IAPReceiptPlugin>(host.service<IAPReceiptPluggable>());
     auto json = readFileText(given[0].text, "a receipt as the store's JSON");
-    host.reporter().tell("host", "receipts", "hands in the receipt of " + given[0].text,
-                         {{"file", given[0].text}, {"bytes", json.size()}});
+    host.reporter().report("host", "receipts", "hands in the receipt of " + given[0].text,
+                           {{"file", given[0].text}, {"bytes", json.size()}});
     records->setReceipt(std::move(json));
 }
 
@@ -26,8 +26,8 @@ void runValidated(Host& host, Arguments given) {
     const auto tracking = host.service<IAPReceiptTrackingPluggable>();
     const auto& text = given[0].text;
     const auto product = host.app().hasStore() ? productNamed(storeOf(host).catalogue(), text) : text;
-    host.reporter().tell("host", "validated", "the purchase of " + product + " is confirmed",
-                         {{"product", product}});
+    host.reporter().report("host", "validated", "the purchase of " + product + " is confirmed",
+                           {{"product", product}});
     tracking->trackValidatedPurchase(product, parseParameters(given.subspan(1)));
 }
 

@@ -1,9 +1,8 @@
 #include "CorvantilePlay/detail/Commands/Commands.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
+#include "CorvantilePlay/detail/Session/FakeServer.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
-#include "CorvantilePlay/detail/Session/PlayedServer.hpp"
-#include "CorvantilePlay/detail/Text/Misread.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "HostCore/detail/JSON.hpp"
 
 #include <optional>
@@ -13,37 +12,38 @@ namespace corvantile::tool {
 
 namespace {
 
-void tellServer(Host& host, const std::string& text, EventValue::Map fields = {}) {
-    host.reporter().tell("server", "server", text, std::move(fields));
+void reportServer(Host& host, const std::string& text, EventValue::Map fields = {}) {
+    host.reporter().report("server", "server", text, std::move(fields));
 }
 
 void showArrivals(Host& host) {
     const auto arrivals = host.server().arrivals();
-    if (arrivals.empty()) tellServer(host, "nothing has arrived yet");
+    if (arrivals.empty()) reportServer(host, "nothing has arrived yet");
     for (const auto& arrival : arrivals)
-        tellServer(host, describe(arrival),
-                   {{"path", arrival.path},
-                    {"fields", EventValue::Map(arrival.fields.begin(), arrival.fields.end())}});
+        reportServer(host, describe(arrival),
+                     {{"path", arrival.path},
+                      {"fields", EventValue::Map(arrival.fields.begin(), arrival.fields.end())}});
 }
 
 int parseStatus(const std::string& text) {
     const auto status = textInteger(text).value_or(0);
     if (status >= 200 && status <= 599) return static_cast<int>(status);
-    throw misread("ok or a status from 200 to 599", text);
+    throw unexpectedValue("ok or a status from 200 to 599", text);
 }
 
 void setAnswer(Host& host, Arguments given) {
-    if (given.empty()) throw Refusal("server answer wants ok or STATUS: server answer STATUS [BODY]");
+    if (given.empty()) throw UsageError("server answer wants ok or STATUS: server answer STATUS [BODY]");
     if (given[0].text == "ok" && given.size() == 1) {
         host.server().answer(std::nullopt);
-        return tellServer(host, "answers as the services do when all goes well");
+        return reportServer(host, "answers as the services do when all goes well");
     }
     const auto status = parseStatus(given[0].text);
-    if (given.size() > 2) throw Refusal("a BODY of several words stands in quotes: server answer 200 '{}'");
+    if (given.size() > 2)
+        throw UsageError("a BODY of several words stands in quotes: server answer 200 '{}'");
     const auto body = given.size() == 2 ? given[1].text : "";
     host.server().answer(ServiceAnswer{status, body});
-    tellServer(host, "answers everything with " + std::to_string(status) +
-                         (body.empty() ? " and nothing else" : " and " + body));
+    reportServer(host, "answers everything with " + std::to_string(status) +
+                           (body.empty() ? " and nothing else" : " and " + body));
 }
 
 void runServer(Host& host, Arguments given) {
@@ -52,10 +52,11 @@ void runServer(Host& host, Arguments given) {
     const auto& what = given[0].text;
     if (what == "answer") return setAnswer(host, given.subspan(1));
     if (what != "hang" || given.size() > 1)
-        throw Refusal(what == "hang" ? "server hang wants nothing more"
-                                     : unknownName("thing for the server to do", what, {"answer", "hang"}));
+        throw UsageError(what == "hang"
+                             ? "server hang wants nothing more"
+                             : unknownName("thing for the server to do", what, {"answer", "hang"}));
     server.hang();
-    tellServer(host, "answers nothing any more");
+    reportServer(host, "answers nothing any more");
 }
 
 } // namespace

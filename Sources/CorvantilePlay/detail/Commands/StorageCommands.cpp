@@ -7,8 +7,8 @@
 #include "CorvantilePlay/detail/Commands/Latest.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
 #include "CorvantilePlay/detail/Text/SettingText.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
 
 #include <chrono>
@@ -22,59 +22,60 @@ namespace {
 constexpr const char* loadedMoment = "the records are loaded a second after the launch (wait 1100ms)";
 
 // A record that is stored may be read again and published on other queues first.
-void awaitNews(Host& host, const News& news) {
-    constexpr std::chrono::seconds patience{1};
-    host.goOn([&news] { return news.haveCome(); }, patience);
-    if (!news.haveCome())
-        host.reporter().tell("host", "silent",
-                             "nothing is published: there is no user, or no stored record that can be read");
+void awaitNext(Host& host, const NextElement& next) {
+    constexpr std::chrono::seconds timeout{1};
+    host.runLoop([&next] { return next.hasArrived(); }, timeout);
+    if (!next.hasArrived())
+        host.reporter().report(
+            "host", "silent", "nothing is published: there is no user, or no stored record that can be read");
 }
 
 void runSetting(Host& host, Arguments given) {
     const auto database = host.service<DatabasePluggable>();
     const auto setting = latest(database->setting());
-    if (!setting) throw Refusal(std::string("there is no setting to change yet: ") + loadedMoment);
+    if (!setting) throw UsageError(std::string("there is no setting to change yet: ") + loadedMoment);
     const auto parameters = parseParameters(given);
     const auto changed = changedSetting(*setting, *parameters);
-    host.reporter().tell("host", "setting", "updates the setting: " + describeParameters(*parameters),
-                         {{"setting", *parameters}});
-    const News news(database->setting());
+    host.reporter().report("host", "setting", "updates the setting: " + describeParameters(*parameters),
+                           {{"setting", *parameters}});
+    const NextElement next(database->setting());
     database->update(changed);
-    awaitNews(host, news);
+    awaitNext(host, next);
 }
 
 void runReset(Host& host) {
     const auto database = host.service<DatabasePluggable>();
     const bool isKnown = latest(database->application()).has_value();
-    const News news(database->application());
-    host.reporter().tell("host", "reset", "stamps the application record with the time of the moment");
+    const NextElement next(database->application());
+    host.reporter().report("host", "reset", "stamps the application record with the time of the moment");
     database->resetApplication();
-    if (isKnown) return awaitNews(host, news);
-    host.reporter().tell("host", "silent", std::string("that waits for the first record: ") + loadedMoment);
+    if (isKnown) return awaitNext(host, next);
+    host.reporter().report("host", "silent", std::string("that waits for the first record: ") + loadedMoment);
 }
 
 void runReload(Host& host) {
     const auto database = host.service<DatabasePluggable>();
-    const News news(database->application());
-    host.reporter().tell("host", "reload", "reads the stored application record again");
+    const NextElement next(database->application());
+    host.reporter().report("host", "reload", "reads the stored application record again");
     database->reloadApplication();
-    awaitNews(host, news);
+    awaitNext(host, next);
 }
 
 void runFirstDate(Host& host) {
     const auto date = latest(host.service<FirstDatePluggable>()->firstDate());
     if (date)
-        host.reporter().tell("host", "firstdate", "the first date is " + describe(*date), {{"date", *date}});
+        host.reporter().report("host", "firstdate", "the first date is " + describe(*date),
+                               {{"date", *date}});
     else
-        host.reporter().tell("host", "firstdate", "no first date is published yet: activate does it");
+        host.reporter().report("host", "firstdate", "no first date is published yet: activate does it");
 }
 
-void tellDeleted(Host& host, const std::string& beginning, const NSUserDefaults::Dictionary& before) {
+void reportDeleted(Host& host, const std::string& beginning, const NSUserDefaults::Dictionary& before) {
     const auto defaults = NSUserDefaults::standardUserDefaults();
     Names names;
     for (const auto& [name, value] : before)
         if (!defaults->valueForKey(name)) names.push_back(name);
-    host.reporter().tell(
+    host.reporter().report(
         "host", "delete",
         names.empty() ? "no stored name begins with " + beginning : "deletes " + listed(names),
         {{"beginning", beginning}, {"deleted", EventValue::List(names.begin(), names.end())}});
@@ -91,8 +92,8 @@ void runDelete(Host& host, Arguments given) {
     });
     host.settle();
     if (!*isOpen)
-        throw Refusal(std::string("there is no user whose records could be deleted: ") + loadedMoment);
-    tellDeleted(host, beginning, before);
+        throw UsageError(std::string("there is no user whose records could be deleted: ") + loadedMoment);
+    reportDeleted(host, beginning, before);
 }
 
 } // namespace

@@ -4,10 +4,9 @@
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
 #include "CorvantilePlay/detail/Session/HostStore.hpp"
-#include "CorvantilePlay/detail/Text/Misread.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
 #include "CorvantilePlay/detail/Text/StoreText.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "HostCore/detail/JSON.hpp"
 
 #include <limits>
@@ -27,7 +26,7 @@ Command about(Host& host, std::string name, std::string arguments, std::string h
         auto& store = storeOf(host);
         const auto product = productNamed(store.catalogue(), given[0].text);
         const std::string told = askStore([&] { return act(store, product, given.subspan(1)); });
-        host.reporter().tell("store", name, told, {{"product", product}});
+        host.reporter().report("store", name, told, {{"product", product}});
     };
     return {std::move(name), std::move(arguments), std::move(help), run};
 }
@@ -35,15 +34,15 @@ Command about(Host& host, std::string name, std::string arguments, std::string h
 int parseQuantity(const std::string& text) {
     const auto quantity = textInteger(text).value_or(0);
     if (quantity > 0 && quantity <= std::numeric_limits<int>::max()) return static_cast<int>(quantity);
-    throw misread("how many, such as 3", text);
+    throw unexpectedValue("how many, such as 3", text);
 }
 
 // Nobody should look for events that are held back by design.
 void explainSilence(Host& host) {
     if (!Corvantile::debug() || Corvantile::dryRun() || !host.app().hasPlugIn("IAPReceiptTrackingPlugin"))
         return;
-    host.reporter().tell("host", "silent",
-                         "purchase analytics begins no pass in debug mode, except in a dry run");
+    host.reporter().report("host", "silent",
+                           "purchase analytics begins no pass in debug mode, except in a dry run");
 }
 
 Command buyCommand(Host& host) {
@@ -102,7 +101,7 @@ std::vector<Command> subscriptionCommands(Host& host) {
               [](LocalStore& store, const std::string& product, Arguments given) {
                   const auto& state = given[0].text;
                   if (state != "ok" && state != "failing")
-                      throw Refusal(unknownName("state of billing", state, {"ok", "failing"}));
+                      throw UsageError(unknownName("state of billing", state, {"ok", "failing"}));
                   store.setBillingFails(product, state == "failing");
                   return "renewals of " + product + (state == "ok" ? " are paid" : " are not paid");
               }),
@@ -111,7 +110,7 @@ std::vector<Command> subscriptionCommands(Host& host) {
 
 void runRestore(Host& host) {
     static_cast<void>(host.process());
-    host.reporter().tell("store", "restore", "the app asks for what was bought before");
+    host.reporter().report("store", "restore", "the app asks for what was bought before");
     SKPaymentQueue::defaultQueue()->restoreCompletedTransactions();
 }
 
@@ -121,8 +120,8 @@ void runRefund(Host& host, Arguments given) {
     const bool isTransaction = text.find_first_not_of("0123456789") == std::string::npos;
     const auto identifier = isTransaction ? text : productNamed(store.catalogue(), text);
     askStore([&] { store.refund(identifier); });
-    host.reporter().tell("store", "refund", identifier + " is refunded",
-                         {{isTransaction ? "transaction" : "product", identifier}});
+    host.reporter().report("store", "refund", identifier + " is refunded",
+                           {{isTransaction ? "transaction" : "product", identifier}});
 }
 
 void runAdvance(Host& host, Arguments given) {
@@ -132,7 +131,7 @@ void runAdvance(Host& host, Arguments given) {
         store.advance(duration);
         return store.now();
     });
-    host.reporter().tell("store", "advance", "the store's clock shows " + describe(now), {{"date", now}});
+    host.reporter().report("store", "advance", "the store's clock shows " + describe(now), {{"date", now}});
 }
 
 } // namespace

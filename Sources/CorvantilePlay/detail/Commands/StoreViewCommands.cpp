@@ -5,8 +5,8 @@
 #include "CorvantilePlay/detail/Session/HostStore.hpp"
 #include "CorvantilePlay/detail/Text/CatalogueText.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
 #include "CorvantilePlay/detail/Text/StoreText.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <cstddef>
 #include <string>
@@ -25,11 +25,11 @@ public:
         fields_.push_back(std::move(fields));
     }
 
-    void tell(Host& host, const std::string& kind, const std::string& none) const {
+    void report(Host& host, const std::string& kind, const std::string& none) const {
         const auto lines = alignedLines(rows_);
         for (std::size_t row = 0; row < lines.size(); ++row)
-            host.reporter().tell("store", kind, lines[row], fields_[row]);
-        if (lines.empty()) host.reporter().tell("store", kind, none);
+            host.reporter().report("store", kind, lines[row], fields_[row]);
+        if (lines.empty()) host.reporter().report("store", kind, none);
     }
 
 private:
@@ -42,7 +42,7 @@ void runCatalogue(Host& host) {
     Listing listing;
     for (const auto& product : catalogue.products())
         listing.add(cellsOf(catalogue, product), fieldsOf(catalogue, product));
-    listing.tell(host, "product", "the store sells nothing");
+    listing.report(host, "product", "the store sells nothing");
 }
 
 void runTransactions(Host& host) {
@@ -53,19 +53,19 @@ void runTransactions(Host& host) {
     for (const auto& transaction : askStore([&] { return store.transactions(); }))
         if (transaction.state != SKPaymentTransactionState::purchased)
             listing.add(cellsOf(transaction), fieldsOf(transaction));
-    listing.tell(host, "transaction", "nothing was bought yet");
+    listing.report(host, "transaction", "nothing was bought yet");
 }
 
-void tell(Host& host, const std::string& key, const std::string& text) {
-    host.reporter().tell("store", "status", key + ": " + text, {{"name", key}, {"value", text}});
+void report(Host& host, const std::string& key, const std::string& text) {
+    host.reporter().report("store", "status", key + ": " + text, {{"name", key}, {"value", text}});
 }
 
-void tellDecisions(Host& host, const StoreSettings& settings) {
+void reportDecisions(Host& host, const StoreSettings& settings) {
     for (const auto& [product, next] : settings.nextPayments)
-        tell(host, "next payment",
-             product + (next.failure ? " fails: " + next.failure->message : " is not decided at once"));
-    for (const auto& product : settings.failingBilling) tell(host, "billing", product + " is not paid");
-    for (const auto& product : settings.promotions) tell(host, "promotion", product + " waits for the app");
+        report(host, "next payment",
+               product + (next.failure ? " fails: " + next.failure->message : " is not decided at once"));
+    for (const auto& product : settings.failingBilling) report(host, "billing", product + " is not paid");
+    for (const auto& product : settings.promotions) report(host, "promotion", product + " waits for the app");
 }
 
 void runStore(Host& host, Arguments given) {
@@ -73,17 +73,17 @@ void runStore(Host& host, Arguments given) {
     if (!given.empty()) {
         const auto& state = given[0].text;
         if (state != "online" && state != "offline")
-            throw Refusal(unknownName("state of the store", state, {"online", "offline"}));
+            throw UsageError(unknownName("state of the store", state, {"online", "offline"}));
         askStore([&] { store.setOffline(state == "offline"); });
-        return tell(host, "connection", state);
+        return report(host, "connection", state);
     }
     const auto settings = askStore([&] { return store.settings(); });
-    tell(host, "clock", describe(askStore([&] { return store.now(); })));
-    tell(host, "connection", settings.isOffline ? "offline" : "online");
-    tell(host, "catalogue", std::to_string(store.catalogue().products().size()) + " products");
+    report(host, "clock", describe(askStore([&] { return store.now(); })));
+    report(host, "connection", settings.isOffline ? "offline" : "online");
+    report(host, "catalogue", std::to_string(store.catalogue().products().size()) + " products");
     for (const auto& subscription : askStore([&] { return store.subscriptions(); }))
-        tell(host, "subscription", describe(subscription));
-    tellDecisions(host, settings);
+        report(host, "subscription", describe(subscription));
+    reportDecisions(host, settings);
 }
 
 } // namespace

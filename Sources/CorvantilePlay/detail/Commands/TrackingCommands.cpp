@@ -24,8 +24,8 @@ std::shared_ptr<AdjustAnalyticComponent> asAdjust(const Sink& sink) {
 
 void track(Host& host, AnalyticPluggable& router, const AnalyticEvent& event,
            const std::optional<Revenue>& revenue) {
-    host.reporter().tell("host", "track", "tracks " + describeEvent(event, revenue),
-                         fieldsOf(event, revenue));
+    host.reporter().report("host", "track", "tracks " + describeEvent(event, revenue),
+                           fieldsOf(event, revenue));
     if (revenue)
         router.track(event, revenue->amount, revenue->currency);
     else
@@ -47,9 +47,10 @@ void runRevenue(Host& host, Arguments given) {
 void replaceIgnored(Host& host, AdjustAnalyticComponent& adjust, const std::string& sink, Arguments given) {
     Names names;
     for (const auto& word : given) names.push_back(word.text);
-    host.reporter().tell("host", "ignore",
-                         "tells sink " + sink + " to ignore " + listed(names) + ", and nothing else any more",
-                         {{"sink", sink}, {"events", EventValue::List(names.begin(), names.end())}});
+    host.reporter().report("host", "ignore",
+                           "tells sink " + sink + " to ignore " + listed(names) +
+                               ", and nothing else any more",
+                           {{"sink", sink}, {"events", EventValue::List(names.begin(), names.end())}});
     adjust.setIgnoredEventNames(std::move(names));
 }
 
@@ -58,14 +59,14 @@ void runIgnore(Host& host, Arguments given) {
     if (const auto adjust = asAdjust(sink)) return replaceIgnored(host, *adjust, sink.name, given.subspan(1));
     for (const auto& word : given.subspan(1)) {
         sink.component->ignore({word.text});
-        host.reporter().tell("host", "ignore", "tells sink " + sink.name + " to ignore " + word.text,
-                             {{"sink", sink.name}, {"event", word.text}});
+        host.reporter().report("host", "ignore", "tells sink " + sink.name + " to ignore " + word.text,
+                               {{"sink", sink.name}, {"event", word.text}});
     }
 }
 
 void runFlush(Host& host) {
     host.service<AnalyticPluggable>()->flush();
-    host.reporter().tell("host", "flush", "asks the router for what it has buffered");
+    host.reporter().report("host", "flush", "asks the router for what it has buffered");
 }
 
 const std::vector<std::string>& parameterHelp() {

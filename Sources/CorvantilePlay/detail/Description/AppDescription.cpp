@@ -6,7 +6,7 @@
 #include "CorvantilePlay/detail/Kinds/PurchaseKinds.hpp"
 #include "CorvantilePlay/detail/Text/FileText.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -27,7 +27,7 @@ public:
         if (event == nlohmann::json::parse_event_t::object_start) keys_.emplace_back();
         if (event == nlohmann::json::parse_event_t::object_end) keys_.pop_back();
         if (event == nlohmann::json::parse_event_t::key && !keys_.back().insert(value).second)
-            throw Refusal("the key " + value.dump() + " is there twice");
+            throw UsageError("the key " + value.dump() + " is there twice");
     }
 
 private:
@@ -54,11 +54,11 @@ nlohmann::json parse(const std::string& text, const std::string& file) {
         });
     } catch (const nlohmann::json::parse_error& error) {
         const auto last = error.byte == 0 ? 0 : error.byte - 1; // what was read last is what was not expected
-        throw Refusal(file + ":" + lineAt(text, last) + ": " + reason(error.what(), ": "));
+        throw UsageError(file + ":" + lineAt(text, last) + ": " + reason(error.what(), ": "));
     } catch (const nlohmann::json::exception& error) { // a number that nothing can hold
-        throw Refusal(file + ": " + reason(error.what(), "] "));
-    } catch (const Refusal& refusal) {
-        throw Refusal(file + ": " + refusal.what());
+        throw UsageError(file + ": " + reason(error.what(), "] "));
+    } catch (const UsageError& error) {
+        throw UsageError(file + ": " + error.what());
     }
 }
 
@@ -70,7 +70,7 @@ const Kind& findKind(const std::vector<Kind>& kinds, std::string_view what, cons
     if (found != kinds.end()) return *found;
     Names names;
     for (const auto& kind : kinds) names.push_back(kind.name);
-    object.refuse("kind", unknownName(what, name, names));
+    object.fail("kind", unknownName(what, name, names));
 }
 
 class Reader {
@@ -97,10 +97,9 @@ private:
             "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-.";
         const auto& identifier = app_.bundleIdentifier;
         if (identifier.find_first_not_of(allowed) != std::string::npos || identifier.front() == '.')
-            top_.refuse(
-                "bundleIdentifier",
-                "expected letters, digits, hyphens and points, such as com.example.app, but found \"" +
-                    identifier + "\"");
+            top_.fail("bundleIdentifier",
+                      "expected letters, digits, hyphens and points, such as com.example.app, but found \"" +
+                          identifier + "\"");
         app_.name = top_.text("name", app_.bundleIdentifier);
     }
 
@@ -124,7 +123,7 @@ private:
                              .registersAtLaunch = readsLaunch(object),
                              .make = kind.read(object.object("configuration"))};
         if (!sinkNames_.insert(sink.name).second)
-            object.refuse("name", "there is a sink \"" + sink.name + "\" already");
+            object.fail("name", "there is a sink \"" + sink.name + "\" already");
         needs_.push_back({object, "a sink", std::string(AnalyticPluggable::typeName)});
         app_.sinks.push_back(std::move(sink));
     }
@@ -132,15 +131,15 @@ private:
     static bool readsLaunch(const DescriptionObject& object) {
         const auto moment = object.text("register", "launch");
         if (moment != "launch" && moment != "command")
-            object.refuse("register", "expected \"launch\" or \"command\", but found \"" + moment + "\"");
+            object.fail("register", "expected \"launch\" or \"command\", but found \"" + moment + "\"");
         return moment == "launch";
     }
 
     void checkNeeds() const {
         for (const auto& [object, who, service] : needs_)
             if (!offered_.count(service))
-                object.refuse({}, who + " needs " + service + ", which no plug-in of this app offers; add " +
-                                      listed(registry_.offering(service)));
+                object.fail({}, who + " needs " + service + ", which no plug-in of this app offers; add " +
+                                    listed(registry_.offering(service)));
     }
 
     struct Need {

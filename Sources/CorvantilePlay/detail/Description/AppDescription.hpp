@@ -53,7 +53,7 @@ struct AppDescription {
 };
 
 // Reads `folder`/app.json. What cannot be read, is not known, or would end the app's process for want of a
-// service, is a Refusal that names the file, the line or path of keys, and what was expected.
+// service, is a UsageError that names the file, the line or path of keys, and what was expected.
 [[nodiscard]] AppDescription readAppDescription(const std::filesystem::path& folder,
                                                 const PlugInRegistry& registry);
 

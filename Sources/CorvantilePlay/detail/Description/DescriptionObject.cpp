@@ -1,7 +1,7 @@
 #include "CorvantilePlay/detail/Description/DescriptionObject.hpp"
 
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -30,54 +30,54 @@ std::string shown(const nlohmann::json& found) {
 
 DescriptionObject::DescriptionObject(const nlohmann::json& object, std::string file, std::string path)
     : object_(object), file_(std::move(file)), path_(std::move(path)) {
-    if (!object_.is_object()) refuseKind({}, "an object", object_);
+    if (!object_.is_object()) failType({}, "an object", object_);
 }
 
 void DescriptionObject::allow(std::initializer_list<std::string_view> keys) const {
     for (const auto& [key, value] : object_.items())
         if (std::find(keys.begin(), keys.end(), key) == keys.end())
-            refuse({}, unknownName("key", key, Names(keys.begin(), keys.end())));
+            fail({}, unknownName("key", key, Names(keys.begin(), keys.end())));
 }
 
 std::string DescriptionObject::text(std::string_view key) const {
     const auto* const found = find(key);
-    if (found == nullptr) refuse(key, "is missing: expected a text");
+    if (found == nullptr) fail(key, "is missing: expected a text");
     return text(key, {});
 }
 
 std::string DescriptionObject::text(std::string_view key, std::string_view otherwise) const {
     const auto* const found = find(key);
     if (found == nullptr) return std::string(otherwise);
-    if (!found->is_string()) refuseKind(key, "a text", *found);
-    if (found->get_ref<const std::string&>().empty()) refuse(key, "expected a text, but it is empty");
+    if (!found->is_string()) failType(key, "a text", *found);
+    if (found->get_ref<const std::string&>().empty()) fail(key, "expected a text, but it is empty");
     return *found;
 }
 
 bool DescriptionObject::boolean(std::string_view key, bool otherwise) const {
     const auto* const found = find(key);
     if (found == nullptr) return otherwise;
-    if (!found->is_boolean()) refuseKind(key, "true or false", *found);
+    if (!found->is_boolean()) failType(key, "true or false", *found);
     return *found;
 }
 
 std::uint64_t DescriptionObject::unsignedInteger(std::string_view key) const {
     const auto* const found = find(key);
-    if (found == nullptr) refuse(key, "is missing: expected a whole number");
-    if (!found->is_number_unsigned()) refuseKind(key, "a whole number", *found);
+    if (found == nullptr) fail(key, "is missing: expected a whole number");
+    if (!found->is_number_unsigned()) failType(key, "a whole number", *found);
     return *found;
 }
 
 std::optional<double> DescriptionObject::amount(std::string_view key) const {
     const auto* const found = find(key);
     if (found == nullptr) return std::nullopt;
-    if (!found->is_number() || found->get<double>() < 0) refuseKind(key, "a number from 0 on", *found);
+    if (!found->is_number() || found->get<double>() < 0) failType(key, "a number from 0 on", *found);
     return found->get<double>();
 }
 
 std::vector<std::string> DescriptionObject::texts(std::string_view key) const {
     std::vector<std::string> texts;
     for (const auto& member : list(key)) {
-        if (!member.is_string()) refuseKind(placeOf(key, texts.size()), "a text", member);
+        if (!member.is_string()) failType(placeOf(key, texts.size()), "a text", member);
         texts.push_back(member);
     }
     return texts;
@@ -105,7 +105,7 @@ DescriptionObject DescriptionObject::object(std::string_view key) const {
 const nlohmann::json& DescriptionObject::list(std::string_view key) const {
     const auto* const found = find(key);
     if (found == nullptr) return emptyList;
-    if (!found->is_array()) refuseKind(key, "a list", *found);
+    if (!found->is_array()) failType(key, "a list", *found);
     return *found;
 }
 
@@ -118,14 +118,14 @@ std::string DescriptionObject::pathOf(std::string_view key) const {
     return path_ + (path_.empty() || key.empty() ? "" : ".") + std::string(key);
 }
 
-void DescriptionObject::refuse(std::string_view key, std::string_view why) const {
+void DescriptionObject::fail(std::string_view key, std::string_view why) const {
     const auto path = pathOf(key);
-    throw Refusal(file_ + ": " + (path.empty() ? "" : path + ": ") + std::string(why));
+    throw UsageError(file_ + ": " + (path.empty() ? "" : path + ": ") + std::string(why));
 }
 
-void DescriptionObject::refuseKind(std::string_view key, std::string_view expected,
-                                   const nlohmann::json& found) const {
-    refuse(key, "expected " + std::string(expected) + ", but found " + shown(found));
+void DescriptionObject::failType(std::string_view key, std::string_view expected,
+                                 const nlohmann::json& found) const {
+    fail(key, "expected " + std::string(expected) + ", but found " + shown(found));
 }
 
 } // namespace corvantile::tool

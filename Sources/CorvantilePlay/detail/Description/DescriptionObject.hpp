@@ -13,7 +13,7 @@
 
 namespace corvantile::tool {
 
-// One object of an app description, read member by member. Whatever is not as expected is a Refusal that
+// One object of an app description, read member by member. Whatever is not as expected is a UsageError that
 // names the file, the path of keys and what was expected. Borrows the JSON.
 class DescriptionObject {
 public:
@@ -41,13 +41,13 @@ public:
     [[nodiscard]] std::filesystem::path folder() const { return std::filesystem::path(file_).parent_path(); }
 
     // `key` may be empty: the object itself is at fault.
-    [[noreturn]] void refuse(std::string_view key, std::string_view why) const;
+    [[noreturn]] void fail(std::string_view key, std::string_view why) const;
 
 private:
     [[nodiscard]] const nlohmann::json* find(std::string_view key) const;
     [[nodiscard]] std::string pathOf(std::string_view key) const;
-    [[noreturn]] void refuseKind(std::string_view key, std::string_view expected,
-                                 const nlohmann::json& found) const;
+    [[noreturn]] void failType(std::string_view key, std::string_view expected,
+                               const nlohmann::json& found) const;
     [[nodiscard]] const nlohmann::json& list(std::string_view key) const;
 
     const nlohmann::json& object_;

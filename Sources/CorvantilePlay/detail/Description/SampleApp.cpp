@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Description/SampleApp.hpp"
 
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <system_error>
 
@@ -14,7 +14,7 @@ std::filesystem::path sampleAppFolder() {
             if (std::filesystem::exists(folder / place / "app.json", ignored)) return folder / place;
         if (folder == folder.parent_path()) break;
     }
-    throw Refusal("the sample app is not beside the tool; name an app: --app FOLDER");
+    throw UsageError("the sample app is not beside the tool; name an app: --app FOLDER");
 }
 
 AppDescription readApp(const std::filesystem::path& folder) {

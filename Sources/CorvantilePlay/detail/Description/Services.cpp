@@ -18,8 +18,8 @@ AdjustOptions readAttribution(const DescriptionObject& object) {
                           .bearerToken = object.text("token", ""),
                           .isOffline = object.boolean("offline", false)};
     if (!options.endpoint.empty() && !isRoute("http://localhost", options.endpoint))
-        object.refuse("endpoint",
-                      "expected an address such as https://host, but found \"" + options.endpoint + "\"");
+        object.fail("endpoint",
+                    "expected an address such as https://host, but found \"" + options.endpoint + "\"");
     return options;
 }
 
@@ -32,7 +32,7 @@ AdsOptions readAds(const DescriptionObject& object) {
     // The ads services take what is no identifier for one that is withheld.
     const auto& given = options.advertisingIdentifier;
     if (given != withheld && LocalAds(options).advertisingIdentifier() == withheld)
-        object.refuse("identifier", "expected a UUID, but found \"" + given + "\"");
+        object.fail("identifier", "expected a UUID, but found \"" + given + "\"");
     return options;
 }
 
@@ -52,8 +52,8 @@ void readServices(const DescriptionObject& top, AppDescription& app) {
     app.httpRoutes = top.textsByName("httpRoutes");
     for (const auto& [origin, base] : app.httpRoutes)
         if (!isRoute(origin, base))
-            top.refuse("httpRoutes", "no route can lead from \"" + origin + "\" to \"" + base +
-                                         "\": expected \"https://host\": \"http://127.0.0.1:1234\"");
+            top.fail("httpRoutes", "no route can lead from \"" + origin + "\" to \"" + base +
+                                       "\": expected \"https://host\": \"http://127.0.0.1:1234\"");
     app.hasServer = top.boolean("server", false);
     app.promoteInstall = top.text("promoteInstall", "");
 }

@@ -5,7 +5,7 @@
 #include <filesystem>
 
 // What an app has left in its state folder. Nothing is changed; the app may be running. `failed` when
-// something cannot be read or is wrong. A Refusal when there is no such folder.
+// something cannot be read or is wrong. A UsageError when there is no such folder.
 namespace corvantile::tool {
 
 class CommandOutput;
@@ -17,7 +17,7 @@ struct InspectOptions {
     bool reveal = false; // the keychain's values too
 };
 
-// The folder to look at; a Refusal when it is missing.
+// The folder to look at; a UsageError when it is missing.
 [[nodiscard]] std::filesystem::path inspectedFolder(const InspectOptions& options);
 
 // The user defaults: names, sizes and contents, those of records decrypted.

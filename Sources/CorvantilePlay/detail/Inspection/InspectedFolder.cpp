@@ -1,7 +1,7 @@
 #include "CorvantileDesktop/DesktopOptions.hpp"
 #include "CorvantilePlay/detail/Description/SampleApp.hpp"
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <system_error>
 
@@ -9,9 +9,9 @@ namespace corvantile::tool {
 
 namespace {
 
-[[noreturn]] void refuse(const std::filesystem::path& folder) {
+[[noreturn]] void fail(const std::filesystem::path& folder) {
     std::error_code ignored; // a folder that we may not look at is as good as missing
-    throw Refusal(
+    throw UsageError(
         folder.string() + ": expected an app's state folder, but " +
         (std::filesystem::exists(folder, ignored) ? "this is no folder" : "there is nothing of that name") +
         "; play makes one, --state FOLDER names another, --app FOLDER another app");
@@ -23,7 +23,7 @@ std::filesystem::path inspectedFolder(const InspectOptions& options) {
     auto folder = options.state;
     if (folder.empty()) folder = defaultStateFolder(readApp(options.app).bundleIdentifier);
     std::error_code ignored; // see above
-    if (!std::filesystem::is_directory(folder, ignored)) refuse(folder);
+    if (!std::filesystem::is_directory(folder, ignored)) fail(folder);
     return folder;
 }
 

@@ -74,7 +74,7 @@ ExitCode showKeychain(const InspectOptions& options, CommandOutput& output) {
     for (const auto& error : inspection.faults) output.showError(error, JSON::object());
     for (const auto& [file, error] : state.faults())
         if (file.starts_with("keychain")) output.showError(file + ": " + error, JSON::object());
-    if (inspection.entries.empty() && !output.hasFailed()) output.say("The keychain is empty.");
+    if (inspection.entries.empty() && !output.hasFailed()) output.print("The keychain is empty.");
     return output.end();
 }
 

@@ -30,7 +30,7 @@ ExitCode showOutbox(const InspectOptions& options, CommandOutput& output) {
     if (!error.empty())
         output.showError("outbox: " + error, nlohmann::ordered_json::object());
     else if (inspection.packages.empty())
-        output.say("The outbox is empty.");
+        output.print("The outbox is empty.");
     return output.end();
 }
 

@@ -40,7 +40,7 @@ ExitCode showRecords(const InspectOptions& options, CommandOutput& output) {
     if (!error.empty())
         output.showError("user defaults: " + error, JSON::object());
     else if (values.empty())
-        output.say("There are no records.");
+        output.print("There are no records.");
     return output.end();
 }
 

@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
 
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <system_error>
 #include <utility>
@@ -15,8 +15,8 @@ fs::path checked(fs::path folder) {
     std::error_code error;
     const auto status = fs::status(folder, error);
     if (fs::is_directory(status)) return folder;
-    throw Refusal(folder.string() + ": expected a state folder, but " +
-                  (fs::exists(status) ? "this is none" : "there is nothing of that name"));
+    throw UsageError(folder.string() + ": expected a state folder, but " +
+                     (fs::exists(status) ? "this is none" : "there is nothing of that name"));
 }
 
 // Differs as soon as somebody has written to the file.

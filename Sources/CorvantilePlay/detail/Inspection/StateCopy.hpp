@@ -19,7 +19,7 @@ public:
         std::string text;
     };
 
-    // A Refusal when there is no such folder. It may be in use.
+    // A UsageError when there is no such folder. It may be in use.
     explicit StateCopy(std::filesystem::path original);
 
     [[nodiscard]] const std::filesystem::path& original() const { return original_; }

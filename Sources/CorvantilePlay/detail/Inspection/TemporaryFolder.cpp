@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <cstdlib>
 #include <system_error>
@@ -9,7 +9,7 @@ namespace corvantile::tool {
 
 TemporaryFolder::TemporaryFolder()
     : path_((std::filesystem::temp_directory_path() / "corvantile-XXXXXX").string()) {
-    if (::mkdtemp(path_.data()) == nullptr) throw Refusal("a temporary folder cannot be made: " + path_);
+    if (::mkdtemp(path_.data()) == nullptr) throw UsageError("a temporary folder cannot be made: " + path_);
 }
 
 TemporaryFolder::~TemporaryFolder() {

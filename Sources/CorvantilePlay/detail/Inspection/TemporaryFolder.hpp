@@ -5,7 +5,7 @@
 
 namespace corvantile::tool {
 
-// A fresh empty folder that goes with this. A Refusal when none can be made.
+// A fresh empty folder that goes with this. A UsageError when none can be made.
 class TemporaryFolder {
 public:
     TemporaryFolder();

@@ -6,7 +6,7 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Kinds/AttributionStreams.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <fstream>
 #include <iterator>
@@ -56,16 +56,16 @@ std::string faultOfTokens(const std::filesystem::path& file) {
 void checkTokens(const std::filesystem::path& file) {
     const auto fault = faultOfTokens(file);
     if (!fault.empty())
-        throw Refusal(file.string() +
-                      R"(: expected event tokens, such as [{"token": "abc123", "name": "store"}], but )" +
-                      fault);
+        throw UsageError(file.string() +
+                         R"(: expected event tokens, such as [{"token": "abc123", "name": "store"}], but )" +
+                         fault);
 }
 
 MakeSink readAdjustAnalyticComponent(const DescriptionObject& configuration) {
     configuration.allow({"eventTokenFile", "eventTokens"});
     if (configuration.has("eventTokenFile") == configuration.has("eventTokens"))
-        configuration.refuse({}, "expected either eventTokenFile, a JSON file of this folder without its "
-                                 "ending, or eventTokens, a table of tokens by the names of events");
+        configuration.fail({}, "expected either eventTokenFile, a JSON file of this folder without its "
+                               "ending, or eventTokens, a table of tokens by the names of events");
     if (configuration.has("eventTokens"))
         return [table = configuration.textsByName("eventTokens")](const SinkDescription& sink, Reporter&) {
             return std::make_shared<AdjustAnalyticComponent>(

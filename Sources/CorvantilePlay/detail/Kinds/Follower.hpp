@@ -23,7 +23,7 @@ struct Publication {
     EventValue value;
 };
 
-// Makes a happening of everything that a plug-in's streams publish, until the bag goes. Borrows the reporter
+// Makes an event of everything that a plug-in's streams publish, until the bag goes. Borrows the reporter
 // and the bag.
 class Follower {
 public:
@@ -36,8 +36,8 @@ public:
         bag_.insert(observable.subscribe([stream, plugIn = plugIn_, &reporter = reporter_,
                                           publicationOf](const T& element) {
             Publication publication = publicationOf(element);
-            reporter.tell("plugin", "published", plugIn + " publishes " + stream + ": " + publication.text,
-                          {{"plugin", plugIn}, {"stream", stream}, {"value", publication.value}});
+            reporter.report("plugin", "published", plugIn + " publishes " + stream + ": " + publication.text,
+                            {{"plugin", plugIn}, {"stream", stream}, {"value", publication.value}});
         }));
     }
 

@@ -17,7 +17,7 @@ namespace corvantile::tool {
 namespace {
 
 // For people the texts in one line, for programs the values.
-struct Told {
+struct PublishedList {
     Names texts;
     EventValue::List values;
 
@@ -32,7 +32,7 @@ Publication ofError(const std::exception_ptr& error) {
 }
 
 Publication ofProducts(const std::vector<std::shared_ptr<SKProduct>>& products) {
-    Told list;
+    PublishedList list;
     for (const auto& product : products) {
         const auto currency = product->priceLocale().currencyCode.value_or("");
         list.texts.push_back(product->productIdentifier() + " " + product->price().description() + " " +
@@ -48,7 +48,7 @@ Publication ofIdentifiers(const std::vector<std::string>& identifiers) {
 }
 
 Publication ofCategories(const std::vector<ProductCategory>& categories) {
-    Told list;
+    PublishedList list;
     for (const auto& [category, product, records] : categories) {
         const auto& name = product->productIdentifier();
         list.texts.push_back(name + " x " + std::to_string(records.size()));
@@ -62,7 +62,7 @@ Publication ofCategories(const std::vector<ProductCategory>& categories) {
 }
 
 Publication ofRenewals(const std::vector<RenewalInfo>& renewals) {
-    Told list;
+    PublishedList list;
     for (const auto& renewal : renewals) {
         EventValue::Map value{{"product", renewal.productID}};
         auto text = renewal.productID;
@@ -81,7 +81,7 @@ Publication ofRenewals(const std::vector<RenewalInfo>& renewals) {
 }
 
 Publication ofProblems(const IAPReceiptPlugin::Problems& problems) {
-    Told list;
+    PublishedList list;
     for (const auto& problem : problems) {
         list.texts.push_back(describe(problem));
         list.values.push_back(EventValue::Map{{"where", problem.where}, {"error", problem.what}});
@@ -109,16 +109,16 @@ EventValue::Map transactionFields(const SKPaymentTransaction& transaction) {
     return fields;
 }
 
-void tellBatch(Reporter& reporter, const char* kind, const char* verb,
-               const SKPaymentTransactionObserver::Transactions& transactions) {
+void reportBatch(Reporter& reporter, const char* kind, const char* verb,
+                 const SKPaymentTransactionObserver::Transactions& transactions) {
     Names texts;
     EventValue::List values;
     for (const auto& transaction : transactions) {
         texts.push_back(textOf(*transaction));
         values.emplace_back(transactionFields(*transaction));
     }
-    reporter.tell("store", kind, std::string("the queue ") + verb + " " + listed(texts),
-                  {{"transactions", std::move(values)}});
+    reporter.report("store", kind, std::string("the queue ") + verb + " " + listed(texts),
+                    {{"transactions", std::move(values)}});
 }
 
 } // namespace
@@ -159,28 +159,28 @@ PaymentQueueWatch::PaymentQueueWatch(Reporter& reporter)
 PaymentQueueWatch::~PaymentQueueWatch() = default;
 
 void PaymentQueueWatch::updatedTransactions(SKPaymentQueue&, const Transactions& transactions) {
-    tellBatch(reporter_, "batch", "reports", transactions);
+    reportBatch(reporter_, "batch", "reports", transactions);
 }
 
 void PaymentQueueWatch::removedTransactions(SKPaymentQueue&, const Transactions& transactions) {
-    tellBatch(reporter_, "finished", "is rid of", transactions);
+    reportBatch(reporter_, "finished", "is rid of", transactions);
 }
 
 void PaymentQueueWatch::restoreCompletedTransactionsFinished(SKPaymentQueue&) {
-    reporter_.tell("store", "restored", "everything is restored");
+    reporter_.report("store", "restored", "everything is restored");
 }
 
 void PaymentQueueWatch::restoreCompletedTransactionsFailedWithError(SKPaymentQueue&,
                                                                     const std::exception_ptr& error) {
-    reporter_.tell("store", "restored", "nothing can be restored: " + localizedDescription(error),
-                   {{"error", localizedDescription(error)}});
+    reporter_.report("store", "restored", "nothing can be restored: " + localizedDescription(error),
+                     {{"error", localizedDescription(error)}});
 }
 
 bool PaymentQueueWatch::shouldAddStorePayment(SKPaymentQueue&, const std::shared_ptr<SKPayment>& payment,
                                               const std::shared_ptr<SKProduct>&) {
-    reporter_.tell("store", "promotion",
-                   "the store asks whether the app goes on with " + payment->productIdentifier(),
-                   {{"product", payment->productIdentifier()}});
+    reporter_.report("store", "promotion",
+                     "the store asks whether the app goes on with " + payment->productIdentifier(),
+                     {{"product", payment->productIdentifier()}});
     return false;
 }
 

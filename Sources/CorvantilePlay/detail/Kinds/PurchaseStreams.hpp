@@ -13,7 +13,7 @@ void followConsumablePlugin(const PlugInPointer& plugIn, Reporter& reporter, rx:
 // The problems of reading a receipt too, when there are any.
 void followReceiptPlugin(const PlugInPointer& plugIn, Reporter& reporter, rx::DisposeBag& bag);
 
-// Makes a happening of everything that the payment queue tells its observers; finishes nothing, and wants no
+// Makes an event of everything that the payment queue tells its observers; finishes nothing, and wants no
 // purchase that is begun in the store. Made before the app's plug-ins it tells of a batch before they act.
 class PaymentQueueWatch final : public SKPaymentTransactionObserver {
 public:

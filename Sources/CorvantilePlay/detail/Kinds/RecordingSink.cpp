@@ -37,7 +37,7 @@ void RecordingSink::trackIAPSubs(const NSDecimalNumber& price, const std::string
 
 void RecordingSink::report(const std::string& what, EventValue::Map fields) const {
     fields.emplace("sink", name_);
-    reporter_.tell("sink", "got", name_ + " got " + what, std::move(fields));
+    reporter_.report("sink", "got", name_ + " got " + what, std::move(fields));
 }
 
 } // namespace corvantile::tool

@@ -2,7 +2,7 @@
 
 #include "CorvantilePlay/detail/Kinds/Follower.hpp"
 
-// Each makes a happening of everything that a storage plug-in publishes, until the bag goes.
+// Each makes an event of everything that a storage plug-in publishes, until the bag goes.
 namespace corvantile::tool {
 
 void followUserPreference(const PlugInPointer& plugIn, Reporter& reporter, rx::DisposeBag& bag);

@@ -13,12 +13,12 @@ namespace corvantile::tool {
 CommandOutput::CommandOutput(Streams streams, bool isJSON) : streams_(streams), isJSON_(isJSON) {}
 
 void CommandOutput::show(std::string_view kind, const nlohmann::ordered_json& fields, std::string_view text) {
-    if (!isJSON_) return say(text);
+    if (!isJSON_) return print(text);
     begin();
     streams_.out << jsonLine(kind, fields) << '\n';
 }
 
-void CommandOutput::say(std::string_view text) {
+void CommandOutput::print(std::string_view text) {
     if (!isJSON_) streams_.out << text << '\n';
 }
 

@@ -27,7 +27,7 @@ public:
     // The same for programs and for people; `text` may have several lines.
     void show(std::string_view kind, const nlohmann::ordered_json& fields, std::string_view text);
     // For people alone, and a blank line if empty.
-    void say(std::string_view text);
+    void print(std::string_view text);
     // Something is wrong, which makes the outcome `failed`: `wrong: TEXT`, or an object with the fields and
     // an `error`.
     void showError(const std::string& text, const nlohmann::ordered_json& fields);

@@ -14,7 +14,7 @@ void note(int) { interrupted = 1; }
 
 } // namespace
 
-void heedInterruption() {
+void installSignalHandler() {
     struct sigaction action {};
     action.sa_handler = note;
     action.sa_flags = static_cast<int>(SA_RESETHAND);

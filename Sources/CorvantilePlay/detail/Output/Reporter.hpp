@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CorvantilePlay/detail/Output/Happening.hpp"
+#include "CorvantilePlay/detail/Output/PlayEvent.hpp"
 
 #include <atomic>
 #include <chrono>
@@ -11,20 +11,20 @@
 
 namespace corvantile::tool {
 
-// Puts a time on each happening and hands it to the one listener, in order of time.
-// Threads: any. The listener is called on the thread of whoever tells, one happening at a time; it does not
+// Puts a time on each event and hands it to the one listener, in order of time.
+// Threads: any. The listener is called on the thread of whoever tells, one event at a time; it does not
 // call back.
 class Reporter {
 public:
-    using Listener = std::function<void(const Happening&)>;
+    using Listener = std::function<void(const PlayEvent&)>;
 
     explicit Reporter(Listener listener);
     Reporter(const Reporter&) = delete;
     Reporter& operator=(const Reporter&) = delete;
 
-    void tell(std::string who, std::string kind, std::string text, EventValue::Map fields = {});
+    void report(std::string who, std::string kind, std::string text, EventValue::Map fields = {});
 
-    // How many happenings there were.
+    // How many events there were.
     [[nodiscard]] std::size_t count() const { return count_.load(); }
 
 private:

@@ -18,7 +18,7 @@ ReportingConsole::~ReportingConsole() = default;
 
 void ReportingConsole::print(std::string_view text) {
     if (text.starts_with(R"("\n<-+-)")) ++eventCount;
-    reporter_.tell("console", "console", std::string(text));
+    reporter_.report("console", "console", std::string(text));
 }
 
 std::size_t ReportingConsole::eventsOfThisThread() { return eventCount; }

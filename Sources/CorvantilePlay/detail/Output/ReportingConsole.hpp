@@ -9,7 +9,7 @@ namespace corvantile::tool {
 
 class Reporter;
 
-// Makes a happening of each text that the framework prints.
+// Makes an event of each text that the framework prints.
 class ReportingConsole final : public Console {
 public:
     explicit ReportingConsole(Reporter& reporter);

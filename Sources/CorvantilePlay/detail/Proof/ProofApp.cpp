@@ -27,7 +27,7 @@ namespace corvantile::tool {
 
 namespace {
 
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds timeout{20};
 constexpr int hurry = 100;
 
 DesktopOptions optionsOf(const ScenarioOptions& options, const std::shared_ptr<WriteSteps>& steps) {
@@ -42,7 +42,7 @@ DesktopOptions optionsOf(const ScenarioOptions& options, const std::shared_ptr<W
                   .start = SystemClock().now() + std::chrono::hours(24)};
     made.decorate = [steps](Ports& ports) {
         stepThrough(ports, steps);
-        hurryTimers(ports, hurry);
+        speedUpTimers(ports, hurry);
     };
     return made;
 }
@@ -96,7 +96,7 @@ void ProofApp::registerSinks(AnalyticPlugin& router) {
 }
 
 void ProofApp::await(const std::function<bool()>& done, const std::string& what) {
-    if (!platform_.runMainLoopUntil(done, patience))
+    if (!platform_.runMainLoopUntil(done, timeout))
         throw std::runtime_error("The proof has waited in vain until " + what);
 }
 

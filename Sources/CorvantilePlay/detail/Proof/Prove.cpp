@@ -31,10 +31,10 @@ public:
     explicit ProofReport(CommandOutput& output) : output_(output) {}
 
     void begin(std::size_t moments, std::size_t step) {
-        output_.say("A process that plays purchases is killed at " +
-                    std::to_string((moments + step - 1) / step) + " of " + std::to_string(moments) +
-                    " moments; another goes on from there.\n");
-        output_.say(row("step", "killed", "lost for ever"));
+        output_.print("A process that plays purchases is killed at " +
+                      std::to_string((moments + step - 1) / step) + " of " + std::to_string(moments) +
+                      " moments; another goes on from there.\n");
+        output_.print(row("step", "killed", "lost for ever"));
     }
 
     void show(const KillRound& round) {

@@ -12,6 +12,6 @@ void stepThrough(Ports& ports, const std::shared_ptr<WriteSteps>& steps);
 
 // Makes the app's timers fire so many times as early. What the app waits for by design, a second after each
 // launch above all, teaches nothing about what a kill loses.
-void hurryTimers(Ports& ports, int times);
+void speedUpTimers(Ports& ports, int times);
 
 } // namespace corvantile::tool

@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Proof/ToolProcess.hpp"
 
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <cerrno>
 #include <csignal>
@@ -28,7 +28,7 @@ pid_t startTool(const std::vector<std::string>& arguments, const std::filesystem
     pid_t process = -1;
     const int error = ::posix_spawn(&process, self, &actions, nullptr, texts.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
-    if (error != 0) throw Refusal(std::string("a process cannot be started: ") + std::strerror(error));
+    if (error != 0) throw UsageError(std::string("a process cannot be started: ") + std::strerror(error));
     return process;
 }
 

@@ -16,7 +16,7 @@ struct ProcessEnd {
     std::optional<int> exitCode{}; // none when a signal ended it
 };
 
-// Runs the tool itself with these arguments, what it prints going to `output`. A Refusal when it cannot.
+// Runs the tool itself with these arguments, what it prints going to `output`. A UsageError when it cannot.
 [[nodiscard]] pid_t startTool(const std::vector<std::string>& arguments, const std::filesystem::path& output);
 
 // Waits for the end of any process that was started so; there is one.

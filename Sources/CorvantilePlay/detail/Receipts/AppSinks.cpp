@@ -6,7 +6,7 @@
 namespace corvantile::tool {
 
 AppSinks::AppSinks(const AppDescription& app)
-    : silence_([](const Happening&) {}),
+    : silence_([](const PlayEvent&) {}),
       platform_({.bundleIdentifier = app.bundleIdentifier,
                  .stateFolder = folder_.path() / "state",
                  .resourceFolder = app.folder,

@@ -46,7 +46,7 @@ void ReceiptReport::explain(const std::filesystem::path& file) {
 void ReceiptReport::showTotals() {
     showProducts();
     showMonths();
-    if (sinks_ != nullptr) saySinks();
+    if (sinks_ != nullptr) printSinks();
 }
 
 void ReceiptReport::show(const std::filesystem::path& file, const StoreReceipt& receipt) {
@@ -63,7 +63,7 @@ void ReceiptReport::show(const std::filesystem::path& file, const StoreReceipt& 
 
 void ReceiptReport::showTable(const std::filesystem::path& file,
                               const std::vector<ExplainedPurchase>& purchases) {
-    output_.say(visibleText(file.string()));
+    output_.print(visibleText(file.string()));
     std::vector<Cells> rows;
     rows.reserve(purchases.size());
     for (const auto& purchase : purchases) rows.push_back(cellsOf(purchase));
@@ -73,7 +73,7 @@ void ReceiptReport::showTable(const std::filesystem::path& file,
         fields.emplace("file", file.string());
         output_.show("transaction", toJSON(fields), "  " + visibleText(lines[row]));
     }
-    if (rows.empty()) output_.say("  Nothing was bought.");
+    if (rows.empty()) output_.print("  Nothing was bought.");
 }
 
 EventValue::Map ReceiptReport::fieldsOf(const ExplainedPurchase& purchase) const {
@@ -109,8 +109,8 @@ EventValue::List ReceiptReport::sentFields(const ExplainedPurchase& purchase) co
     return list;
 }
 
-void ReceiptReport::sayRows(const std::vector<std::string>& lines) {
-    for (const auto& line : lines) output_.say("  " + visibleText(line));
+void ReceiptReport::printRows(const std::vector<std::string>& lines) {
+    for (const auto& line : lines) output_.print("  " + visibleText(line));
 }
 
 void ReceiptReport::showProducts() {
@@ -129,14 +129,14 @@ void ReceiptReport::showProducts() {
                      {});
     }
     if (rows.empty()) return;
-    output_.say("\nReported of each product, and the revenue");
-    sayRows(alignedLines(rows));
+    output_.print("\nReported of each product, and the revenue");
+    printRows(alignedLines(rows));
 }
 
 void ReceiptReport::showMonths() {
     const auto chart = revenueChart(summary_);
-    if (!chart.empty()) output_.say("\nRevenue by month");
-    sayRows(chart);
+    if (!chart.empty()) output_.print("\nRevenue by month");
+    printRows(chart);
     if (!output_.isJSON()) return;
     for (const auto& [currency, months] : summary_.months())
         for (const auto& [month, revenue] : months)
@@ -145,7 +145,7 @@ void ReceiptReport::showMonths() {
                 toJSON(EventValue::Map{{"month", month}, {"currency", currency}, {"revenue", revenue}}), {});
 }
 
-void ReceiptReport::saySinks() {
+void ReceiptReport::printSinks() {
     std::vector<Cells> rows;
     for (const auto& event : events_) {
         Cells cells{event.empty() ? "subscription reports" : event};
@@ -153,8 +153,8 @@ void ReceiptReport::saySinks() {
         rows.push_back(std::move(cells));
     }
     if (rows.empty()) return;
-    output_.say("\nThe sinks that get them");
-    sayRows(alignedLines(rows));
+    output_.print("\nThe sinks that get them");
+    printRows(alignedLines(rows));
 }
 
 } // namespace corvantile::tool

@@ -20,7 +20,7 @@ public:
     // Borrows all but the context. `sinks`: null without an app.
     ReceiptReport(ExplanationContext context, const AppSinks* sinks, CommandOutput& output);
 
-    // A file that is no receipt is an error of the output; a Refusal when it cannot be read.
+    // A file that is no receipt is an error of the output; a UsageError when it cannot be read.
     void explain(const std::filesystem::path& file);
 
     // Totals by product, revenue by month, and which sink accepts which event.
@@ -31,10 +31,10 @@ private:
     void showTable(const std::filesystem::path& file, const std::vector<ExplainedPurchase>& purchases);
     [[nodiscard]] EventValue::Map fieldsOf(const ExplainedPurchase& purchase) const;
     [[nodiscard]] EventValue::List sentFields(const ExplainedPurchase& purchase) const;
-    void sayRows(const std::vector<std::string>& lines);
+    void printRows(const std::vector<std::string>& lines);
     void showProducts();
     void showMonths();
-    void saySinks();
+    void printSinks();
 
     ExplanationContext context_;
     const AppSinks* const sinks_;

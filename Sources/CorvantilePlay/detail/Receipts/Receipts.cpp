@@ -8,7 +8,7 @@
 #include "CorvantilePlay/detail/Receipts/ReportedBefore.hpp"
 #include "CorvantilePlay/detail/Text/CatalogueText.hpp"
 #include "CorvantilePlay/detail/Text/JSONText.hpp"
-#include "CorvantilePlay/detail/Text/Misread.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
 #include "CorvantilePlay/detail/Text/VisibleText.hpp"
 
@@ -23,7 +23,7 @@ namespace {
 Date parseDay(const std::string& text) {
     const auto value = parseValue(text);
     if (const auto* const date = value.as<Date>()) return *date;
-    throw misread("a date, such as 2024-01-02 or 2024-01-02T03:04:05Z", text);
+    throw unexpectedValue("a date, such as 2024-01-02 or 2024-01-02T03:04:05Z", text);
 }
 
 std::optional<AppDescription> readReportingApp(const std::filesystem::path& folder) {
@@ -31,17 +31,17 @@ std::optional<AppDescription> readReportingApp(const std::filesystem::path& fold
     auto app = readAppDescription(folder, frameworkRegistry());
     for (const auto* const plugIn : {"IAPReceiptPlugin", "IAPReceiptTrackingPlugin"})
         if (!app.hasPlugIn(plugIn))
-            throw Refusal((folder / "app.json").string() + ": the app reports no purchase: it has no " +
-                          plugIn);
+            throw UsageError((folder / "app.json").string() + ": the app reports no purchase: it has no " +
+                             plugIn);
     return app;
 }
 
 std::filesystem::path catalogueFile(const ReceiptOptions& options, const std::optional<AppDescription>& app) {
     if (!options.catalogue.empty()) return options.catalogue;
     if (app && app->hasStore()) return app->store.catalogue;
-    throw Refusal(app ? (options.app / "app.json").string() +
-                            ": the app names no catalogue, a store's; --catalogue FILE names one"
-                      : "receipts wants the products: --app FOLDER of an app, or --catalogue FILE");
+    throw UsageError(app ? (options.app / "app.json").string() +
+                               ": the app names no catalogue, a store's; --catalogue FILE names one"
+                         : "receipts wants the products: --app FOLDER of an app, or --catalogue FILE");
 }
 
 // An error of the output when it is no catalogue.
@@ -101,7 +101,7 @@ ExitCode showCatalogue(const std::filesystem::path& file, CommandOutput& output)
     for (std::size_t row = 0; row < lines.size(); ++row)
         output.show("product", toJSON(fieldsOf(*catalogue, catalogue->products()[row])),
                     visibleText(lines[row]));
-    if (rows.empty()) output.say("The store sells nothing.");
+    if (rows.empty()) output.print("The store sells nothing.");
     return output.end();
 }
 

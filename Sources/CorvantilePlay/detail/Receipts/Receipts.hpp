@@ -22,8 +22,8 @@ struct ReceiptOptions {
 
 // What purchase analytics would make of receipts, one after the other: a line for each transaction, totals,
 // revenue by month and, of an app, the sinks that get the events. It marks and sends nothing, and leaves the
-// state folder as it is. `failed` when a receipt or the catalogue is invalid; a Refusal when something cannot
-// be read.
+// state folder as it is. `failed` when a receipt or the catalogue is invalid; a UsageError when something
+// cannot be read.
 [[nodiscard]] ExitCode explainReceipts(const ReceiptOptions& options, CommandOutput& output);
 
 // What a StoreKit configuration file sells.

@@ -2,7 +2,7 @@
 
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>
 
@@ -28,7 +28,7 @@ std::optional<Date> firstDateIn(const VaultInspection::Entry& entry) {
 ReportedBefore reportedBefore(const std::filesystem::path& stateFolder) {
     const StateCopy state(stateFolder);
     if (const auto fault = state.faultOf("keychain"); !fault.empty())
-        throw Refusal(stateFolder.string() + ": the keychain: " + fault);
+        throw UsageError(stateFolder.string() + ": the keychain: " + fault);
     ReportedBefore before;
     for (const auto& entry : Vault({.folder = state.keychain()}).inspect().entries) {
         if (!entry.dictionary) continue;

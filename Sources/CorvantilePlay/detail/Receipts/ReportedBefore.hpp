@@ -15,8 +15,8 @@ struct ReportedBefore {
     std::optional<Date> firstDate{};
 };
 
-// Reads a copy of the keychain in a state folder. A Refusal when there is no such folder, or no copy can be
-// made.
+// Reads a copy of the keychain in a state folder. A UsageError when there is no such folder, or no copy can
+// be made.
 [[nodiscard]] ReportedBefore reportedBefore(const std::filesystem::path& stateFolder);
 
 } // namespace corvantile::tool

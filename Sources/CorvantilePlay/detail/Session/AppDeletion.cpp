@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Session/AppDeletion.hpp"
 
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>
 #include <span>
@@ -36,8 +36,8 @@ bool belongsToOneOf(std::span<const std::string_view> files, std::string_view na
                        [&](std::string_view file) { return belongsTo(file, name); });
 }
 
-[[noreturn]] void refuse(const fs::path& folder, const std::string& why) {
-    throw Refusal(folder.string() + ": " + why);
+[[noreturn]] void fail(const fs::path& folder, const std::string& why) {
+    throw UsageError(folder.string() + ": " + why);
 }
 
 // Sorted. None for a folder that is missing.
@@ -47,7 +47,7 @@ Names namesIn(const fs::path& folder) {
     for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error))
         names.push_back(at->path().filename().string());
     if (error && error != std::errc::no_such_file_or_directory)
-        refuse(folder, "it cannot be read: " + error.message());
+        fail(folder, "it cannot be read: " + error.message());
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -55,7 +55,7 @@ Names namesIn(const fs::path& folder) {
 void removeFile(const fs::path& file) {
     std::error_code error;
     fs::remove(file, error);
-    if (error) refuse(file, "it cannot be deleted: " + error.message());
+    if (error) fail(file, "it cannot be deleted: " + error.message());
 }
 
 // A link may lead to another program's folder.
@@ -68,9 +68,9 @@ bool isFolder(const fs::path& path) {
 void checkFiles(const fs::path& folder, const Names& names, std::span<const std::string_view> files) {
     for (const auto& name : names)
         if (!belongsToOneOf(files, name) || isFolder(folder / name))
-            refuse(folder,
-                   "nothing is deleted, because " + name +
-                       " is not of an app's state; move it elsewhere, or name another folder with --state");
+            fail(folder,
+                 "nothing is deleted, because " + name +
+                     " is not of an app's state; move it elsewhere, or name another folder with --state");
 }
 
 } // namespace

@@ -12,11 +12,12 @@ struct DeletedApp {
 };
 
 // Deletes from a state folder what goes with the app, and nothing else: what outlives it, as the keychain
-// does, stays, and so does whatever somebody else has put there. A Refusal when something cannot be deleted.
+// does, stays, and so does whatever somebody else has put there. A UsageError when something cannot be
+// deleted.
 DeletedApp deleteApp(const std::filesystem::path& stateFolder);
 
 // Deletes all that the desktop platform keeps in a state folder, keychain and store too, and returns the
-// names. A Refusal, before anything is deleted, when the folder holds something else: it may be no state
+// names. A UsageError, before anything is deleted, when the folder holds something else: it may be no state
 // folder at all. One that is missing holds nothing.
 Names deleteDevice(const std::filesystem::path& stateFolder);
 

@@ -11,7 +11,7 @@
 #include "CorvantilePlay/detail/Session/ObservedKeychain.hpp"
 #include "CorvantilePlay/detail/Session/ObservedRouter.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
 
 #include <algorithm>
@@ -51,7 +51,7 @@ AppProcess::AppProcess(const AppDescription& app, const Device& device, const La
     makeDelegate(app, switches);
     if (Corvantile::dryRun() && app.hasPlugIn("AdjustPlugin"))
         requireLocalDelivery(device.attribution, device.httpRoutes);
-    tellStart(app);
+    reportStart(app);
     followNetwork();
     makeSinks(app);
 }
@@ -75,32 +75,33 @@ void AppProcess::makeDelegate(const AppDescription& app, const LaunchSwitches& s
     application().setDelegate(std::make_shared<PluggableApplicationDelegate>(std::move(plugIns)));
 }
 
-void AppProcess::tellStart(const AppDescription& app) {
+void AppProcess::reportStart(const AppDescription& app) {
     Names names;
     for (const auto& plugIn : plugIns_) names.push_back(plugIn.kind);
-    reporter_.tell("host", "process",
-                   "starts " + app.name + ": debug " + switchText(Corvantile::debug()) + ", dry run " +
-                       switchText(Corvantile::dryRun()) + ", plug-ins " + listed(names),
-                   {{"bundleIdentifier", app.bundleIdentifier},
-                    {"debug", Corvantile::debug()},
-                    {"dryRun", Corvantile::dryRun()},
-                    {"plugins", EventValue::List(names.begin(), names.end())}});
+    reporter_.report("host", "process",
+                     "starts " + app.name + ": debug " + switchText(Corvantile::debug()) + ", dry run " +
+                         switchText(Corvantile::dryRun()) + ", plug-ins " + listed(names),
+                     {{"bundleIdentifier", app.bundleIdentifier},
+                      {"debug", Corvantile::debug()},
+                      {"dryRun", Corvantile::dryRun()},
+                      {"plugins", EventValue::List(names.begin(), names.end())}});
 }
 
 // The framework's own status is to be known before ours is told: it listens first, and both are served in
 // that order.
 void AppProcess::followNetwork() {
-    constexpr std::chrono::seconds patience{1};
+    constexpr std::chrono::seconds timeout{1};
     NetworkReachability::shared()->startListening();
     networkWatch_ = platform_.ports().reachability->make(NetworkReachability::watchedHost);
     const auto tell = [this](NetworkReachabilityStatus status) {
         if (status == NetworkReachabilityStatus::unknown) return; // the framework passes it over as well
         isNetworkTold_ = true;
-        reporter_.tell("network", "network", describe(status), {{"network", describe(status)}});
+        reporter_.report("network", "network", describe(status), {{"network", describe(status)}});
     };
     const bool isWatching = networkWatch_->startListening(platform_.ports().queues->main(), tell);
-    if (!isWatching || !platform_.runMainLoopUntil([this] { return isNetworkTold_; }, patience))
-        reporter_.tell("network", "network", "unknown: this machine does not tell", {{"network", "unknown"}});
+    if (!isWatching || !platform_.runMainLoopUntil([this] { return isNetworkTold_; }, timeout))
+        reporter_.report("network", "network", "unknown: this machine does not tell",
+                         {{"network", "unknown"}});
 }
 
 void AppProcess::makeSinks(const AppDescription& app) {
@@ -130,7 +131,7 @@ Sink& AppProcess::sink(const std::string& name) {
         if (sink.name == name) return sink;
         names.push_back(sink.name);
     }
-    throw Refusal(unknownName("sink", name, names));
+    throw UsageError(unknownName("sink", name, names));
 }
 
 void AppProcess::registerSink(Sink& sink) {
@@ -139,17 +140,17 @@ void AppProcess::registerSink(Sink& sink) {
     const auto often = times > 1
                            ? " for the " + std::to_string(times) + ". time: it hears everything as often"
                            : std::string();
-    reporter_.tell("host", "register", "registers sink " + sink.name + " (" + sink.kind + ")" + often,
-                   {{"sink", sink.name}, {"type", sink.kind}, {"registrations", times}});
+    reporter_.report("host", "register", "registers sink " + sink.name + " (" + sink.kind + ")" + often,
+                     {{"sink", sink.name}, {"type", sink.kind}, {"registrations", times}});
 }
 
 void AppProcess::concludeTransactions() { transactions_->concludeAll(); }
 
 void AppProcess::settle() {
-    constexpr std::chrono::seconds patience{1};
+    constexpr std::chrono::seconds timeout{1};
     const auto isReached = std::make_shared<bool>(false);
     platform_.ports().queues->main()->async([isReached] { *isReached = true; });
-    platform_.runMainLoopUntil([isReached] { return *isReached; }, patience);
+    platform_.runMainLoopUntil([isReached] { return *isReached; }, timeout);
 }
 
 std::string describe(NetworkReachabilityStatus status) {

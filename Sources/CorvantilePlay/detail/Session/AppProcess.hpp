@@ -46,7 +46,7 @@ struct Sink {
 class AppProcess {
 public:
     // Makes everything, registers the sinks that want it and awaits the first network status, for a moment. A
-    // Refusal when the app is not to be launched so.
+    // UsageError when the app is not to be launched so.
     AppProcess(const AppDescription& app, const Device& device, const LaunchSwitches& switches,
                Reporter& reporter);
     AppProcess(const AppProcess&) = delete;
@@ -65,7 +65,7 @@ public:
     [[nodiscard]] Sink& sink(const std::string& name);
     void registerSink(Sink& sink);
 
-    // Nothing is happening any more: reports the marked transactions that no sink has got.
+    // Nothing happens any more: reports the marked transactions that no sink has got.
     void concludeTransactions();
 
     // Runs what the main queue holds by now.
@@ -78,7 +78,7 @@ private:
     };
 
     void makeDelegate(const AppDescription& app, const LaunchSwitches& switches);
-    void tellStart(const AppDescription& app);
+    void reportStart(const AppDescription& app);
     void makeSinks(const AppDescription& app);
     void followNetwork();
 

@@ -3,7 +3,7 @@
 #include "CorvantileDesktop/Adjust/AdjustOptions.hpp"
 #include "CorvantileDesktop/HTTP/HTTPRoutes.hpp"
 #include "CorvantileDesktop/HTTP/detail/WebAddress.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <string>
 
@@ -26,9 +26,10 @@ void requireLocalDelivery(const AdjustOptions& options, const std::map<std::stri
     for (const auto& [origin, base] : routes) static_cast<void>(made.set(origin, base));
     const auto address = parseWebAddress(made.destination(endpoint));
     if (address && isOfThisMachine(address->host)) return;
-    throw Refusal("a dry run holds events back, but not subscriptions (trackIAPSubs passes every filter): it "
-                  "is refused while the attribution endpoint is " +
-                  endpoint + ", which is not on this machine; play --server stands in for it");
+    throw UsageError(
+        "a dry run holds events back, but not subscriptions (trackIAPSubs passes every filter): it "
+        "is refused while the attribution endpoint is " +
+        endpoint + ", which is not on this machine; play --server stands in for it");
 }
 
 } // namespace corvantile::tool

@@ -9,7 +9,7 @@ struct AdjustOptions;
 
 namespace corvantile::tool {
 
-// For a dry run, which holds no subscription back: a Refusal when packages would leave this machine.
+// For a dry run, which holds no subscription back: a UsageError when packages would leave this machine.
 void requireLocalDelivery(const AdjustOptions& options, const std::map<std::string, std::string>& routes);
 
 } // namespace corvantile::tool

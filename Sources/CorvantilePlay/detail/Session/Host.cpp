@@ -6,9 +6,9 @@
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/AppDeletion.hpp"
 #include "CorvantilePlay/detail/Session/Delivery.hpp"
-#include "CorvantilePlay/detail/Session/PlayedServer.hpp"
+#include "CorvantilePlay/detail/Session/FakeServer.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>
 #include <string>
@@ -27,40 +27,40 @@ Host::Host(AppDescription app, HostOptions options, Reporter& reporter)
               .httpRoutes = app_.httpRoutes},
       reporter_(reporter) {
     if (options_.isFresh) deleteState();
-    if (app_.hasServer || options_.hasServer) playServer();
+    if (app_.hasServer || options_.hasServer) startServer();
 }
 
 Host::~Host() = default;
 
-void Host::playServer() {
-    server_ = std::make_unique<PlayedServer>(reporter_);
+void Host::startServer() {
+    server_ = std::make_unique<FakeServer>(reporter_);
     device_.attribution.endpoint = server_->address();
     device_.httpRoutes["https://api-adservices.apple.com"] = server_->address();
 }
 
 void Host::deleteState() {
     const auto deleted = deleteDevice(device_.stateFolder);
-    reporter_.tell("host", "fresh",
-                   deleted.empty() ? "begins with nothing: there was nothing before"
-                                   : "begins with nothing: deletes " + listed(deleted),
-                   {{"deleted", EventValue::List(deleted.begin(), deleted.end())}});
+    reporter_.report("host", "fresh",
+                     deleted.empty() ? "begins with nothing: there was nothing before"
+                                     : "begins with nothing: deletes " + listed(deleted),
+                     {{"deleted", EventValue::List(deleted.begin(), deleted.end())}});
 }
 
 void Host::launch(const LaunchSwitches& asked) {
     const LaunchSwitches switches{.debug = asked.debug || options_.switches.debug,
                                   .dryRun = asked.dryRun || options_.switches.dryRun};
-    if (process_) throw Refusal("the app runs already: relaunch ends it and starts it again");
+    if (process_) throw UsageError("the app runs already: relaunch ends it and starts it again");
     checkSwitches(switches);
     process_.emplace(app_, device_, switches, reporter_);
     const bool answer = process_->delegate().didFinishLaunchingWithOptions(process_->application(), {});
     lifeCycle_ = LifeCycle::inactive;
-    reporter_.tell("host", "launch", std::string("didFinishLaunching → ") + (answer ? "true" : "false"),
-                   {{"result", answer}});
+    reporter_.report("host", "launch", std::string("didFinishLaunching → ") + (answer ? "true" : "false"),
+                     {{"result", answer}});
 }
 
 void Host::checkSwitches(const LaunchSwitches& switches) const {
     if ((switches.debug || switches.dryRun) && !app_.hasPlugIn("DebugPlugin"))
-        throw Refusal("debug and dry run are switched on by a DebugPlugin, and this app has none");
+        throw UsageError("debug and dry run are switched on by a DebugPlugin, and this app has none");
     if (switches.dryRun && app_.hasPlugIn("AdjustPlugin"))
         requireLocalDelivery(device_.attribution, device_.httpRoutes);
 }
@@ -87,25 +87,25 @@ void Host::enterForeground() {
 
 void Host::take(const Step& step) {
     if (lifeCycle_ != step.from)
-        throw Refusal(std::string(step.command) + " is for an app that is " +
-                      std::string(describe(step.from)) + "; this one is " +
-                      std::string(describe(lifeCycle_)) + ": " + std::string(wayOut(lifeCycle_)));
+        throw UsageError(std::string(step.command) + " is for an app that is " +
+                         std::string(describe(step.from)) + "; this one is " +
+                         std::string(describe(lifeCycle_)) + ": " + std::string(nextCommands(lifeCycle_)));
     auto& running = process();
     (running.delegate().*step.callback)(running.application());
     if (step.from == LifeCycle::active || step.to == LifeCycle::active)
         running.platform().adjust().setActive(step.to == LifeCycle::active);
     lifeCycle_ = step.to;
-    reporter_.tell("host", std::string(step.command), std::string(step.name));
+    reporter_.report("host", std::string(step.command), std::string(step.name));
 }
 
 void Host::terminate() {
     auto& running = process();
     running.delegate().willTerminate(running.application());
-    reporter_.tell("host", "terminate", "willTerminate");
+    reporter_.report("host", "terminate", "willTerminate");
     running.settle();
     process_.reset();
     lifeCycle_ = LifeCycle::notRunning;
-    reporter_.tell("host", "process", "has ended " + app_.name);
+    reporter_.report("host", "process", "has ended " + app_.name);
 }
 
 void Host::relaunch(const LaunchSwitches& switches) {
@@ -118,28 +118,28 @@ void Host::reinstall() {
     if (process_) {
         process_.reset();
         lifeCycle_ = LifeCycle::notRunning;
-        reporter_.tell("host", "process", "kills " + app_.name);
+        reporter_.report("host", "process", "kills " + app_.name);
     }
     const auto [deleted, kept] = deleteApp(device_.stateFolder);
-    reporter_.tell("host", "reinstall",
-                   "reinstalls " + app_.name + ": deletes " + listed(deleted) +
-                       "; what stays: " + listed(kept),
-                   {{"deleted", EventValue::List(deleted.begin(), deleted.end())},
-                    {"kept", EventValue::List(kept.begin(), kept.end())}});
+    reporter_.report("host", "reinstall",
+                     "reinstalls " + app_.name + ": deletes " + listed(deleted) +
+                         "; what stays: " + listed(kept),
+                     {{"deleted", EventValue::List(deleted.begin(), deleted.end())},
+                      {"kept", EventValue::List(kept.begin(), kept.end())}});
 }
 
 void Host::setKeychainLocked(bool locked) {
     device_.isKeychainLocked = locked;
     if (process_) process_->platform().vault().setLocked(locked);
-    reporter_.tell("host", locked ? "lock" : "unlock",
-                   locked ? "locks the keychain: it reads as empty and refuses to save"
-                          : "unlocks the keychain");
+    reporter_.report("host", locked ? "lock" : "unlock",
+                     locked ? "locks the keychain: it reads as empty and refuses to save"
+                            : "unlocks the keychain");
 }
 
 void Host::setOnline(bool isOnline) {
     device_.attribution.isOffline = !isOnline;
-    reporter_.tell("host", isOnline ? "online" : "offline",
-                   isOnline ? "lets packages leave" : "lets no package leave: they stay in the outbox");
+    reporter_.report("host", isOnline ? "online" : "offline",
+                     isOnline ? "lets packages leave" : "lets no package leave: they stay in the outbox");
     if (process_) process_->platform().adjust().setOnline(isOnline);
 }
 
@@ -148,22 +148,23 @@ void Host::setAds(const AdsOptions& ads) {
     if (process_) process_->platform().ads().set(ads);
 }
 
-PlayedServer& Host::server() {
+FakeServer& Host::server() {
     if (server_) return *server_;
-    throw Refusal("this play has no server: call play --server, or say \"server\": true in app.json");
+    throw UsageError("this play has no server: call play --server, or say \"server\": true in app.json");
 }
 
-void Host::refuseMissing(const std::string& service) {
-    throw Refusal("this app has no plug-in that offers " + service + "; one would be " +
-                  listed(frameworkRegistry().offering(service)));
+void Host::failMissing(const std::string& service) {
+    throw UsageError("this app has no plug-in that offers " + service + "; one would be " +
+                     listed(frameworkRegistry().offering(service)));
 }
 
 AppProcess& Host::process() {
-    if (!process_) throw Refusal("the app does not run: " + std::string(wayOut(LifeCycle::notRunning)));
+    if (!process_)
+        throw UsageError("the app does not run: " + std::string(nextCommands(LifeCycle::notRunning)));
     return *process_;
 }
 
-void Host::goOn(const std::function<bool()>& done, std::chrono::nanoseconds duration) {
+void Host::runLoop(const std::function<bool()>& done, std::chrono::nanoseconds duration) {
     const auto isOver = [&] { return done() || (options_.isInterrupted && options_.isInterrupted()); };
     if (process_) {
         process_->platform().runMainLoopUntil(isOver, duration);
@@ -180,13 +181,13 @@ void Host::settle() {
     if (process_) process_->settle();
 }
 
-void Host::awaitSilence() {
+void Host::runUntilIdle() {
     if (!app_.hasStore()) return;
     constexpr std::chrono::milliseconds moment{80};
     constexpr int mostMoments = 60;
     for (int passed = 0; passed < mostMoments; ++passed) {
         const auto before = reporter_.count();
-        goOn([] { return false; }, moment);
+        runLoop([] { return false; }, moment);
         if (reporter_.count() != before) continue;
         const bool isInterrupted = options_.isInterrupted && options_.isInterrupted();
         if (process_ && !isInterrupted) process_->concludeTransactions();

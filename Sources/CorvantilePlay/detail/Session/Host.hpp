@@ -15,7 +15,7 @@
 
 namespace corvantile::tool {
 
-class PlayedServer;
+class FakeServer;
 class Reporter;
 
 struct HostOptions {
@@ -27,7 +27,7 @@ struct HostOptions {
 };
 
 // What the phone does around an app: launches it, takes it through its life, ends it. At most one process of
-// the app runs at a time. What the app's life does not allow is a Refusal. Threads: one.
+// the app runs at a time. What the app's life does not allow is a UsageError. Threads: one.
 class Host {
 public:
     Host(AppDescription app, HostOptions options, Reporter& reporter);
@@ -58,7 +58,7 @@ public:
     void setAds(const AdsOptions& ads);
     [[nodiscard]] const Device& device() const { return device_; }
     // What plays the services that the app talks to; refused when nothing does.
-    [[nodiscard]] PlayedServer& server();
+    [[nodiscard]] FakeServer& server();
 
     [[nodiscard]] const AppDescription& app() const { return app_; }
     [[nodiscard]] Reporter& reporter() { return reporter_; }
@@ -70,16 +70,16 @@ public:
     [[nodiscard]] std::shared_ptr<Protocol> service() {
         static_cast<void>(process());
         if (auto found = Corvantile::queryAppDelegate<Protocol>()) return found;
-        refuseMissing(std::string(Protocol::typeName));
+        failMissing(std::string(Protocol::typeName));
     }
 
     // Lets the app go on until `done` holds, `duration` has passed or an interruption comes. The app need not
     // run.
-    void goOn(const std::function<bool()>& done, std::chrono::nanoseconds duration);
+    void runLoop(const std::function<bool()>& done, std::chrono::nanoseconds duration);
     // Runs what the app's main queue holds by now.
     void settle();
     // Lets an app with a store go on until nothing is told for a moment.
-    void awaitSilence();
+    void runUntilIdle();
 
 private:
     using Callback = void (UIApplicationDelegate::*)(UIApplication&);
@@ -91,18 +91,18 @@ private:
         Callback callback;
     };
 
-    void playServer();
+    void startServer();
     void deleteState();
     void take(const Step& step);
     void checkSwitches(const LaunchSwitches& switches) const;
-    [[noreturn]] static void refuseMissing(const std::string& service);
+    [[noreturn]] static void failMissing(const std::string& service);
 
     const AppDescription app_;
     const HostOptions options_;
     Device device_;
     Reporter& reporter_;
     LifeCycle lifeCycle_ = LifeCycle::notRunning;
-    std::unique_ptr<PlayedServer> server_; // null: none. Outlives the app's process.
+    std::unique_ptr<FakeServer> server_; // null: none. Outlives the app's process.
     std::optional<AppProcess> process_;
 };
 

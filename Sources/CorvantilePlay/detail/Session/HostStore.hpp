@@ -2,7 +2,7 @@
 
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 // How commands meet the store of the app that runs.
 namespace corvantile::tool {
@@ -18,7 +18,7 @@ auto askStore(Act act) {
     try {
         return act();
     } catch (const NSError& error) {
-        throw Refusal(error.localizedDescription());
+        throw UsageError(error.localizedDescription());
     }
 }
 

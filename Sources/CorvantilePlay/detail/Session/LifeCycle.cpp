@@ -12,7 +12,7 @@ std::string_view describe(LifeCycle lifeCycle) {
     return {};
 }
 
-std::string_view wayOut(LifeCycle lifeCycle) {
+std::string_view nextCommands(LifeCycle lifeCycle) {
     switch (lifeCycle) {
     case LifeCycle::notRunning: return "launch starts it";
     case LifeCycle::inactive: return "activate or background come next";

@@ -10,6 +10,6 @@ enum class LifeCycle { notRunning, inactive, active, background };
 [[nodiscard]] std::string_view describe(LifeCycle lifeCycle);
 
 // The commands that lead away from there, for whoever called another one.
-[[nodiscard]] std::string_view wayOut(LifeCycle lifeCycle);
+[[nodiscard]] std::string_view nextCommands(LifeCycle lifeCycle);
 
 } // namespace corvantile::tool

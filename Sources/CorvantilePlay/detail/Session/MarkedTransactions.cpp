@@ -32,9 +32,9 @@ MarkedTransactions::~MarkedTransactions() { concludeAll(); }
 
 void MarkedTransactions::begin(const std::string& account) {
     conclude();
-    reporter_.tell("plugin", "marked",
-                   "IAPReceiptTrackingPlugin marks " + describeMarker(account) + " as reported",
-                   fieldsOfMarker(account));
+    reporter_.report("plugin", "marked",
+                     "IAPReceiptTrackingPlugin marks " + describeMarker(account) + " as reported",
+                     fieldsOfMarker(account));
     const std::lock_guard lock(mutex_);
     open_[std::this_thread::get_id()] = {.account = account};
 }
@@ -67,10 +67,10 @@ void MarkedTransactions::concludeAll() {
 void MarkedTransactions::report(const Transaction& transaction) const {
     if (transaction.hasReachedSink) return;
     const std::string why = transaction.hasEvents ? "no sink got its events" : "no event was sent for it";
-    reporter_.tell("router", "lost",
-                   describeMarker(transaction.account) + " is marked as reported, but " + why +
-                       ": nothing reports it later",
-                   fieldsOfMarker(transaction.account));
+    reporter_.report("router", "lost",
+                     describeMarker(transaction.account) + " is marked as reported, but " + why +
+                         ": nothing reports it later",
+                     fieldsOfMarker(transaction.account));
 }
 
 } // namespace corvantile::tool

@@ -24,7 +24,7 @@ public:
     void begin(const std::string& account);
     // This thread has sent an event; of its open transaction, if it has one.
     void addEvent(bool hasReachedSink);
-    // No thread has more events: nothing is happening any more.
+    // No thread has more events: nothing happens any more.
     void concludeAll();
 
 private:

@@ -111,9 +111,9 @@ void ObservedRouter::trackIAPSubs(const NSDecimalNumber& price, const std::strin
     router_->trackIAPSubs(price, currency, transId, date, region);
     transactions_->addEvent(isReceived);
     if (!isReceived)
-        reporter_.tell("router", "lost",
-                       "no sink is registered: the subscription report of " + transId + " is lost",
-                       {{"transaction", transId}});
+        reporter_.report("router", "lost",
+                         "no sink is registered: the subscription report of " + transId + " is lost",
+                         {{"transaction", transId}});
 }
 
 void ObservedRouter::reportUnprinted(const RegisteredSink& sink, const AnalyticEvent& event) const {
@@ -125,11 +125,11 @@ void ObservedRouter::reportOf(const RegisteredSink& sink, const char* kind, cons
                               const AnalyticEvent& event) const {
     auto fields = fieldsOf(event);
     fields.emplace("sink", sink.name);
-    reporter_.tell("sink", kind, sink.name + " " + why, std::move(fields));
+    reporter_.report("sink", kind, sink.name + " " + why, std::move(fields));
 }
 
 void ObservedRouter::reportLost(const char* kind, const std::string& why, const AnalyticEvent& event) const {
-    reporter_.tell("router", kind, why, fieldsOf(event));
+    reporter_.report("router", kind, why, fieldsOf(event));
 }
 
 } // namespace corvantile::tool

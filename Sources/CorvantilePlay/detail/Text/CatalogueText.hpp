@@ -9,7 +9,7 @@
 
 namespace corvantile::tool {
 
-// A Refusal when the file cannot be read, NSError (localStoreErrorDomain) when it is no catalogue.
+// A UsageError when the file cannot be read, NSError (localStoreErrorDomain) when it is no catalogue.
 [[nodiscard]] Catalogue readCatalogueFile(const std::filesystem::path& file);
 
 // A product as a row of a table: identifier, kind, price, period, introductory offer, title.

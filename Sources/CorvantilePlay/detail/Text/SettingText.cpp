@@ -1,7 +1,7 @@
 #include "CorvantilePlay/detail/Text/SettingText.hpp"
 
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -15,7 +15,7 @@ namespace {
 
 bool booleanOf(const std::string& field, const EventValue& value) {
     if (const auto* const boolean = value.as<bool>()) return *boolean;
-    throw Refusal(field + ": expected true or false, but found " + value.description());
+    throw UsageError(field + ": expected true or false, but found " + value.description());
 }
 
 std::vector<std::string> linesOf(const std::string& text) {
@@ -30,14 +30,14 @@ std::vector<std::string> listOf(const std::string& text) {
     try {
         return json.get<std::vector<std::string>>();
     } catch (const nlohmann::json::exception&) {
-        throw Refusal("iapPolicy: expected a JSON list of texts, but found " + text);
+        throw UsageError("iapPolicy: expected a JSON list of texts, but found " + text);
     }
 }
 
 std::vector<std::string> policyOf(const EventValue& value) {
     const auto* const text = value.as<std::string>();
     if (text == nullptr)
-        throw Refusal(
+        throw UsageError(
             "iapPolicy: expected a text, in quotes if need be, or a JSON list of texts, but found " +
             value.description());
     return text->starts_with('[') ? listOf(*text) : linesOf(*text);
@@ -46,7 +46,7 @@ std::vector<std::string> policyOf(const EventValue& value) {
 } // namespace
 
 Setting changedSetting(Setting setting, const EventParameters& fields) {
-    if (fields.empty()) throw Refusal("expected KEY=VALUE, such as reviewAppEnabled=false");
+    if (fields.empty()) throw UsageError("expected KEY=VALUE, such as reviewAppEnabled=false");
     for (const auto& [field, value] : fields) {
         if (field == "iapPolicy")
             setting.iapPolicy = policyOf(value);
@@ -55,8 +55,8 @@ Setting changedSetting(Setting setting, const EventParameters& fields) {
         else if (field == "reviewAppEnabled")
             setting.reviewAppEnabled = booleanOf(field, value);
         else
-            throw Refusal(unknownName("setting", field,
-                                      {"iapPolicy", "manageSubscriptionEnabled", "reviewAppEnabled"}));
+            throw UsageError(unknownName("setting", field,
+                                         {"iapPolicy", "manageSubscriptionEnabled", "reviewAppEnabled"}));
     }
     return setting;
 }

@@ -1,9 +1,8 @@
 #include "CorvantilePlay/detail/Text/StoreText.hpp"
 
 #include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
-#include "CorvantilePlay/detail/Text/Misread.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>
 
@@ -48,7 +47,7 @@ std::chrono::duration<double> parseStoreDuration(std::string_view text) {
     for (const auto& unit : units)
         if (amount && text.substr(numberEnd) == unit.name)
             return std::chrono::duration<double>(amount->doubleValue() * unit.seconds);
-    throw misread("a duration, such as 31d, 2h, 1w or 1y", text);
+    throw unexpectedValue("a duration, such as 31d, 2h, 1w or 1y", text);
 }
 
 SKErrorCode parseFailure(const std::string& text) {
@@ -57,7 +56,7 @@ SKErrorCode parseFailure(const std::string& text) {
         if (failure.name == text) return failure.code;
         names.emplace_back(failure.name);
     }
-    throw Refusal(unknownName("reason", text, names));
+    throw UsageError(unknownName("reason", text, names));
 }
 
 std::string productNamed(const Catalogue& catalogue, const std::string& text) {
@@ -68,8 +67,8 @@ std::string productNamed(const Catalogue& catalogue, const std::string& text) {
         if (product.identifier.ends_with("." + text)) ending.push_back(product.identifier);
     }
     if (ending.size() == 1) return ending.front();
-    if (ending.empty()) throw Refusal(unknownName("product", text, names));
-    throw Refusal("there are several products \"" + text + "\": " + listed(ending));
+    if (ending.empty()) throw UsageError(unknownName("product", text, names));
+    throw UsageError("there are several products \"" + text + "\": " + listed(ending));
 }
 
 std::string describe(const StoreSubscription& subscription) {

@@ -11,14 +11,14 @@
 // What people write and read of a store.
 namespace corvantile::tool {
 
-// `90s`, `2h`, `31d`, `1w`, `1y`: a year has 365 days. What cannot be read is a Refusal.
+// `90s`, `2h`, `31d`, `1w`, `1y`: a year has 365 days. What cannot be read is a UsageError.
 [[nodiscard]] std::chrono::duration<double> parseStoreDuration(std::string_view text);
 
-// `cancelled`, `network` …; an unknown reason is a Refusal that lists them.
+// `cancelled`, `network` …; an unknown reason is a UsageError that lists them.
 [[nodiscard]] SKErrorCode parseFailure(const std::string& text);
 
 // The product's identifier, of which the end alone may be given: `coins100` for `com.example.coins100`. A
-// Refusal when the store sells no such product, or several.
+// UsageError when the store sells no such product, or several.
 [[nodiscard]] std::string productNamed(const Catalogue& catalogue, const std::string& text);
 
 // `purchased`; of a state that has no name here, that it has none.

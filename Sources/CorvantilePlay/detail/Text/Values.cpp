@@ -1,7 +1,6 @@
 #include "CorvantilePlay/detail/Text/Values.hpp"
 
-#include "CorvantilePlay/detail/Text/Misread.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "HostCore/detail/JSON.hpp"
 
 #include <algorithm>
@@ -125,25 +124,25 @@ std::optional<EventParameters> parseParameters(std::span<const Word> words) {
     for (const auto& word : words) {
         const auto& text = word.text;
         const auto equals = word.equals == std::string::npos ? text.find('=') : word.equals;
-        if (equals == std::string::npos || equals == 0) throw misread("KEY=VALUE, such as n=3", text);
+        if (equals == std::string::npos || equals == 0) throw unexpectedValue("KEY=VALUE, such as n=3", text);
         const auto key = text.substr(0, equals);
         const auto value = text.substr(equals + 1);
         if (!parameters.emplace(key, word.isValueQuoted ? EventValue(value) : parseValue(value)).second)
-            throw Refusal("the key " + inQuotationMarks(key) + " is there twice");
+            throw UsageError("the key " + inQuotationMarks(key) + " is there twice");
     }
     return parameters;
 }
 
 NSDecimalNumber parseAmount(string_view text) {
     if (const auto amount = NSDecimalNumber::fromText(text)) return *amount;
-    throw misread("an amount with a point, such as 4.99", text);
+    throw unexpectedValue("an amount with a point, such as 4.99", text);
 }
 
 std::string parseCurrency(string_view text) {
     const auto isCapital = [](char letter) { return letter >= 'A' && letter <= 'Z'; };
     const bool isCode = text.size() == 3 && std::all_of(text.begin(), text.end(), isCapital);
     if (text.empty() || isCode) return std::string(text);
-    throw misread("a currency of three capital letters, such as USD", text);
+    throw unexpectedValue("a currency of three capital letters, such as USD", text);
 }
 
 std::chrono::milliseconds parseDuration(string_view text) {
@@ -156,10 +155,10 @@ std::chrono::milliseconds parseDuration(string_view text) {
     for (const auto& unit : units) {
         if (!amount || text.substr(numberEnd) != unit.name) continue;
         const double milliseconds = amount->doubleValue() * unit.milliseconds;
-        if (milliseconds > 86400000) throw Refusal("a wait lasts a day at most, not " + std::string(text));
+        if (milliseconds > 86400000) throw UsageError("a wait lasts a day at most, not " + std::string(text));
         return std::chrono::milliseconds(static_cast<std::int64_t>(milliseconds));
     }
-    throw misread("a duration, such as 500ms, 1.5s or 2m", text);
+    throw unexpectedValue("a duration, such as 500ms, 1.5s or 2m", text);
 }
 
 std::string isoText(Date date) {

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-// What people write in commands, as the framework's values. What cannot be read is a Refusal.
+// What people write in commands, as the framework's values. What cannot be read is a UsageError.
 namespace corvantile::tool {
 
 // `true` and `false` are booleans, `3` an integer, `4.99` a decimal number, `2024-01-02` and

@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Text/Words.hpp"
 
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>
 #include <optional>
@@ -48,7 +48,8 @@ private:
             if (character == quote) return;
             word_.text += character == '\\' && quote == '"' ? takeEscaped() : character;
         }
-        throw Refusal(std::string("a quote is left open: expected ") + quote + " before the end of the line");
+        throw UsageError(std::string("a quote is left open: expected ") + quote +
+                         " before the end of the line");
     }
 
     // A backslash before anything else stands for itself.

@@ -19,7 +19,7 @@ using Words = std::vector<Word>;
 
 // The words of a command line, without its comment: a `#` that begins a word begins one. Blanks part words,
 // save in quotes, which open at the beginning of a word or after a `=`: in 'single' ones everything stands
-// for itself, in "double" ones \" \\ \n and \t are escapes. A quote that never ends is a Refusal.
+// for itself, in "double" ones \" \\ \n and \t are escapes. A quote that never ends is a UsageError.
 [[nodiscard]] Words splitWords(std::string_view line);
 
 } // namespace corvantile::tool

@@ -45,7 +45,7 @@ private:
 
 } // namespace
 
-void hurryTimers(Ports& ports, int times) {
+void speedUpTimers(Ports& ports, int times) {
     ports.queues = std::make_shared<HurriedQueues>(std::move(ports.queues), times);
 }
 

@@ -1,8 +1,8 @@
-#include "CorvantilePlay/detail/Session/PlayedServer.hpp"
+#include "CorvantilePlay/detail/Session/FakeServer.hpp"
 
 #include "CorvantileDesktop/Adjust/detail/FormText.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
-#include "CorvantilePlay/detail/Text/Refusal.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/VisibleText.hpp"
 
 #include <httplib.h>
@@ -51,7 +51,7 @@ std::string describe(const Arrival& arrival) {
     return requestLine(arrival, [](std::string_view) { return false; });
 }
 
-struct PlayedServer::Parts {
+struct FakeServer::Parts {
     explicit Parts(Reporter& teller) : reporter(teller) {
         // Forms are read as bytes: the library's own reading of them ends at eight kilobytes.
         const char* const everything = ".*";
@@ -87,8 +87,8 @@ struct PlayedServer::Parts {
         }
         EventValue::Map fields{{"path", arrival.path},
                                {"fields", EventValue::Map(arrival.fields.begin(), arrival.fields.end())}};
-        reporter.tell("server", "arrived", "got " + requestLine(arrival, isOfEveryPackage),
-                      std::move(fields));
+        reporter.report("server", "arrived", "got " + requestLine(arrival, isOfEveryPackage),
+                        std::move(fields));
     }
 
     void become(bool hangs, std::optional<ServiceAnswer> given) {
@@ -110,25 +110,25 @@ struct PlayedServer::Parts {
     std::deque<Arrival> arrivals;
 };
 
-PlayedServer::PlayedServer(Reporter& reporter) : parts_(std::make_unique<Parts>(reporter)) {
+FakeServer::FakeServer(Reporter& reporter) : parts_(std::make_unique<Parts>(reporter)) {
     const auto port = parts_->server.bind_to_any_port("127.0.0.1");
-    if (port < 0) throw Refusal("this machine gives the server no port");
+    if (port < 0) throw UsageError("this machine gives the server no port");
     address_ = "http://127.0.0.1:" + std::to_string(port);
     parts_->thread = std::thread([server = &parts_->server] { server->listen_after_bind(); });
     while (!parts_->server.is_running()) std::this_thread::yield(); // one that does not run cannot be stopped
 }
 
-PlayedServer::~PlayedServer() {
+FakeServer::~FakeServer() {
     parts_->become(false, {});
     parts_->server.stop();
     parts_->thread.join();
 }
 
-void PlayedServer::answer(std::optional<ServiceAnswer> answer) { parts_->become(false, std::move(answer)); }
+void FakeServer::answer(std::optional<ServiceAnswer> answer) { parts_->become(false, std::move(answer)); }
 
-void PlayedServer::hang() { parts_->become(true, {}); }
+void FakeServer::hang() { parts_->become(true, {}); }
 
-std::vector<Arrival> PlayedServer::arrivals() const {
+std::vector<Arrival> FakeServer::arrivals() const {
     const std::lock_guard lock(parts_->mutex);
     return {parts_->arrivals.begin(), parts_->arrivals.end()};
 }

@@ -21,14 +21,14 @@ struct Arrival {
 [[nodiscard]] std::string describe(const Arrival& arrival);
 
 // The services that the app talks to, played on this machine: the attribution service's paths and the
-// search-ads path. Makes a happening of everything that arrives, on a thread of its own. Threads: any.
-class PlayedServer {
+// search-ads path. Makes an event of everything that arrives, on a thread of its own. Threads: any.
+class FakeServer {
 public:
-    // A Refusal when this machine gives no port.
-    explicit PlayedServer(Reporter& reporter);
-    PlayedServer(const PlayedServer&) = delete;
-    PlayedServer& operator=(const PlayedServer&) = delete;
-    ~PlayedServer();
+    // A UsageError when this machine gives no port.
+    explicit FakeServer(Reporter& reporter);
+    FakeServer(const FakeServer&) = delete;
+    FakeServer& operator=(const FakeServer&) = delete;
+    ~FakeServer();
 
     // `http://127.0.0.1:PORT`.
     [[nodiscard]] const std::string& address() const { return address_; }

@@ -1,5 +1,5 @@
-#include "CorvantilePlay/detail/Output/JSONLinesFace.hpp"
-#include "CorvantilePlay/detail/Output/TerminalFace.hpp"
+#include "CorvantilePlay/detail/Output/JSONLinesFormat.hpp"
+#include "CorvantilePlay/detail/Output/TerminalFormat.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,31 +7,31 @@
 #include <limits>
 #include <sstream>
 
-namespace corvantile::tool::FacesTest {
+namespace corvantile::tool::OutputFormatTest {
 
 using namespace std::chrono_literals;
 
-TEST(TerminalFace, ShowsOneReadableLineThatMovesNoCursor) {
+TEST(TerminalFormat, ShowsOneReadableLineThatMovesNoCursor) {
     EXPECT_EQ(terminalLine({100min + 1999999us, "somebody", "error", "no"}),
               "100:01.999  somebody  error: no");
     EXPECT_EQ(terminalLine({0ns, "console", "console", "a\x1b[2J\rb\nc\td"}),
               "00:00.000  console  a\\u{1B}[2J\\u{0D}b\n                    c\td");
 }
 
-TEST(TerminalFace, KeepsThePromptBelowWhatHappensMeanwhile) {
+TEST(TerminalFormat, KeepsThePromptBelowWhatHappensMeanwhile) {
     std::ostringstream stream;
-    TerminalFace face(stream, false);
+    TerminalFormat format(stream, false);
 
-    face.invite();
-    face.show({0ns, "network", "network", "wifi"});
-    face.answered();
-    face.show({0ns, "host", "quit", "bye"});
+    format.showPrompt();
+    format.show({0ns, "network", "network", "wifi"});
+    format.endPrompt();
+    format.show({0ns, "host", "quit", "bye"});
 
     EXPECT_EQ(stream.str(),
               "corvantile> \r\x1b[K00:00.000  network  wifi\ncorvantile> 00:00.000  host     bye\n");
 }
 
-TEST(JSONLinesFace, KeepsKindsOfValuesApartAndSurvivesTextThatIsNotUTF8) {
+TEST(JSONLinesFormat, KeepsKindsOfValuesApartAndSurvivesTextThatIsNotUTF8) {
     EventValue::Map fields{{"a", 1},
                            {"b", *NSDecimalNumber::fromText("4.99")},
                            {"c", true},
@@ -43,4 +43,4 @@ TEST(JSONLinesFace, KeepsKindsOfValuesApartAndSurvivesTextThatIsNotUTF8) {
               R"("d":["x",null],"e":{"f":"2001-01-01T00:00:00Z"},"g":null})");
 }
 
-} // namespace corvantile::tool::FacesTest
+} // namespace corvantile::tool::OutputFormatTest
