@@ -7,7 +7,7 @@ using namespace corvantile;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const tool::TemporaryFolder empty; // for the files that a description names
-    static const auto registry = tool::frameworkRegistry();
+    static const auto registry = corvantile::PlayRegistry::framework();
     try {
         static_cast<void>(tool::parseAppDescription(std::string(fuzz::text(data, size)),
                                                     empty.path() / "app.json", registry));

@@ -15,7 +15,7 @@ std::string complaint(const std::string& text) {
     const SampleFolder folder;
     const auto file = folder.write("app.json", text).string();
     try {
-        static_cast<void>(readAppDescription(folder.app(), frameworkRegistry()));
+        static_cast<void>(readAppDescription(folder.app(), PlayRegistry::framework()));
         return {};
     } catch (const UsageError& error) {
         const std::string message = error.what();

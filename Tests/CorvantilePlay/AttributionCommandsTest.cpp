@@ -1,3 +1,4 @@
+#include "CorvantilePlay/PlayRegistry.hpp"
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
@@ -47,10 +48,11 @@ protected:
         return events().back().text;
     }
 
-    std::string inspected(ExitCode (*show)(const InspectOptions&, CommandOutput&), bool json = false) {
+    std::string inspected(ExitCode (*show)(const InspectOptions&, const PlayRegistry&, CommandOutput&),
+                          bool json = false) {
         std::ostringstream out;
         CommandOutput output({out, out}, json);
-        EXPECT_EQ(show({.state = folder().state()}, output), ExitCode::success);
+        EXPECT_EQ(show({.state = folder().state()}, PlayRegistry::framework(), output), ExitCode::success);
         return out.str();
     }
 };

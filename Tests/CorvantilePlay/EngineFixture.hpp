@@ -21,13 +21,13 @@ using Texts = std::vector<std::string>;
 // An engine whose events a test looks at; `begin` makes it.
 class EngineFixture : public testing::Test {
 protected:
-    void begin(const char* app, LaunchSwitches switches = {}) {
+    void begin(const char* app, PlayRegistry::LaunchSwitches switches = {}) {
         folder_.write("app.json", app);
         begin(folder_.app(), switches);
     }
-    void begin(const std::filesystem::path& app, LaunchSwitches switches = {}) {
+    void begin(const std::filesystem::path& app, PlayRegistry::LaunchSwitches switches = {}) {
         engine_.reset();
-        engine_.emplace(readAppDescription(app, frameworkRegistry()),
+        engine_.emplace(readAppDescription(app, registry_),
                         HostOptions{.stateFolder = folder_.state(), .switches = switches},
                         [this](const PlayEvent& event) {
                             const std::lock_guard lock(mutex_);
@@ -35,13 +35,13 @@ protected:
                         });
     }
 
-    // Each line has to be played without a fault.
+    // Each line has to be played without an error.
     void play(const Texts& lines) {
         for (const auto& line : lines)
             EXPECT_TRUE(engine_->play(line)) << line << ": " << events().back().text;
     }
 
-    // Lets the app go on until one of these who tell has told a text that begins so.
+    // Runs the app until an event has a text that begins so.
     void awaitText(const std::string& beginning) {
         engine_->runLoop([&] {
             const std::lock_guard lock(mutex_);
@@ -64,7 +64,7 @@ protected:
         for (const auto& [line, why] : cases) EXPECT_THAT(errorOf(line), testing::HasSubstr(why)) << line;
     }
 
-    // What has been told since this was last asked, by one of those who tell.
+    // The texts of one source since the last call; drops those of the others.
     Texts takeTexts(const std::string& who) {
         Texts texts;
         const std::lock_guard lock(mutex_);
@@ -80,9 +80,12 @@ protected:
     }
     const SampleFolder& folder() const { return folder_; }
 
+    PlayRegistry& registry() { return registry_; }
+
 private:
     SampleFolder folder_;
-    mutable std::mutex mutex_; // what plug-ins print and what a server gets is told on other threads
+    PlayRegistry registry_ = PlayRegistry::framework();
+    mutable std::mutex mutex_; // what plug-ins print and what a server gets is reported on other threads
     std::vector<PlayEvent> events_;
     std::optional<Engine> engine_;
 };

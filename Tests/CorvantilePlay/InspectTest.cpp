@@ -1,4 +1,5 @@
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
+#include "CorvantilePlay/PlayRegistry.hpp"
 
 #include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
@@ -25,7 +26,7 @@ constexpr const char* settingName = "appconfig_Setting_2F7B6BDA-AEED-4BA3-9DFE-0
 constexpr const char* keyAccount = "realm_encryption_key";
 constexpr const char* service = "com.example.golden";
 
-using Show = ExitCode (*)(const InspectOptions&, CommandOutput&);
+using Show = ExitCode (*)(const InspectOptions&, const PlayRegistry&, CommandOutput&);
 
 // What every file is: its permissions, when it was written, its bytes.
 using Files = std::map<std::string, std::string>;
@@ -38,7 +39,8 @@ protected:
                       bool reveal = false) {
         std::ostringstream out, errors;
         CommandOutput output({out, errors}, json);
-        EXPECT_EQ(show({.state = state, .reveal = reveal}, output), expected) << out.str();
+        EXPECT_EQ(show({.state = state, .reveal = reveal}, PlayRegistry::framework(), output), expected)
+            << out.str();
         EXPECT_EQ(errors.str().empty(), expected == ExitCode::success) << errors.str();
         return out.str();
     }

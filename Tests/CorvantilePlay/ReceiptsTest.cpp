@@ -1,5 +1,6 @@
 #include "CorvantilePlay/detail/Receipts/Receipts.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
+#include "CorvantilePlay/PlayRegistry.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
@@ -42,7 +43,7 @@ protected:
     std::string explained(ExitCode expected = ExitCode::success) {
         std::ostringstream out, errors;
         CommandOutput output({out, errors}, json_);
-        EXPECT_EQ(explainReceipts(options_, output), expected);
+        EXPECT_EQ(explainReceipts(options_, PlayRegistry::framework(), output), expected);
         EXPECT_EQ(errors.str().empty(), expected == ExitCode::success) << errors.str();
         return out.str();
     }

@@ -49,10 +49,10 @@ void addPlay(CLI::App& app, Call& call) {
     command->footer(
         "Exit codes: 0 all went well, 1 a command failed, 2 the call or the app description has an "
         "error, 3 standard output cannot be written, 130 interrupted.");
-    command->callback([&call] { call.run = [&call] { return play(call.play); }; });
+    command->callback([&call] { call.run = [&call] { return play(call.play, call.registry); }; });
 }
 
-using Show = ExitCode (*)(const InspectOptions&, CommandOutput&);
+using Show = ExitCode (*)(const InspectOptions&, const PlayRegistry&, CommandOutput&);
 
 CLI::App* addInspection(CLI::App& app, Call& call, const char* name, const char* help, Show show) {
     auto& options = call.inspect;
@@ -64,7 +64,7 @@ CLI::App* addInspection(CLI::App& app, Call& call, const char* name, const char*
         "The state is not changed. Exit codes: 0 all is well, 1 something is wrong or cannot be read, 2 "
         "the call has an error, 3 standard output cannot be written.");
     setAction(*command, call, options.json,
-              [&options, show](CommandOutput& output) { return show(options, output); });
+              [&call, show](CommandOutput& output) { return show(call.inspect, call.registry, output); });
     return command;
 }
 
@@ -92,8 +92,9 @@ void addReceipts(CLI::App& app, Call& call) {
     command->footer(
         "Exit codes: 0 all is well, 1 a receipt or the catalogue is invalid, 2 the call has an error or a "
         "file cannot be read, 3 standard output cannot be written.");
-    setAction(*command, call, options.json,
-              [&options](CommandOutput& output) { return explainReceipts(options, output); });
+    setAction(*command, call, options.json, [&call](CommandOutput& output) {
+        return explainReceipts(call.receipts, call.registry, output);
+    });
 }
 
 void addCatalogue(CLI::App& app, Call& call) {

@@ -18,13 +18,14 @@ namespace corvantile::tool {
 
 // What the arguments ask for. Parsing fills it in; `run` then does it.
 struct Call {
-    PlayOptions play;
-    InspectOptions inspect;
-    ProveOptions prove;
-    ScenarioOptions scenario;
-    ReceiptOptions receipts;
-    std::string shell; // whose completion is printed
-    std::function<ExitCode()> run = [] { return playTour(); };
+    PlayRegistry registry;
+    PlayOptions play = {};
+    InspectOptions inspect = {};
+    ProveOptions prove = {};
+    ScenarioOptions scenario = {};
+    ReceiptOptions receipts = {};
+    std::string shell = {}; // whose completion is printed
+    std::function<ExitCode()> run = [this] { return playTour(registry); };
 };
 
 // Adds every subcommand and option to `app`, a fresh CLI::App. The callbacks refer to `call`, which has to

@@ -6,7 +6,7 @@ namespace corvantile::tool {
 
 namespace {
 
-OptionText describe(const CLI::Option& option) {
+OptionText optionText(const CLI::Option& option) {
     OptionText text{.help = option.get_description(), .isRequired = option.get_required()};
     for (const auto& name : option.get_snames()) text.names.push_back("-" + name);
     for (const auto& name : option.get_lnames()) text.names.push_back("--" + name);
@@ -18,7 +18,7 @@ OptionText describe(const CLI::Option& option) {
 SubcommandText describeSubcommand(const CLI::App& app) {
     SubcommandText text{.name = app.get_name(), .help = app.get_description(), .footer = app.get_footer()};
     for (const auto* const option : app.get_options())
-        if (!option->get_group().empty()) text.options.push_back(describe(*option));
+        if (!option->get_group().empty()) text.options.push_back(optionText(*option));
     return text;
 }
 

@@ -2,7 +2,7 @@
 
 #include "CorvantilePlay/detail/CommandLine/LineReader.hpp"
 #include "CorvantilePlay/detail/Commands/Engine.hpp"
-#include "CorvantilePlay/detail/Description/SampleApp.hpp"
+#include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 #include "CorvantilePlay/detail/Output/Interruption.hpp"
 #include "CorvantilePlay/detail/Output/JSONLinesFormat.hpp"
@@ -115,17 +115,17 @@ std::ifstream openScript(const std::filesystem::path& file) {
 
 } // namespace
 
-ExitCode play(const PlayOptions& options) {
-    auto app = readApp(options.app);
+ExitCode play(const PlayOptions& options, const PlayRegistry& registry) {
+    auto app = readApp(options.app, registry);
     if (options.script.empty()) return Session(std::move(app), options).playInput();
     auto script = openScript(options.script);
     return Session(std::move(app), options).playScript(script, options.script);
 }
 
-ExitCode playTour() {
+ExitCode playTour(const PlayRegistry& registry) {
     const TemporaryFolder state;
     const PlayOptions options{.state = state.path()};
-    auto app = readApp(options.app);
+    auto app = readApp(options.app, registry);
     const auto file = app.folder / "tour.play";
     auto script = openScript(file);
     Session session(std::move(app), options);

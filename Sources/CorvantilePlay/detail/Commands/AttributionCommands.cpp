@@ -7,7 +7,7 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlay/detail/Commands/Commands.hpp"
 #include "CorvantilePlay/detail/Commands/Latest.hpp"
-#include "CorvantilePlay/detail/Kinds/AttributionStreams.hpp"
+#include "CorvantilePlay/detail/Kinds/Kinds.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
 #include "CorvantilePlay/detail/Text/PackageText.hpp"

@@ -16,9 +16,12 @@ namespace {
 void runLookup(Host& host, Arguments given) {
     auto& process = host.process();
     const auto& name = given[0].text;
-    const auto& services = host.app().services;
-    const auto known = std::find_if(services.begin(), services.end(),
-                                    [&](const Service& service) { return service.name == name; });
+    std::vector<PlayRegistry::Service> services;
+    for (const auto& kind : host.app().registry.plugIns())
+        services.insert(services.end(), kind.offers.begin(), kind.offers.end());
+    const auto known =
+        std::find_if(services.begin(), services.end(),
+                     [&](const PlayRegistry::Service& service) { return service.name == name; });
     if (known == services.end()) {
         Names names;
         for (const auto& service : services) names.push_back(service.name);
@@ -64,7 +67,7 @@ void runStatus(Host& host) {
                  std::string("debug ") + (Corvantile::debug() ? "on" : "off") + ", dry run " +
                      (Corvantile::dryRun() ? "on" : "off"));
     Names plugIns;
-    for (const auto& plugIn : host.app().plugIns) plugIns.push_back(plugIn.kind);
+    for (const auto& plugIn : host.app().plugIns) plugIns.push_back(plugIn.kind.name);
     reportStatus(host, "plug-ins", listed(plugIns));
     for (const auto& sink : process.sinks()) reportStatus(host, "sink", describeSink(sink));
     reportStatus(host, "network", describe(NetworkReachability::shared()->networkStatus()));

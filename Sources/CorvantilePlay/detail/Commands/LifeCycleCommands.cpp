@@ -7,8 +7,8 @@ namespace corvantile::tool {
 
 namespace {
 
-LaunchSwitches parseSwitches(Arguments arguments) {
-    LaunchSwitches switches;
+PlayRegistry::LaunchSwitches parseSwitches(Arguments arguments) {
+    PlayRegistry::LaunchSwitches switches;
     for (const auto& word : arguments) {
         if (word.text != "debug" && word.text != "dry-run")
             throw UsageError(unknownName("switch", word.text, {"debug", "dry-run"}));

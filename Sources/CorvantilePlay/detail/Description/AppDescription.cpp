@@ -1,9 +1,8 @@
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
-#include "CorvantilePlay/detail/Description/DescriptionObject.hpp"
+#include "CorvantilePlay/detail/Description/ConfigurationObject.hpp"
 #include "CorvantilePlay/detail/Description/Services.hpp"
-#include "CorvantilePlay/detail/Kinds/PurchaseKinds.hpp"
 #include "CorvantilePlay/detail/Text/FileText.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
@@ -12,8 +11,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <set>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace corvantile::tool {
@@ -63,7 +64,7 @@ nlohmann::json parse(const std::string& text, const std::string& file) {
 }
 
 template <class Kind>
-const Kind& findKind(const std::vector<Kind>& kinds, std::string_view what, const DescriptionObject& object) {
+const Kind& findKind(const std::vector<Kind>& kinds, std::string_view what, const PlayConfiguration& object) {
     const auto name = object.text("kind");
     const auto found =
         std::find_if(kinds.begin(), kinds.end(), [&](const Kind& kind) { return kind.name == name; });
@@ -75,14 +76,13 @@ const Kind& findKind(const std::vector<Kind>& kinds, std::string_view what, cons
 
 class Reader {
 public:
-    Reader(const PlugInRegistry& registry, const DescriptionObject& top) : registry_(registry), top_(top) {}
+    Reader(const PlayRegistry& registry, const PlayConfiguration& top) : registry_(registry), top_(top) {}
 
     AppDescription read() {
         top_.allow({"bundleIdentifier", "name", "plugins", "sinks", "attribution", "ads", "httpRoutes",
                     "server", "promoteInstall", "store"});
         readNames();
-        for (const auto& kind : registry_.plugIns)
-            app_.services.insert(app_.services.end(), kind.offers.begin(), kind.offers.end());
+        app_.registry = registry_;
         for (const auto& object : top_.objects("plugins")) readPlugIn(object);
         for (const auto& object : top_.objects("sinks")) readSink(object);
         checkNeeds();
@@ -103,32 +103,29 @@ private:
         app_.name = top_.text("name", app_.bundleIdentifier);
     }
 
-    void readPlugIn(const DescriptionObject& object) {
+    void readPlugIn(const PlayConfiguration& object) {
         object.allow({"kind", "configuration"});
-        const auto& kind = findKind(registry_.plugIns, "plug-in", object);
+        const auto& kind = findKind(registry_.plugIns(), "plug-in", object);
         const auto configuration = object.object("configuration");
-        app_.plugIns.push_back({kind.name, kind.read(configuration), kind.follow});
-        if (kind.name == "IAPReceiptPlugin" && !app_.receiptProducts)
-            app_.receiptProducts = readReceiptProducts(configuration);
+        app_.plugIns.push_back({kind, configuration, kind.read(configuration)});
         for (const auto& offered : kind.offers) offered_.insert(offered.name);
-        for (const auto& needed : kind.needs) needs_.push_back({object, kind.name, needed});
+        for (const auto& needed : kind.needs) needs_.push_back({object, kind.name, std::string(needed)});
     }
 
-    void readSink(const DescriptionObject& object) {
+    void readSink(const PlayConfiguration& object) {
         object.allow({"kind", "name", "ignore", "register", "configuration"});
-        const auto& kind = findKind(registry_.sinks, "sink", object);
-        SinkDescription sink{.name = object.text("name"),
+        const auto& kind = findKind(registry_.sinks(), "sink", object);
+        SinkDescription sink{.settings = {object.text("name"), object.texts("ignore")},
                              .kind = kind.name,
-                             .ignoredEventNames = object.texts("ignore"),
                              .registersAtLaunch = readsLaunch(object),
                              .make = kind.read(object.object("configuration"))};
-        if (!sinkNames_.insert(sink.name).second)
-            object.fail("name", "there is a sink \"" + sink.name + "\" already");
+        if (!sinkNames_.insert(sink.settings.name).second)
+            object.fail("name", "there is a sink \"" + sink.settings.name + "\" already");
         needs_.push_back({object, "a sink", std::string(AnalyticPluggable::typeName)});
         app_.sinks.push_back(std::move(sink));
     }
 
-    static bool readsLaunch(const DescriptionObject& object) {
+    static bool readsLaunch(const PlayConfiguration& object) {
         const auto moment = object.text("register", "launch");
         if (moment != "launch" && moment != "command")
             object.fail("register", "expected \"launch\" or \"command\", but found \"" + moment + "\"");
@@ -139,17 +136,17 @@ private:
         for (const auto& [object, who, service] : needs_)
             if (!offered_.count(service))
                 object.fail({}, who + " needs " + service + ", which no plug-in of this app offers; add " +
-                                    listed(registry_.offering(service)));
+                                    listed(kindsOffering(registry_, service)));
     }
 
     struct Need {
-        DescriptionObject object;
+        PlayConfiguration object;
         std::string who;
         std::string service;
     };
 
-    const PlugInRegistry& registry_;
-    const DescriptionObject& top_;
+    const PlayRegistry& registry_;
+    const PlayConfiguration& top_;
     AppDescription app_;
     std::set<std::string> offered_;
     std::set<std::string> sinkNames_;
@@ -158,22 +155,50 @@ private:
 
 } // namespace
 
-bool AppDescription::hasPlugIn(const std::string& kind) const {
-    return std::any_of(plugIns.begin(), plugIns.end(),
-                       [&](const PlugInDescription& plugIn) { return plugIn.kind == kind; });
+const PlugInDescription* AppDescription::plugIn(std::string_view kind) const {
+    const auto found = std::find_if(plugIns.begin(), plugIns.end(), [&](const PlugInDescription& plugIn) {
+        return plugIn.kind.name == kind;
+    });
+    return found == plugIns.end() ? nullptr : &*found;
+}
+
+std::vector<std::string> kindsOffering(const PlayRegistry& registry, std::string_view service) {
+    std::vector<std::string> names;
+    for (const auto& kind : registry.plugIns())
+        if (std::any_of(kind.offers.begin(), kind.offers.end(),
+                        [&](const PlayRegistry::Service& offered) { return offered.name == service; }))
+            names.push_back(kind.name);
+    return names;
 }
 
 AppDescription parseAppDescription(const std::string& text, const std::filesystem::path& file,
-                                   const PlugInRegistry& registry) {
-    const auto document = parse(text, file.string());
-    auto app = Reader(registry, DescriptionObject(document, file.string(), {})).read();
+                                   const PlayRegistry& registry) {
+    const auto document = std::make_shared<const nlohmann::json>(parse(text, file.string()));
+    const PlayConfiguration top(
+        std::make_shared<PlayConfiguration::Object>(PlayConfiguration::Object{document, file.string(), {}}));
+    auto app = Reader(registry, top).read();
     app.folder = file.parent_path();
     return app;
 }
 
-AppDescription readAppDescription(const std::filesystem::path& folder, const PlugInRegistry& registry) {
+AppDescription readAppDescription(const std::filesystem::path& folder, const PlayRegistry& registry) {
     const auto file = folder / "app.json";
     return parseAppDescription(readFileText(file, "an app description"), file, registry);
+}
+
+std::filesystem::path sampleAppFolder() {
+    std::error_code ignored;
+    const auto executable = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    for (auto folder = executable.parent_path();; folder = folder.parent_path()) {
+        for (const char* const place : {"SampleApp", "share/corvantile/SampleApp"})
+            if (std::filesystem::exists(folder / place / "app.json", ignored)) return folder / place;
+        if (folder == folder.parent_path()) break;
+    }
+    throw UsageError("the sample app is not beside the tool; name an app: --app FOLDER");
+}
+
+AppDescription readApp(const std::filesystem::path& folder, const PlayRegistry& registry) {
+    return readAppDescription(folder.empty() ? sampleAppFolder() : folder, registry);
 }
 
 } // namespace corvantile::tool

@@ -3,29 +3,27 @@
 #include "CorvantileDesktop/Adjust/AdjustOptions.hpp"
 #include "CorvantileDesktop/Ads/LocalAds.hpp"
 #include "CorvantileDesktop/Store/DesktopStoreOptions.hpp"
-#include "CorvantileIAP/IAPReceiptPlugin.hpp"
-#include "CorvantilePlay/detail/Description/PlugInRegistry.hpp"
+#include "CorvantilePlay/PlayRegistry.hpp"
 
 #include <filesystem>
 #include <map>
-#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace corvantile::tool {
 
 struct PlugInDescription {
-    std::string kind;
-    MakePlugIn make;
-    FollowPlugIn follow;
+    PlayRegistry::PlugInKind kind;
+    PlayConfiguration configuration;
+    PlayRegistry::MakePlugIn make;
 };
 
 struct SinkDescription {
-    std::string name;
+    PlayRegistry::SinkSettings settings;
     std::string kind;
-    std::vector<std::string> ignoredEventNames;
     bool registersAtLaunch = true;
-    MakeSink make;
+    PlayRegistry::MakeSink make;
 };
 
 // An app as the tool plays it: what its delegate holds, and where its events go.
@@ -35,11 +33,7 @@ struct AppDescription {
     std::string name;
     std::vector<PlugInDescription> plugIns;
     std::vector<SinkDescription> sinks;
-    std::vector<Service>
-        services; // all that can be looked up, whether a plug-in of this app offers it or not
-
-    // Of the first IAPReceiptPlugin, which is the one that others find; nullopt without one.
-    std::optional<std::vector<IAPReceiptPlugin::Product>> receiptProducts;
+    PlayRegistry registry; // with which the description was read
     AdjustOptions attribution;
     AdsOptions ads;
     DesktopStoreOptions store;
@@ -47,18 +41,30 @@ struct AppDescription {
     bool hasServer = false;     // the tool plays the services that the app talks to
     std::string promoteInstall; // a JSON file of the bundle, without its ending; empty: none
 
-    [[nodiscard]] bool hasPlugIn(const std::string& kind) const;
+    // The first plug-in of the kind, which is the one that others find; null without one.
+    [[nodiscard]] const PlugInDescription* plugIn(std::string_view kind) const;
+    [[nodiscard]] bool hasPlugIn(std::string_view kind) const { return plugIn(kind) != nullptr; }
     // A catalogue is named, whatever is in it.
     [[nodiscard]] bool hasStore() const { return !store.catalogue.empty(); }
 };
 
+// The kinds of plug-ins that offer the service.
+[[nodiscard]] std::vector<std::string> kindsOffering(const PlayRegistry& registry, std::string_view service);
+
+// The folder of the sample app that belongs to this executable, in a build tree or installed. A UsageError
+// when there is none.
+[[nodiscard]] std::filesystem::path sampleAppFolder();
+
+// The description in `folder`, or the sample app's if that is empty.
+[[nodiscard]] AppDescription readApp(const std::filesystem::path& folder, const PlayRegistry& registry);
+
 // Reads `folder`/app.json. What cannot be read, is not known, or would end the app's process for want of a
 // service, is a UsageError that names the file, the line or path of keys, and what was expected.
 [[nodiscard]] AppDescription readAppDescription(const std::filesystem::path& folder,
-                                                const PlugInRegistry& registry);
+                                                const PlayRegistry& registry);
 
 // The same for the text of `file`, which is only named in what is said of it.
 [[nodiscard]] AppDescription parseAppDescription(const std::string& text, const std::filesystem::path& file,
-                                                 const PlugInRegistry& registry);
+                                                 const PlayRegistry& registry);
 
 } // namespace corvantile::tool

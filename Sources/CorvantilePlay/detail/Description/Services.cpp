@@ -1,8 +1,8 @@
 #include "CorvantilePlay/detail/Description/Services.hpp"
 
 #include "CorvantileDesktop/HTTP/HTTPRoutes.hpp"
+#include "CorvantilePlay/PlayConfiguration.hpp"
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
-#include "CorvantilePlay/detail/Description/DescriptionObject.hpp"
 
 #include <string>
 
@@ -12,7 +12,7 @@ namespace {
 
 bool isRoute(const std::string& origin, const std::string& base) { return HTTPRoutes().set(origin, base); }
 
-AdjustOptions readAttribution(const DescriptionObject& object) {
+AdjustOptions readAttribution(const PlayConfiguration& object) {
     object.allow({"endpoint", "token", "offline"});
     AdjustOptions options{.endpoint = object.text("endpoint", ""),
                           .bearerToken = object.text("token", ""),
@@ -23,7 +23,7 @@ AdjustOptions readAttribution(const DescriptionObject& object) {
     return options;
 }
 
-AdsOptions readAds(const DescriptionObject& object) {
+AdsOptions readAds(const PlayConfiguration& object) {
     object.allow({"token", "identifier"});
     AdsOptions options;
     if (object.has("token")) options.token = object.text("token");
@@ -36,7 +36,7 @@ AdsOptions readAds(const DescriptionObject& object) {
     return options;
 }
 
-DesktopStoreOptions readStore(const DescriptionObject& object) {
+DesktopStoreOptions readStore(const PlayConfiguration& object) {
     object.allow({"catalogue", "clockRate"});
     DesktopStoreOptions options{.clockRate = object.amount("clockRate")};
     if (object.has("catalogue")) options.catalogue = object.folder() / object.text("catalogue");
@@ -45,7 +45,7 @@ DesktopStoreOptions readStore(const DescriptionObject& object) {
 
 } // namespace
 
-void readServices(const DescriptionObject& top, AppDescription& app) {
+void readServices(const PlayConfiguration& top, AppDescription& app) {
     app.attribution = readAttribution(top.object("attribution"));
     app.ads = readAds(top.object("ads"));
     app.store = readStore(top.object("store"));

@@ -1,11 +1,14 @@
 #pragma once
 
+namespace corvantile {
+class PlayConfiguration;
+} // namespace corvantile
+
 namespace corvantile::tool {
 
-class DescriptionObject;
 struct AppDescription;
 
 // Reads what the top of a description says of the services that the app talks to.
-void readServices(const DescriptionObject& top, AppDescription& app);
+void readServices(const PlayConfiguration& top, AppDescription& app);
 
 } // namespace corvantile::tool

@@ -1,6 +1,7 @@
 #include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantileDesktop/Store/detail/StoreFile.hpp"
+#include "CorvantilePlay/PlayRegistry.hpp"
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
 #include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
 #include "CorvantilePlay/detail/Inspection/StoredValues.hpp"
@@ -33,7 +34,7 @@ struct Finding {
 
 class Doctor {
 public:
-    explicit Doctor(fs::path folder) : state_(std::move(folder)) {}
+    Doctor(fs::path folder, const PlayRegistry& registry) : state_(std::move(folder)), registry_(registry) {}
 
     [[nodiscard]] std::vector<Finding> examine() {
         for (const auto& [file, text] : state_.faults()) wrong(file, text);
@@ -106,7 +107,7 @@ private:
     }
 
     void examineUserDefaults() {
-        const auto [values, fault] = readStoredValues(state_);
+        const auto [values, fault] = readStoredValues(state_, registry_.records());
         if (!state_.faultOf("user-defaults").empty()) return;
         if (fault.empty())
             right("user defaults", std::to_string(values.size()) + " values");
@@ -156,6 +157,7 @@ private:
     }
 
     const StateCopy state_;
+    const PlayRegistry& registry_;
     std::vector<Finding> findings_;
 };
 
@@ -170,8 +172,8 @@ std::string textLine(const Finding& finding) {
 
 } // namespace
 
-ExitCode showHealth(const InspectOptions& options, CommandOutput& output) {
-    for (const auto& finding : Doctor(inspectedFolder(options)).examine()) {
+ExitCode showHealth(const InspectOptions& options, const PlayRegistry& registry, CommandOutput& output) {
+    for (const auto& finding : Doctor(inspectedFolder(options, registry), registry).examine()) {
         output.show("check", fieldsOf(finding), textLine(finding));
         if (!finding.isRight) output.noteError(finding.what + ": " + finding.text);
     }

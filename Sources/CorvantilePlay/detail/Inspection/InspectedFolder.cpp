@@ -1,5 +1,5 @@
 #include "CorvantileDesktop/DesktopOptions.hpp"
-#include "CorvantilePlay/detail/Description/SampleApp.hpp"
+#include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 
@@ -19,9 +19,9 @@ namespace {
 
 } // namespace
 
-std::filesystem::path inspectedFolder(const InspectOptions& options) {
+std::filesystem::path inspectedFolder(const InspectOptions& options, const PlayRegistry& registry) {
     auto folder = options.state;
-    if (folder.empty()) folder = defaultStateFolder(readApp(options.app).bundleIdentifier);
+    if (folder.empty()) folder = defaultStateFolder(readApp(options.app, registry).bundleIdentifier);
     std::error_code ignored; // see above
     if (!std::filesystem::is_directory(folder, ignored)) fail(folder);
     return folder;

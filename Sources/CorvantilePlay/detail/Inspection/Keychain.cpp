@@ -63,8 +63,8 @@ std::string textLines(const VaultInspection::Entry& entry, bool reveal) {
 
 } // namespace
 
-ExitCode showKeychain(const InspectOptions& options, CommandOutput& output) {
-    const StateCopy state(inspectedFolder(options));
+ExitCode showKeychain(const InspectOptions& options, const PlayRegistry& registry, CommandOutput& output) {
+    const StateCopy state(inspectedFolder(options, registry));
     const auto inspection = Vault({.folder = state.keychain()}).inspect();
     for (const auto& entry : inspection.entries) {
         output.show("entry", fieldsOf(entry, options.reveal), textLines(entry, options.reveal));

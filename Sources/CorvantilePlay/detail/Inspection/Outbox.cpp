@@ -20,8 +20,8 @@ std::string textLines(const OutboxEntry& package) {
 
 } // namespace
 
-ExitCode showOutbox(const InspectOptions& options, CommandOutput& output) {
-    const StateCopy state(inspectedFolder(options));
+ExitCode showOutbox(const InspectOptions& options, const PlayRegistry& registry, CommandOutput& output) {
+    const StateCopy state(inspectedFolder(options, registry));
     const auto inspection = OutboxAdjust::inspect(state.outbox());
     const auto copyError = state.faultOf("outbox");
     const auto& error = copyError.empty() ? inspection.fault : copyError;

@@ -1,3 +1,4 @@
+#include "CorvantilePlay/PlayRegistry.hpp"
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
 #include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
 #include "CorvantilePlay/detail/Inspection/StoredValues.hpp"
@@ -31,8 +32,9 @@ std::string textLines(const StoredValue& value) {
 
 } // namespace
 
-ExitCode showRecords(const InspectOptions& options, CommandOutput& output) {
-    const auto [values, error] = readStoredValues(StateCopy(inspectedFolder(options)));
+ExitCode showRecords(const InspectOptions& options, const PlayRegistry& registry, CommandOutput& output) {
+    const auto [values, error] =
+        readStoredValues(StateCopy(inspectedFolder(options, registry)), registry.records());
     for (const auto& value : values) {
         output.show("record", fieldsOf(value), textLines(value));
         if (!value.fault.empty()) output.noteError(value.name + ": " + value.fault);

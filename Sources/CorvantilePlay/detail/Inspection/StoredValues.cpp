@@ -1,8 +1,6 @@
 #include "CorvantilePlay/detail/Inspection/StoredValues.hpp"
 
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
-#include "Corvantile/Plugin/Database/Application.hpp"
-#include "Corvantile/Plugin/Database/Setting.hpp"
 #include "Corvantile/Plugin/Database/UserPreference.hpp"
 #include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
@@ -13,6 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <memory>
 #include <string_view>
 #include <variant>
@@ -20,6 +19,8 @@
 namespace corvantile::tool {
 
 namespace {
+
+using RecordKinds = std::vector<PlayRegistry::RecordKind>;
 
 const std::string recordPrefix = std::string(DatabaseManipulating::prefix) + "_";
 
@@ -75,17 +76,16 @@ std::string whyItStaysClosed(const std::string& sealed, const StorageKeys& keys)
     return "it was sealed under another storage key, or is damaged";
 }
 
-std::string faultOf(const std::string& name, const std::string& json) {
-    const auto isOf = [&](std::string_view record) {
-        return name.starts_with(recordPrefix + std::string(record) + "_");
-    };
+std::string errorOf(const std::string& name, const std::string& json, const RecordKinds& records) {
     if (!nlohmann::json::accept(json)) return "it decrypts, but to no JSON";
-    const bool isDecoded = (!isOf(Application::typeName) || Application::fromJSON(json)) &&
-                           (!isOf(Setting::typeName) || Setting::fromJSON(json));
-    return isDecoded ? "" : "it decrypts, but is not the record that its name says";
+    const bool isValid =
+        std::all_of(records.begin(), records.end(), [&](const PlayRegistry::RecordKind& record) {
+            return !name.starts_with(recordPrefix + record.name + "_") || record.isValid(json);
+        });
+    return isValid ? "" : "it decrypts, but is not the record that its name says";
 }
 
-void openRecords(const StateCopy& state, const NSUserDefaults::Dictionary& stored,
+void openRecords(const StateCopy& state, const NSUserDefaults::Dictionary& stored, const RecordKinds& records,
                  std::vector<StoredValue>& values) {
     const auto keys = findStorageKeys(state);
     const auto sealedTextOf = [&](const StoredValue& value) {
@@ -104,11 +104,12 @@ void openRecords(const StateCopy& state, const NSUserDefaults::Dictionary& store
         if (sealed == nullptr)
             value.fault = "it is a boolean, no record";
         else
-            value.fault = value.json ? faultOf(value.name, *value.json) : whyItStaysClosed(*sealed, keys);
+            value.fault =
+                value.json ? errorOf(value.name, *value.json, records) : whyItStaysClosed(*sealed, keys);
     }
 }
 
-StoredValue describe(const std::string& name, const NSUserDefaults::Value& stored) {
+StoredValue storedValueOf(const std::string& name, const NSUserDefaults::Value& stored) {
     StoredValue value{.name = name, .size = 1, .isRecord = name.starts_with(recordPrefix)};
     const auto* const text = std::get_if<std::string>(&stored);
     if (text != nullptr) value.size = text->size();
@@ -120,14 +121,14 @@ StoredValue describe(const std::string& name, const NSUserDefaults::Value& store
 
 } // namespace
 
-StoredValues readStoredValues(const StateCopy& state) {
+StoredValues readStoredValues(const StateCopy& state, const RecordKinds& records) {
     StoredValues read;
     const auto inspection = SQLiteUserDefaults::inspect(state.userDefaults());
     read.fault = state.faultOf("user-defaults");
     if (read.fault.empty()) read.fault = inspection.fault;
     read.values.reserve(inspection.values.size());
-    for (const auto& [name, value] : inspection.values) read.values.push_back(describe(name, value));
-    openRecords(state, inspection.values, read.values);
+    for (const auto& [name, value] : inspection.values) read.values.push_back(storedValueOf(name, value));
+    openRecords(state, inspection.values, records, read.values);
     return read;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CorvantilePlay/PlayRegistry.hpp"
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -23,8 +25,9 @@ struct StoredValues {
     std::string fault;               // why there are none; empty when all is well
 };
 
-// Opens the records with the storage key that the keychain of the same state folder holds. Threads: a main
-// thread on which no platform is installed.
-[[nodiscard]] StoredValues readStoredValues(const StateCopy& state);
+// Each of `records` checks what is stored under its name. Opens the records with the storage key that the
+// keychain of the same state folder holds. Threads: a main thread on which no platform is installed.
+[[nodiscard]] StoredValues readStoredValues(const StateCopy& state,
+                                            const std::vector<PlayRegistry::RecordKind>& records);
 
 } // namespace corvantile::tool

@@ -1,11 +1,8 @@
-#include "CorvantilePlay/detail/Kinds/AttributionKinds.hpp"
-
 #include "Corvantile/Plugin/AdNetwork/AdNetworkPlugin.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
-#include "CorvantilePlay/detail/Description/AppDescription.hpp"
-#include "CorvantilePlay/detail/Kinds/AttributionStreams.hpp"
+#include "CorvantilePlay/detail/Kinds/Kinds.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <fstream>
@@ -16,7 +13,7 @@ namespace corvantile::tool {
 
 namespace {
 
-std::optional<AdjustAppSecret> readAppSecret(const DescriptionObject& configuration) {
+std::optional<AdjustAppSecret> readAppSecret(const PlayConfiguration& configuration) {
     if (!configuration.has("appSecret")) return std::nullopt;
     const auto secret = configuration.object("appSecret");
     secret.allow({"id", "info1", "info2", "info3", "info4"});
@@ -27,21 +24,24 @@ std::optional<AdjustAppSecret> readAppSecret(const DescriptionObject& configurat
                            .info4 = secret.unsignedInteger("info4")};
 }
 
-MakePlugIn readAdjustPlugin(const DescriptionObject& configuration) {
+PlayRegistry::MakePlugIn readAdjustPlugin(const PlayConfiguration& configuration) {
     configuration.allow({"appToken", "debug", "appSecret"});
     const auto token = configuration.text("appToken");
     const bool isDebug = configuration.boolean("debug", false);
     const auto secret = readAppSecret(configuration);
-    return [=](const LaunchSwitches&) { return std::make_shared<AdjustPlugin>(token, isDebug, secret); };
+    return [=](const PlayRegistry::LaunchSwitches&) {
+        return std::make_shared<AdjustPlugin>(token, isDebug, secret);
+    };
 }
 
-MakePlugIn readAdNetworkPlugin(const DescriptionObject& configuration) {
-    configuration.allow({});
-    return [](const LaunchSwitches&) { return std::make_shared<AdNetworkPlugin>(); };
+void followAdNetworkPlugin(const PlayRegistry::PlugIn& plugIn, PlayReporter& reporter, rx::DisposeBag& bag) {
+    const auto adNetwork = std::dynamic_pointer_cast<AdNetworkPluggable>(plugIn);
+    Follower("AdNetworkPlugin", reporter, bag)
+        .follow("info", adNetwork->info(), [](const AdNetworkInfo& info) { return publicationOf(info); });
 }
 
 // Why the framework would end the process over the file; empty when it would not.
-std::string faultOfTokens(const std::filesystem::path& file) {
+std::string errorOfTokens(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     const std::string json(std::istreambuf_iterator<char>(stream), {});
     if (!stream.is_open() || stream.bad()) return "it cannot be read";
@@ -54,41 +54,50 @@ std::string faultOfTokens(const std::filesystem::path& file) {
 }
 
 void checkTokens(const std::filesystem::path& file) {
-    const auto fault = faultOfTokens(file);
-    if (!fault.empty())
+    const auto error = errorOfTokens(file);
+    if (!error.empty())
         throw UsageError(file.string() +
                          R"(: expected event tokens, such as [{"token": "abc123", "name": "store"}], but )" +
-                         fault);
+                         error);
 }
 
-MakeSink readAdjustAnalyticComponent(const DescriptionObject& configuration) {
+PlayRegistry::MakeSink readAdjustAnalyticComponent(const PlayConfiguration& configuration) {
     configuration.allow({"eventTokenFile", "eventTokens"});
     if (configuration.has("eventTokenFile") == configuration.has("eventTokens"))
         configuration.fail({}, "expected either eventTokenFile, a JSON file of this folder without its "
                                "ending, or eventTokens, a table of tokens by the names of events");
     if (configuration.has("eventTokens"))
-        return [table = configuration.textsByName("eventTokens")](const SinkDescription& sink, Reporter&) {
+        return [table = configuration.textsByName("eventTokens")](const PlayRegistry::SinkSettings& sink,
+                                                                  PlayReporter&) {
             return std::make_shared<AdjustAnalyticComponent>(
                 AdjustAnalyticComponent::EventTokens(table.begin(), table.end()), sink.ignoredEventNames);
         };
     const auto name = configuration.text("eventTokenFile");
     const auto file = configuration.folder() / (name + ".json");
     checkTokens(file);
-    return [name, file](const SinkDescription& sink, Reporter&) {
-        checkTokens(file); // somebody may have changed it since the last launch
+    return [name, file](const PlayRegistry::SinkSettings& sink, PlayReporter&) {
+        checkTokens(file); // the file may have changed since the last launch
         return std::make_shared<AdjustAnalyticComponent>(name, sink.ignoredEventNames);
     };
 }
 
 } // namespace
 
-PlugInKind adjustPlugin() { return {"AdjustPlugin", {service<AdjustPluggable>()}, {}, readAdjustPlugin}; }
-
-PlugInKind adNetworkPlugin() {
-    return {
-        "AdNetworkPlugin", {service<AdNetworkPluggable>()}, {}, readAdNetworkPlugin, followAdNetworkPlugin};
+Publication publicationOf(const AdNetworkInfo& info) {
+    std::string text;
+    for (const auto& [key, value] : info) text.append(text.empty() ? "" : " ").append(key + "=" + value);
+    return {info.empty() ? "nothing, no campaign is known" : text, EventValue::Map(info.begin(), info.end())};
 }
 
-SinkKind adjustAnalyticComponent() { return {"AdjustAnalyticComponent", readAdjustAnalyticComponent}; }
+void addAttributionKinds(PlayRegistry& registry) {
+    registry.addPlugIn({.name = "AdjustPlugin",
+                        .offers = {PlayRegistry::service<AdjustPluggable>()},
+                        .read = readAdjustPlugin});
+    registry.addPlugIn({.name = "AdNetworkPlugin",
+                        .offers = {PlayRegistry::service<AdNetworkPluggable>()},
+                        .read = readPlain<AdNetworkPlugin>,
+                        .follow = followAdNetworkPlugin});
+    registry.addSink({"AdjustAnalyticComponent", readAdjustAnalyticComponent});
+}
 
 } // namespace corvantile::tool

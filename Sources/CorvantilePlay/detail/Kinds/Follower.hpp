@@ -1,21 +1,14 @@
 #pragma once
 
 #include "Corvantile/Plugin/Analytic/EventValue.hpp"
-#include "CorvantilePlay/detail/Output/Reporter.hpp"
+#include "CorvantilePlay/PlayRegistry.hpp"
 #include "CorvantileReactive/DisposeBag.hpp"
 #include "CorvantileReactive/Observable.hpp"
 
-#include <memory>
 #include <string>
 #include <utility>
 
-namespace corvantile {
-class PluggableApplicationDelegateService;
-} // namespace corvantile
-
 namespace corvantile::tool {
-
-using PlugInPointer = std::shared_ptr<PluggableApplicationDelegateService>;
 
 // An element of a stream, for people and for programs.
 struct Publication {
@@ -23,11 +16,10 @@ struct Publication {
     EventValue value;
 };
 
-// Makes an event of everything that a plug-in's streams publish, until the bag goes. Borrows the reporter
-// and the bag.
+// Reports every element of a plug-in's streams until the bag is disposed. Borrows the reporter and the bag.
 class Follower {
 public:
-    Follower(std::string plugIn, Reporter& reporter, rx::DisposeBag& bag)
+    Follower(std::string plugIn, PlayReporter& reporter, rx::DisposeBag& bag)
         : plugIn_(std::move(plugIn)), reporter_(reporter), bag_(bag) {}
 
     // `publicationOf` makes a Publication of an element.
@@ -43,7 +35,7 @@ public:
 
 private:
     const std::string plugIn_;
-    Reporter& reporter_;
+    PlayReporter& reporter_;
     rx::DisposeBag& bag_;
 };
 

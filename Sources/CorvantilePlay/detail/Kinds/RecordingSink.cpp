@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Kinds/RecordingSink.hpp"
 
-#include "CorvantilePlay/detail/Output/Reporter.hpp"
+#include "CorvantilePlay/PlayReporter.hpp"
 #include "CorvantilePlay/detail/Text/EventText.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
 
@@ -8,7 +8,7 @@
 
 namespace corvantile::tool {
 
-RecordingSink::RecordingSink(std::string name, Reporter& reporter)
+RecordingSink::RecordingSink(std::string name, PlayReporter& reporter)
     : name_(std::move(name)), reporter_(reporter) {}
 
 RecordingSink::~RecordingSink() = default;

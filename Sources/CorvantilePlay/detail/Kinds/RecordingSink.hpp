@@ -8,14 +8,16 @@
 #include <string_view>
 #include <vector>
 
-namespace corvantile::tool {
+namespace corvantile {
+class PlayReporter;
+} // namespace corvantile
 
-class Reporter;
+namespace corvantile::tool {
 
 // Stands for an analytics back end: reports what reaches it.
 class RecordingSink final : public AnalyticComponent {
 public:
-    RecordingSink(std::string name, Reporter& reporter);
+    RecordingSink(std::string name, PlayReporter& reporter);
     ~RecordingSink() override;
 
     [[nodiscard]] const std::vector<std::string>& ignoredEventNames() const override {
@@ -33,7 +35,7 @@ private:
     void report(const std::string& what, EventValue::Map fields) const;
 
     const std::string name_;
-    Reporter& reporter_;
+    PlayReporter& reporter_;
     std::vector<std::string> ignoredEventNames_;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CorvantilePlay/PlayReporter.hpp"
 #include "CorvantilePlay/detail/Output/PlayEvent.hpp"
 
 #include <atomic>
@@ -11,18 +12,16 @@
 
 namespace corvantile::tool {
 
-// Puts a time on each event and hands it to the one listener, in order of time.
-// Threads: any. The listener is called on the thread of whoever tells, one event at a time; it does not
-// call back.
-class Reporter {
+// Puts a time on each event and calls the one listener, in order of time.
+// Threads: any. The listener is called on the reporting thread, one event at a time; it must not report.
+class Reporter final : public PlayReporter {
 public:
     using Listener = std::function<void(const PlayEvent&)>;
 
     explicit Reporter(Listener listener);
-    Reporter(const Reporter&) = delete;
-    Reporter& operator=(const Reporter&) = delete;
+    ~Reporter() override;
 
-    void report(std::string who, std::string kind, std::string text, EventValue::Map fields = {});
+    void report(std::string who, std::string kind, std::string text, EventValue::Map fields = {}) override;
 
     // How many events there were.
     [[nodiscard]] std::size_t count() const { return count_.load(); }

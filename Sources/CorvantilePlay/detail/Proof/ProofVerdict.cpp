@@ -131,7 +131,7 @@ private:
 
     void examineUserDefaults() {
         const auto file = state() / "user-defaults.sqlite";
-        const auto [values, text] = readStoredValues(StateCopy(state()));
+        const auto [values, text] = readStoredValues(StateCopy(state()), PlayRegistry::framework().records());
         readable("user defaults", text, SQLiteUserDefaults::inspect(file).setAside);
         std::set<std::string> names;
         int records = 0;

@@ -12,7 +12,7 @@ AppSinks::AppSinks(const AppDescription& app)
                  .resourceFolder = app.folder,
                  .console = std::make_shared<SilentConsole>()}) {
     for (const auto& description : app.sinks)
-        sinks_.push_back({description, description.make(description, silence_)});
+        sinks_.push_back({description, description.make(description.settings, silence_)});
 }
 
 AppSinks::~AppSinks() = default;
@@ -33,7 +33,8 @@ std::vector<SinkAnswer> AppSinks::answersTo(const std::string& event) const {
 std::vector<SinkAnswer> AppSinks::answersToSubscriptions() const {
     std::vector<SinkAnswer> answers;
     for (const auto& [description, sink] : sinks_)
-        answers.push_back({.sink = description.name, .registersAtLaunch = description.registersAtLaunch});
+        answers.push_back(
+            {.sink = description.settings.name, .registersAtLaunch = description.registersAtLaunch});
     return answers;
 }
 

@@ -2,6 +2,7 @@
 
 #include "CorvantileDesktop/Foundation/detail/SystemClock.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlay/detail/Kinds/Kinds.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
 #include "CorvantilePlay/detail/Receipts/AppSinks.hpp"
 #include "CorvantilePlay/detail/Receipts/ReceiptReport.hpp"
@@ -26,9 +27,10 @@ Date parseDay(const std::string& text) {
     throw unexpectedValue("a date, such as 2024-01-02 or 2024-01-02T03:04:05Z", text);
 }
 
-std::optional<AppDescription> readReportingApp(const std::filesystem::path& folder) {
+std::optional<AppDescription> readReportingApp(const std::filesystem::path& folder,
+                                               const PlayRegistry& registry) {
     if (folder.empty()) return std::nullopt;
-    auto app = readAppDescription(folder, frameworkRegistry());
+    auto app = readAppDescription(folder, registry);
     for (const auto* const plugIn : {"IAPReceiptPlugin", "IAPReceiptTrackingPlugin"})
         if (!app.hasPlugIn(plugIn))
             throw UsageError((folder / "app.json").string() + ": the app reports no purchase: it has no " +
@@ -60,8 +62,8 @@ std::vector<ReceiptProduct> productsOf(const Catalogue& catalogue, const std::op
     if (!app)
         for (const auto& sold : catalogue.products())
             products.push_back({sold.identifier, {}, makeProduct(catalogue, sold)});
-    if (app && app->receiptProducts)
-        for (const auto& [identifier, category] : *app->receiptProducts) {
+    if (const auto* const plugIn = app ? app->plugIn("IAPReceiptPlugin") : nullptr)
+        for (const auto& [identifier, category] : readReceiptProducts(plugIn->configuration)) {
             const auto* const sold = catalogue.product(identifier);
             products.push_back(
                 {identifier, category, sold == nullptr ? nullptr : makeProduct(catalogue, *sold)});
@@ -71,12 +73,12 @@ std::vector<ReceiptProduct> productsOf(const Catalogue& catalogue, const std::op
 
 } // namespace
 
-ExitCode explainReceipts(const ReceiptOptions& options, CommandOutput& output) {
+ExitCode explainReceipts(const ReceiptOptions& options, const PlayRegistry& registry, CommandOutput& output) {
     ReportedBefore before;
     if (!options.state.empty()) before = reportedBefore(options.state);
     if (!options.firstDate.empty()) before.firstDate = parseDay(options.firstDate);
     const auto now = options.now.empty() ? SystemClock().now() : parseDay(options.now);
-    const auto app = readReportingApp(options.app);
+    const auto app = readReportingApp(options.app, registry);
     const auto catalogue = read(catalogueFile(options, app), output);
     if (!catalogue) return output.end();
     std::optional<AppSinks> sinks;

@@ -6,6 +6,10 @@
 #include <string>
 #include <vector>
 
+namespace corvantile {
+class PlayRegistry;
+} // namespace corvantile
+
 namespace corvantile::tool {
 
 class CommandOutput;
@@ -24,7 +28,8 @@ struct ReceiptOptions {
 // revenue by month and, of an app, the sinks that get the events. It marks and sends nothing, and leaves the
 // state folder as it is. `failed` when a receipt or the catalogue is invalid; a UsageError when something
 // cannot be read.
-[[nodiscard]] ExitCode explainReceipts(const ReceiptOptions& options, CommandOutput& output);
+[[nodiscard]] ExitCode explainReceipts(const ReceiptOptions& options, const PlayRegistry& registry,
+                                       CommandOutput& output);
 
 // What a StoreKit configuration file sells.
 [[nodiscard]] ExitCode showCatalogue(const std::filesystem::path& file, CommandOutput& output);

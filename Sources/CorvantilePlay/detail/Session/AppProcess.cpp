@@ -42,8 +42,8 @@ std::string switchText(bool isOn) { return isOn ? "on" : "off"; }
 
 } // namespace
 
-AppProcess::AppProcess(const AppDescription& app, const Device& device, const LaunchSwitches& switches,
-                       Reporter& reporter)
+AppProcess::AppProcess(const AppDescription& app, const Device& device,
+                       const PlayRegistry::LaunchSwitches& switches, Reporter& reporter)
     : reporter_(reporter),
       transactions_(std::make_shared<MarkedTransactions>(reporter)),
       platform_(optionsOf(app, device, reporter, transactions_)) {
@@ -58,13 +58,13 @@ AppProcess::AppProcess(const AppDescription& app, const Device& device, const La
 
 AppProcess::~AppProcess() = default;
 
-void AppProcess::makeDelegate(const AppDescription& app, const LaunchSwitches& switches) {
+void AppProcess::makeDelegate(const AppDescription& app, const PlayRegistry::LaunchSwitches& switches) {
     if (app.hasStore()) queueWatch_.emplace(reporter_); // first: a batch is told before anybody acts on it
     PluggableApplicationDelegate::Plugins plugIns;
     for (const auto& description : app.plugIns) {
         const auto plugIn = description.make(switches);
-        plugIns_.push_back({description.kind, plugIn.get()});
-        if (description.follow) description.follow(plugIn, reporter_, followed_);
+        plugIns_.push_back({description.kind.name, plugIn.get()});
+        if (description.kind.follow) description.kind.follow(plugIn, reporter_, followed_);
         const auto router = std::dynamic_pointer_cast<AnalyticPluggable>(plugIn);
         if (router && !router_) {
             router_ = std::make_shared<ObservedRouter>(router, transactions_, reporter_);
@@ -107,7 +107,8 @@ void AppProcess::followNetwork() {
 void AppProcess::makeSinks(const AppDescription& app) {
     bool isRegistered = false;
     for (const auto& description : app.sinks) {
-        sinks_.push_back({description.name, description.kind, description.make(description, reporter_)});
+        sinks_.push_back(
+            {description.settings.name, description.kind, description.make(description.settings, reporter_)});
         if (!description.registersAtLaunch) continue;
         registerSink(sinks_.back());
         isRegistered = true;

@@ -4,7 +4,7 @@
 #include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
-#include "CorvantilePlay/detail/Kinds/PurchaseStreams.hpp"
+#include "CorvantilePlay/detail/Session/PaymentQueueWatch.hpp"
 #include "CorvantileReactive/DisposeBag.hpp"
 
 #include <filesystem>
@@ -47,7 +47,7 @@ class AppProcess {
 public:
     // Makes everything, registers the sinks that want it and awaits the first network status, for a moment. A
     // UsageError when the app is not to be launched so.
-    AppProcess(const AppDescription& app, const Device& device, const LaunchSwitches& switches,
+    AppProcess(const AppDescription& app, const Device& device, const PlayRegistry::LaunchSwitches& switches,
                Reporter& reporter);
     AppProcess(const AppProcess&) = delete;
     AppProcess& operator=(const AppProcess&) = delete;
@@ -77,7 +77,7 @@ private:
         const PluggableApplicationDelegateService* identity;
     };
 
-    void makeDelegate(const AppDescription& app, const LaunchSwitches& switches);
+    void makeDelegate(const AppDescription& app, const PlayRegistry::LaunchSwitches& switches);
     void reportStart(const AppDescription& app);
     void makeSinks(const AppDescription& app);
     void followNetwork();

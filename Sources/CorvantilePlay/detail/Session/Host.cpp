@@ -46,9 +46,9 @@ void Host::deleteState() {
                      {{"deleted", EventValue::List(deleted.begin(), deleted.end())}});
 }
 
-void Host::launch(const LaunchSwitches& asked) {
-    const LaunchSwitches switches{.debug = asked.debug || options_.switches.debug,
-                                  .dryRun = asked.dryRun || options_.switches.dryRun};
+void Host::launch(const PlayRegistry::LaunchSwitches& asked) {
+    const PlayRegistry::LaunchSwitches switches{.debug = asked.debug || options_.switches.debug,
+                                                .dryRun = asked.dryRun || options_.switches.dryRun};
     if (process_) throw UsageError("the app runs already: relaunch ends it and starts it again");
     checkSwitches(switches);
     process_.emplace(app_, device_, switches, reporter_);
@@ -58,7 +58,7 @@ void Host::launch(const LaunchSwitches& asked) {
                      {{"result", answer}});
 }
 
-void Host::checkSwitches(const LaunchSwitches& switches) const {
+void Host::checkSwitches(const PlayRegistry::LaunchSwitches& switches) const {
     if ((switches.debug || switches.dryRun) && !app_.hasPlugIn("DebugPlugin"))
         throw UsageError("debug and dry run are switched on by a DebugPlugin, and this app has none");
     if (switches.dryRun && app_.hasPlugIn("AdjustPlugin"))
@@ -108,7 +108,7 @@ void Host::terminate() {
     reporter_.report("host", "process", "has ended " + app_.name);
 }
 
-void Host::relaunch(const LaunchSwitches& switches) {
+void Host::relaunch(const PlayRegistry::LaunchSwitches& switches) {
     checkSwitches(switches);
     if (process_) terminate();
     launch(switches);
@@ -153,9 +153,9 @@ FakeServer& Host::server() {
     throw UsageError("this play has no server: call play --server, or say \"server\": true in app.json");
 }
 
-void Host::failMissing(const std::string& service) {
+void Host::failMissing(const std::string& service) const {
     throw UsageError("this app has no plug-in that offers " + service + "; one would be " +
-                     listed(frameworkRegistry().offering(service)));
+                     listed(kindsOffering(app_.registry, service)));
 }
 
 AppProcess& Host::process() {

@@ -19,11 +19,11 @@ class FakeServer;
 class Reporter;
 
 struct HostOptions {
-    std::filesystem::path stateFolder = {};   // empty: the app's own, under the user's state folder
-    LaunchSwitches switches = {};             // for every launch
-    std::function<bool()> isInterrupted = {}; // ends waits; asked often
-    bool hasServer = false;                   // played, whatever the description says
-    bool isFresh = false;                     // begins with an empty state folder
+    std::filesystem::path stateFolder = {};     // empty: the app's own, under the user's state folder
+    PlayRegistry::LaunchSwitches switches = {}; // for every launch
+    std::function<bool()> isInterrupted = {};   // ends waits; asked often
+    bool hasServer = false;                     // played, whatever the description says
+    bool isFresh = false;                       // begins with an empty state folder
 };
 
 // What the phone does around an app: launches it, takes it through its life, ends it. At most one process of
@@ -35,14 +35,14 @@ public:
     Host& operator=(const Host&) = delete;
     ~Host();
 
-    void launch(const LaunchSwitches& switches);
+    void launch(const PlayRegistry::LaunchSwitches& switches);
     void activate();
     void resign();
     void enterBackground();
     void enterForeground();
     void terminate();
     // Ends the app in good order, if it runs, and launches it again on the state that it left.
-    void relaunch(const LaunchSwitches& switches);
+    void relaunch(const PlayRegistry::LaunchSwitches& switches);
     // Deletes the app, which ends it without a callback, and what goes with it. The keychain stays.
     void reinstall();
 
@@ -94,8 +94,8 @@ private:
     void startServer();
     void deleteState();
     void take(const Step& step);
-    void checkSwitches(const LaunchSwitches& switches) const;
-    [[noreturn]] static void failMissing(const std::string& service);
+    void checkSwitches(const PlayRegistry::LaunchSwitches& switches) const;
+    [[noreturn]] void failMissing(const std::string& service) const;
 
     const AppDescription app_;
     const HostOptions options_;

@@ -1,20 +1,15 @@
 #pragma once
 
 #include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
-#include "CorvantilePlay/detail/Kinds/Follower.hpp"
 
 #include <memory>
 
 namespace corvantile::tool {
 
-void followProductRequestPlugin(const PlugInPointer& plugIn, Reporter& reporter, rx::DisposeBag& bag);
-void followProductPromoPlugin(const PlugInPointer& plugIn, Reporter& reporter, rx::DisposeBag& bag);
-void followConsumablePlugin(const PlugInPointer& plugIn, Reporter& reporter, rx::DisposeBag& bag);
-// The problems of reading a receipt too, when there are any.
-void followReceiptPlugin(const PlugInPointer& plugIn, Reporter& reporter, rx::DisposeBag& bag);
+class Reporter;
 
-// Makes an event of everything that the payment queue tells its observers; finishes nothing, and wants no
-// purchase that is begun in the store. Made before the app's plug-ins it tells of a batch before they act.
+// Reports every callback of the payment queue. Finishes no transaction and defers no store payment. Register
+// it before the app's plug-ins: a batch is then reported before they act on it.
 class PaymentQueueWatch final : public SKPaymentTransactionObserver {
 public:
     // Of the installed platform's queue. Borrows the reporter.
