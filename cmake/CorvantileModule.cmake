@@ -51,18 +51,35 @@ function(corvantile_module_files without)
   set(headers "${headers}" PARENT_SCOPE)
 endfunction()
 
+# What .ci/check-arrows compares the includes with: the modules that a module links, and which of its folders may include
+# which. Each entry of `folder_arrows` is "FOLDER: FOLDER…".
+function(corvantile_record_arrows target depends private_depends folder_arrows)
+  list(FILTER depends EXCLUDE REGEX "::")
+  list(FILTER private_depends EXCLUDE REGEX "::")
+  list(JOIN depends " " depends)
+  list(JOIN private_depends " " private_depends)
+  set(lines "module ${target} public ${depends} private ${private_depends}\n")
+  foreach(arrows IN LISTS folder_arrows)
+    string(REGEX REPLACE ":? " " ${target}/" arrows "${arrows}")
+    string(REPLACE ":" "" arrows "${arrows}")
+    string(APPEND lines "folder ${target}/${arrows}\n")
+  endforeach()
+  set_property(GLOBAL APPEND_STRING PROPERTY CORVANTILE_ARROWS "${lines}")
+endfunction()
+
 # corvantile_module(CorvantileReactive
 #   WITHOUT …                  folders of parts that this build leaves out
 #   GENERATED …                headers that the build writes: FILE.in lies beside the module's CMakeLists.txt
 #   DEPENDS …                  modules and libraries that the headers show
 #   PRIVATE_DEPENDS …          those that only the sources use
 #   BUILD_DEPENDS …            header-only libraries and internal modules that only the sources use; hosts need not have them
+#   FOLDER_ARROWS …            "FOLDER: FOLDER…" for each folder: those whose headers it may include
 #   INSTALL_DETAIL             the public headers are templates that need those of detail/; otherwise these stay here
 #   INTERNAL)                  no host names it: its objects go into the modules that have it in BUILD_DEPENDS
 # Its folder, its target and what its includes begin with have one name. Hosts write Corvantile::NAME, whether they add the source tree or find an installed package.
 function(corvantile_module name)
   cmake_parse_arguments(PARSE_ARGV 1 module "INSTALL_DETAIL;INTERNAL" ""
-    "WITHOUT;GENERATED;DEPENDS;PRIVATE_DEPENDS;BUILD_DEPENDS")
+    "WITHOUT;GENERATED;DEPENDS;PRIVATE_DEPENDS;BUILD_DEPENDS;FOLDER_ARROWS")
   if(module_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "corvantile_module(${name}) does not know: ${module_UNPARSED_ARGUMENTS}")
   endif()
@@ -114,6 +131,8 @@ function(corvantile_module name)
   if(type STREQUAL SHARED_LIBRARY AND NOT (CORVANTILE_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES Clang))
     target_link_options(${name} PRIVATE -Wl,--no-undefined)
   endif()
+  corvantile_record_arrows(${name} "${module_DEPENDS}" "${module_PRIVATE_DEPENDS};${module_BUILD_DEPENDS}"
+    "${module_FOLDER_ARROWS}")
   if(NOT module_INTERNAL)
     corvantile_record_module(${name} "${module_DEPENDS}" "${module_PRIVATE_DEPENDS}")
   endif()
