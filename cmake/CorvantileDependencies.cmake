@@ -97,6 +97,8 @@ if(CORVANTILE_BUILD_BENCHMARKS)
 endif()
 if(CORVANTILE_BUILD_TOOLS)
   corvantile_dependency(CLI11 2.1 WHO "The command-line host" OPTIONS CORVANTILE_BUILD_TOOLS)
+  corvantile_dependency(libedit 3.1 TARGETS libedit::libedit PKG_CONFIG libedit DEBIAN libedit-dev
+    WHO "The prompt of the command-line host" OPTIONS CORVANTILE_BUILD_TOOLS)
 endif()
 if(CORVANTILE_BUILD_TOOLS OR (CORVANTILE_BUILD_TESTS AND CORVANTILE_BUILD_DESKTOP_PLATFORM))
   corvantile_dependency(httplib 0.11 TARGETS httplib::httplib PKG_CONFIG cpp-httplib DEBIAN libcpp-httplib-dev

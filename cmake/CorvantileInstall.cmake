@@ -82,7 +82,7 @@ configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/CorvantileConfig.cmake.i
   ${PROJECT_BINARY_DIR}/CorvantileConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/CorvantileConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/CorvantileConfig.cmake ${PROJECT_BINARY_DIR}/CorvantileConfigVersion.cmake
-  ${CMAKE_CURRENT_LIST_DIR}/Findhttplib.cmake DESTINATION ${package_dir})
+  ${CMAKE_CURRENT_LIST_DIR}/Findhttplib.cmake ${CMAKE_CURRENT_LIST_DIR}/Findlibedit.cmake DESTINATION ${package_dir})
 
 # Debian looks for the licence under its second name.
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/corvantile)

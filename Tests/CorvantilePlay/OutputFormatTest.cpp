@@ -1,11 +1,9 @@
-#include "CorvantilePlay/detail/Output/JSONLinesFormat.hpp"
-#include "CorvantilePlay/detail/Output/TerminalFormat.hpp"
+#include "CorvantilePlay/detail/Output/OutputFormat.hpp"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <limits>
-#include <sstream>
 
 namespace corvantile::tool::OutputFormatTest {
 
@@ -16,19 +14,6 @@ TEST(TerminalFormat, ShowsOneReadableLineThatMovesNoCursor) {
               "100:01.999  somebody  error: no");
     EXPECT_EQ(terminalLine({0ns, "console", "console", "a\x1b[2J\rb\nc\td"}),
               "00:00.000  console  a\\u{1B}[2J\\u{0D}b\n                    c\td");
-}
-
-TEST(TerminalFormat, KeepsThePromptBelowWhatHappensMeanwhile) {
-    std::ostringstream stream;
-    TerminalFormat format(stream, false);
-
-    format.showPrompt();
-    format.show({0ns, "network", "network", "wifi"});
-    format.endPrompt();
-    format.show({0ns, "host", "quit", "bye"});
-
-    EXPECT_EQ(stream.str(),
-              "corvantile> \r\x1b[K00:00.000  network  wifi\ncorvantile> 00:00.000  host     bye\n");
 }
 
 TEST(JSONLinesFormat, KeepsKindsOfValuesApartAndSurvivesTextThatIsNotUTF8) {

@@ -1,16 +1,19 @@
 #include "CorvantilePlay/detail/CommandLine/Play.hpp"
 
+#include "CorvantileDesktop/DesktopOptions.hpp"
+#include "CorvantilePlay/detail/CommandLine/LineEditor.hpp"
 #include "CorvantilePlay/detail/CommandLine/LineReader.hpp"
+#include "CorvantilePlay/detail/Commands/CommandCompletion.hpp"
 #include "CorvantilePlay/detail/Commands/Engine.hpp"
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 #include "CorvantilePlay/detail/Output/Interruption.hpp"
-#include "CorvantilePlay/detail/Output/JSONLinesFormat.hpp"
+#include "CorvantilePlay/detail/Output/OutputFormat.hpp"
 #include "CorvantilePlay/detail/Output/StandardOutput.hpp"
-#include "CorvantilePlay/detail/Output/TerminalFormat.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/VisibleText.hpp"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
@@ -36,11 +39,18 @@ std::unique_ptr<OutputFormat> makeFormat(bool json) {
     throw UsageError(what + ": it cannot be read to its end: " + std::generic_category().message(error));
 }
 
+// Beside the state folders of apps. No bundle identifier has an underscore.
+std::filesystem::path historyFile() {
+    const auto beside = defaultStateFolder("app");
+    return beside.empty() ? beside : beside.parent_path() / "prompt_history";
+}
+
 // A play on the terminal: an engine, its format, and where the commands come from.
 class Session {
 public:
     Session(AppDescription app, const PlayOptions& options)
         : format_(makeFormat(options.json)),
+          isPrompting_(!options.json && ::isatty(STDIN_FILENO) == 1 && ::isatty(STDOUT_FILENO) == 1),
           engine_(std::move(app),
                   {.stateFolder = options.state,
                    .switches = options.switches,
@@ -60,14 +70,16 @@ public:
     }
 
     ExitCode playInput() {
-        const bool isPrompt = ::isatty(STDIN_FILENO) == 1;
+        if (isPrompting_) return playPrompt();
+        const bool isTerminal = ::isatty(STDIN_FILENO) == 1;
         LineReader reader(STDIN_FILENO);
         for (int number = 1; !isOver() && !reader.isAtEnd();) {
-            const auto line = isPrompt ? ask(reader) : await(reader);
+            engine_.runLoop([&] { return reader.isReady(); });
+            const auto line = reader.next();
             if (!line) continue;
             const Origin origin =
-                isPrompt ? Origin{} : Origin{"input", "standard input:" + std::to_string(number++)};
-            if (!engine_.play(*line, origin) && !isPrompt) failed_ = true;
+                isTerminal ? Origin{} : Origin{"input", "standard input:" + std::to_string(number++)};
+            if (!engine_.play(*line, origin) && !isTerminal) failed_ = true;
         }
         if (reader.error() != 0) failRead("standard input", reader.error());
         return outcome();
@@ -76,24 +88,37 @@ public:
     [[nodiscard]] bool isOver() const { return engine_.isOver() || mustStop(); }
 
 private:
-    // Who types a command has it on the screen already.
+    ExitCode playPrompt() {
+        ownedEditor_ = std::make_unique<LineEditor>(LineEditor::Options{
+            .prompt = "corvantile> ",
+            .history = historyFile(),
+            .complete = [this](auto line) { return completionsOf(line, engine_.commands(), engine_.app()); },
+            .runLoop = [this](const auto& done) { engine_.runLoop(done); }});
+        editor_ = ownedEditor_.get();
+        while (!isOver()) {
+            const auto line = ownedEditor_->read();
+            if (!line) {
+                std::cerr << '\n'; // the input ended on the line of the prompt
+                break;
+            }
+            engine_.play(*line);
+        }
+        return outcome();
+    }
+
+    // Called on any thread, one at a time.
     void show(const PlayEvent& event) {
+        if (auto* const editor = editor_.load())
+            editor->printAround([&] { print(event); });
+        else
+            print(event);
+    }
+
+    // The terminal shows a typed command already.
+    void print(const PlayEvent& event) {
         if (event.kind != "command" || event.who != Origin().who) format_->show(event);
         if (event.kind == "error" && !areStandardStreamsOne())
             std::cerr << "corvantile: " << visibleText(event.text) << '\n';
-    }
-
-    std::optional<std::string> await(LineReader& reader) {
-        engine_.runLoop([&] { return reader.isReady(); });
-        return reader.next();
-    }
-
-    std::optional<std::string> ask(LineReader& reader) {
-        format_->showPrompt();
-        auto line = await(reader);
-        format_->endPrompt();
-        if (!line) std::cerr << '\n'; // the person ended the input in the middle of the prompt's line
-        return line;
     }
 
     [[nodiscard]] ExitCode outcome() const {
@@ -102,6 +127,9 @@ private:
     }
 
     const std::unique_ptr<OutputFormat> format_;
+    const bool isPrompting_;                  // else lines are read as they come
+    std::unique_ptr<LineEditor> ownedEditor_; // outlives the engine, whose threads print around it
+    std::atomic<LineEditor*> editor_ = nullptr;
     Engine engine_;
     bool failed_ = false;
 };

@@ -30,6 +30,8 @@ public:
     // All that `play` understands.
     [[nodiscard]] const CommandTable& commands() const { return commands_; }
 
+    [[nodiscard]] const AppDescription& app() const { return host_.app(); }
+
     // `quit` was played.
     [[nodiscard]] bool isOver() const { return isOver_; }
 

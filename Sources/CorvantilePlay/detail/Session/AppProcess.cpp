@@ -8,7 +8,6 @@
 #include "CorvantilePlay/detail/Output/ReportingConsole.hpp"
 #include "CorvantilePlay/detail/Session/Delivery.hpp"
 #include "CorvantilePlay/detail/Session/MarkedTransactions.hpp"
-#include "CorvantilePlay/detail/Session/ObservedKeychain.hpp"
 #include "CorvantilePlay/detail/Session/ObservedRouter.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"

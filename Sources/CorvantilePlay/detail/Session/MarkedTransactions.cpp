@@ -1,7 +1,9 @@
 #include "CorvantilePlay/detail/Session/MarkedTransactions.hpp"
 
+#include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -23,6 +25,40 @@ std::string describeMarker(std::string_view account) {
 EventValue::Map fieldsOfMarker(const std::string& account) {
     return {{"account", account}, {"transaction", transactionOf(account)}};
 }
+
+// Purchase analytics marks under an account that is the transaction's number, and repeats it inside.
+bool isPurchaseMarker(const KeychainDictionary& dictionary, std::string_view account) {
+    const auto number = transactionOf(account);
+    if (number.empty() || number.find_first_not_of("0123456789") != std::string::npos) return false;
+    return dictionary == KeychainDictionary{{std::string(account), true}};
+}
+
+class ObservedKeychain final : public Locksmith {
+public:
+    ObservedKeychain(std::shared_ptr<Locksmith> keychain, std::shared_ptr<MarkedTransactions> transactions)
+        : keychain_(std::move(keychain)), transactions_(std::move(transactions)) {}
+
+    [[nodiscard]] std::optional<KeychainDictionary> load(std::string_view account,
+                                                         std::string_view service) const override {
+        return keychain_->load(account, service);
+    }
+    void save(const KeychainDictionary& dictionary, std::string_view account,
+              std::string_view service) override {
+        keychain_->save(dictionary, account, service);
+        if (isPurchaseMarker(dictionary, account)) transactions_->begin(std::string(account));
+    }
+    void update(const KeychainDictionary& dictionary, std::string_view account,
+                std::string_view service) override {
+        keychain_->update(dictionary, account, service);
+    }
+    bool remove(std::string_view account, std::string_view service) override {
+        return keychain_->remove(account, service);
+    }
+
+private:
+    const std::shared_ptr<Locksmith> keychain_;
+    const std::shared_ptr<MarkedTransactions> transactions_;
+};
 
 } // namespace
 
@@ -71,6 +107,11 @@ void MarkedTransactions::report(const Transaction& transaction) const {
                      describeMarker(transaction.account) + " is marked as reported, but " + why +
                          ": nothing reports it later",
                      fieldsOfMarker(transaction.account));
+}
+
+std::shared_ptr<Locksmith> observed(std::shared_ptr<Locksmith> keychain,
+                                    std::shared_ptr<MarkedTransactions> transactions) {
+    return std::make_shared<ObservedKeychain>(std::move(keychain), std::move(transactions));
 }
 
 } // namespace corvantile::tool

@@ -1,9 +1,14 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
+
+namespace corvantile {
+class Locksmith;
+} // namespace corvantile
 
 namespace corvantile::tool {
 
@@ -41,5 +46,9 @@ private:
     std::mutex mutex_;
     std::map<std::thread::id, Transaction> open_;
 };
+
+// The same keychain; `transactions` follows the purchase markers that are saved in it.
+[[nodiscard]] std::shared_ptr<Locksmith> observed(std::shared_ptr<Locksmith> keychain,
+                                                  std::shared_ptr<MarkedTransactions> transactions);
 
 } // namespace corvantile::tool
