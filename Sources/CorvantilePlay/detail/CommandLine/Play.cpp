@@ -54,7 +54,7 @@ public:
           engine_(std::move(app),
                   {.stateFolder = options.state,
                    .switches = options.switches,
-                   .isInterrupted = mustStop,
+                   .isInterrupted = [] { return mustStop(); },
                    .hasServer = options.hasServer,
                    .isFresh = options.isFresh},
                   [this](const PlayEvent& event) { show(event); }) {}
@@ -158,8 +158,8 @@ ExitCode playTour(const PlayRegistry& registry) {
     auto script = openScript(file);
     Session session(std::move(app), options);
     const auto code = session.playScript(script, file);
-    const bool goesOn = code == ExitCode::success && !session.isOver() && ::isatty(STDIN_FILENO) == 1;
-    return goesOn ? session.playInput() : code;
+    const bool hasPrompt = code == ExitCode::success && !session.isOver() && ::isatty(STDIN_FILENO) == 1;
+    return hasPrompt ? session.playInput() : code;
 }
 
 } // namespace corvantile::tool

@@ -1,4 +1,7 @@
 #include "Corvantile/Plugin/AdNetwork/AdNetworkPluggable.hpp"
+
+#include "Corvantile/Config/PromoteInstall.hpp"
+#include "Corvantile/Plugin/Analytic/EventValue.hpp"
 #include "CorvantileDesktop/Adjust/AdjustOptions.hpp"
 #include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
 #include "CorvantileDesktop/DesktopPlatform.hpp"
@@ -11,7 +14,6 @@
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
 #include "CorvantilePlay/detail/Text/PackageText.hpp"
-#include "CorvantilePlay/detail/Text/PromotionText.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <charconv>
@@ -23,6 +25,26 @@
 namespace corvantile::tool {
 
 namespace {
+
+// The same for programs.
+EventValue::Map promotionFields(const PromoteInstall& promotion) {
+    return {{"isEnabled", promotion.isEnabled()},
+            {"threshold", promotion.threshold()},
+            {"appID", promotion.appID()},
+            {"appName", promotion.appName()},
+            {"messageTitle", promotion.messageTitle()},
+            {"messageBody", promotion.messageBody()},
+            {"noButtonTitle", promotion.noButtonTitle()},
+            {"yesButtonTitle", promotion.yesButtonTitle()}};
+}
+
+// As a host shows it that finds it enabled, once its count has come that far.
+std::string describePromotion(const PromoteInstall& promotion) {
+    return std::string(promotion.isEnabled() ? "asks at " : "is switched off; would ask at ") +
+           std::to_string(promotion.threshold()) + ": \"" + promotion.messageTitle() + "\" \"" +
+           promotion.messageBody() + "\" [" + promotion.noButtonTitle() + "] [" + promotion.yesButtonTitle() +
+           "], for " + promotion.appName() + " (" + promotion.appID() + ")";
+}
 
 constexpr std::string_view sampleToken = "c2FtcGxlLWFkcy10b2tlbg==";
 
@@ -72,7 +94,7 @@ Backlog backlogOf(const OutboxAdjust& adjust) {
 
 void runDeliver(Host& host) {
     constexpr std::chrono::seconds timeout{10};
-    constexpr std::chrono::milliseconds reportsFollow{100}; // the delegate hears just after the outbox
+    constexpr std::chrono::milliseconds reportsFollow{100}; // the delegate is called just after the outbox
     const auto& adjust = host.process().platform().adjust();
     const auto before = backlogOf(adjust);
     if (withEnvironment(host.device().attribution).endpoint.empty())
@@ -142,8 +164,8 @@ void runPromoteInstall(Host& host) {
         const auto json = NSBundle::main()->resource(name, "json");
         if (!json) throw UsageError("the app's folder has no " + name + ".json");
         const auto promotion = decodeJSON<PromoteInstall>(*json);
-        host.reporter().report("host", "promote-install", describe(promotion),
-                               {{"record", fieldsOf(promotion)}});
+        host.reporter().report("host", "promote-install", describePromotion(promotion),
+                               {{"record", promotionFields(promotion)}});
     } catch (const NSError& error) {
         throw UsageError(name + ".json: " + error.localizedDescription());
     }

@@ -25,8 +25,8 @@ Command about(Host& host, std::string name, std::string arguments, std::string h
     const auto run = [&host, name, act](Arguments given) {
         auto& store = storeOf(host);
         const auto product = productNamed(store.catalogue(), given[0].text);
-        const std::string told = askStore([&] { return act(store, product, given.subspan(1)); });
-        host.reporter().report("store", name, told, {{"product", product}});
+        const std::string text = askStore([&] { return act(store, product, given.subspan(1)); });
+        host.reporter().report("store", name, text, {{"product", product}});
     };
     return {std::move(name), std::move(arguments), std::move(help), run};
 }

@@ -2,7 +2,6 @@
 
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
 #include "CorvantilePlay/detail/Description/ConfigurationObject.hpp"
-#include "CorvantilePlay/detail/Description/Services.hpp"
 #include "CorvantilePlay/detail/Text/FileText.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"

@@ -51,6 +51,9 @@ struct AppDescription {
 // The kinds of plug-ins that offer the service.
 [[nodiscard]] std::vector<std::string> kindsOffering(const PlayRegistry& registry, std::string_view service);
 
+// Reads what the top of a description says of the services that the app talks to.
+void readServices(const PlayConfiguration& top, AppDescription& app);
+
 // The folder of the sample app that belongs to this executable, in a build tree or installed. A UsageError
 // when there is none.
 [[nodiscard]] std::filesystem::path sampleAppFolder();

@@ -1,8 +1,6 @@
-#include "CorvantilePlay/detail/Description/Services.hpp"
+#include "CorvantilePlay/detail/Description/AppDescription.hpp"
 
 #include "CorvantileDesktop/HTTP/HTTPRoutes.hpp"
-#include "CorvantilePlay/PlayConfiguration.hpp"
-#include "CorvantilePlay/detail/Description/AppDescription.hpp"
 
 #include <string>
 

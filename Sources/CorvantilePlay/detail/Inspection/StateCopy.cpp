@@ -19,7 +19,7 @@ fs::path checked(fs::path folder) {
                      (fs::exists(status) ? "this is none" : "there is nothing of that name"));
 }
 
-// Differs as soon as somebody has written to the file.
+// Differs after any write to the file.
 std::pair<std::uintmax_t, fs::file_time_type> stampOf(const fs::path& file) {
     std::error_code ignored;
     const auto size = fs::file_size(file, ignored);

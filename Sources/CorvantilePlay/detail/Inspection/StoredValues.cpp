@@ -69,7 +69,7 @@ StorageKeys findStorageKeys(const StateCopy& state) {
     return keys;
 }
 
-std::string whyItStaysClosed(const std::string& sealed, const StorageKeys& keys) {
+std::string decryptionError(const std::string& sealed, const StorageKeys& keys) {
     const auto bytes = bytesOfBase64(sealed);
     if (!bytes || bytes->empty() || bytes->size() % 16 != 0) return "it is damaged, or was never sealed";
     if (keys.services.empty()) return keys.fault;
@@ -105,7 +105,7 @@ void openRecords(const StateCopy& state, const NSUserDefaults::Dictionary& store
             value.fault = "it is a boolean, no record";
         else
             value.fault =
-                value.json ? errorOf(value.name, *value.json, records) : whyItStaysClosed(*sealed, keys);
+                value.json ? errorOf(value.name, *value.json, records) : decryptionError(*sealed, keys);
     }
 }
 

@@ -44,7 +44,7 @@ ExitCode CommandOutput::end() {
     return hasFailed_ ? ExitCode::failed : ExitCode::success;
 }
 
-// Late, so that a call that is refused prints nothing.
+// Late, so that a call with an error prints nothing.
 void CommandOutput::begin() {
     if (isJSON_ && !std::exchange(hasBegun_, true)) streams_.out << formatLine() << '\n';
 }

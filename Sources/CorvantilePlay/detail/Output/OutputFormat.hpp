@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CorvantilePlay/detail/Output/PlayEvent.hpp"
+#include "CorvantilePlay/detail/Output/Reporter.hpp"
 
 #include <iosfwd>
 #include <string>

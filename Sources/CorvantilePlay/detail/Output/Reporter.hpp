@@ -1,7 +1,6 @@
 #pragma once
 
 #include "CorvantilePlay/PlayReporter.hpp"
-#include "CorvantilePlay/detail/Output/PlayEvent.hpp"
 
 #include <atomic>
 #include <chrono>
@@ -11,6 +10,15 @@
 #include <string>
 
 namespace corvantile::tool {
+
+// One thing that happened during a play, for people (`text`) and for programs (`kind`, `fields`).
+struct PlayEvent {
+    std::chrono::nanoseconds time{}; // since the play began, on the monotonic clock
+    std::string who;                 // "host", "sink", "console", "network", or where a command came from
+    std::string kind;                // one word for each sort of event, such as "launch" or "error"
+    std::string text;
+    EventValue::Map fields = {};
+};
 
 // Puts a time on each event and calls the one listener, in order of time.
 // Threads: any. The listener is called on the reporting thread, one event at a time; it must not report.

@@ -7,9 +7,9 @@ namespace corvantile::tool {
 
 namespace {
 
-class HurriedQueue final : public DispatchQueue {
+class FastQueue final : public DispatchQueue {
 public:
-    HurriedQueue(std::shared_ptr<DispatchQueue> inner, int times) : inner_(std::move(inner)), times_(times) {}
+    FastQueue(std::shared_ptr<DispatchQueue> inner, int times) : inner_(std::move(inner)), times_(times) {}
 
     void async(WorkItem item) override { inner_->async(std::move(item)); }
     void asyncAfter(std::chrono::nanoseconds delay, WorkItem item) override {
@@ -24,17 +24,17 @@ private:
     const int times_;
 };
 
-class HurriedQueues final : public DispatchQueues {
+class FastQueues final : public DispatchQueues {
 public:
-    HurriedQueues(std::shared_ptr<DispatchQueues> inner, int times)
+    FastQueues(std::shared_ptr<DispatchQueues> inner, int times)
         : inner_(std::move(inner)),
           times_(times),
-          main_(std::make_shared<HurriedQueue>(inner_->main(), times)) {}
+          main_(std::make_shared<FastQueue>(inner_->main(), times)) {}
 
     [[nodiscard]] std::shared_ptr<DispatchQueue> main() override { return main_; }
     [[nodiscard]] std::shared_ptr<DispatchQueue> makeSerial(std::string label,
                                                             QualityOfService qualityOfService) override {
-        return std::make_shared<HurriedQueue>(inner_->makeSerial(std::move(label), qualityOfService), times_);
+        return std::make_shared<FastQueue>(inner_->makeSerial(std::move(label), qualityOfService), times_);
     }
 
 private:
@@ -46,7 +46,7 @@ private:
 } // namespace
 
 void speedUpTimers(Ports& ports, int times) {
-    ports.queues = std::make_shared<HurriedQueues>(std::move(ports.queues), times);
+    ports.queues = std::make_shared<FastQueues>(std::move(ports.queues), times);
 }
 
 } // namespace corvantile::tool

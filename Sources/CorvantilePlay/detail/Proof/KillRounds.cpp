@@ -2,18 +2,70 @@
 
 #include "CorvantilePlay/detail/Output/Interruption.hpp"
 #include "CorvantilePlay/detail/Proof/PurchaseScenario.hpp"
-#include "CorvantilePlay/detail/Proof/ToolProcess.hpp"
+#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <optional>
+#include <string>
 #include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace corvantile::tool {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+// How a process of the tool has ended.
+struct ProcessEnd {
+    pid_t process = -1;
+    bool wasKilled = false;        // by SIGKILL
+    std::optional<int> exitCode{}; // none when a signal ended it
+};
+
+// Runs the tool itself with these arguments, what it prints going to `output`. A UsageError when it cannot.
+pid_t startTool(const std::vector<std::string>& arguments, const std::filesystem::path& output) {
+    constexpr const char* self = "/proc/self/exe";
+    std::vector<char*> texts{const_cast<char*>("corvantile")};
+    texts.reserve(arguments.size() + 2);
+    for (const auto& argument : arguments) texts.push_back(const_cast<char*>(argument.c_str()));
+    texts.push_back(nullptr);
+    posix_spawn_file_actions_t actions{};
+    posix_spawn_file_actions_init(&actions);
+    constexpr mode_t forTheUser = 0600;
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_APPEND,
+                                     forTheUser);
+    posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+    pid_t process = -1;
+    const int error = ::posix_spawn(&process, self, &actions, nullptr, texts.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) throw UsageError(std::string("a process cannot be started: ") + std::strerror(error));
+    return process;
+}
+
+// Waits for the end of any process that was started so; there is one.
+ProcessEnd awaitTool() {
+    int status = 0;
+    ProcessEnd end;
+    do {
+        end.process = ::waitpid(-1, &status, 0);
+    } while (end.process < 0 && errno == EINTR);
+    end.wasKilled = WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+    if (WIFEXITED(status)) end.exitCode = WEXITSTATUS(status);
+    return end;
+}
 
 constexpr std::size_t atOnce = 2;
 
@@ -71,7 +123,7 @@ void KillRounds::run(std::size_t step, const std::function<void(const KillRound&
     std::map<pid_t, Running> running;
     std::map<std::size_t, KillRound> finished; // that wait for an earlier one
     std::size_t next = 0;
-    std::size_t told = 0;
+    std::size_t reported = 0;
     const auto start = [&](Running job) {
         const auto folder = folderOf(job.round);
         auto call = arguments(folder);
@@ -82,7 +134,7 @@ void KillRounds::run(std::size_t step, const std::function<void(const KillRound&
         fs::remove_all(folderOf(round));
         const auto number = round.number;
         finished.emplace(number, std::move(round));
-        for (; !finished.empty() && finished.begin()->first == told + 1; told += step) {
+        for (; !finished.empty() && finished.begin()->first == reported + 1; reported += step) {
             judged(finished.begin()->second);
             finished.erase(finished.begin());
         }

@@ -28,7 +28,7 @@ namespace corvantile::tool {
 namespace {
 
 constexpr std::chrono::seconds timeout{20};
-constexpr int hurry = 100;
+constexpr int timerSpeed = 100;
 
 DesktopOptions optionsOf(const ScenarioOptions& options, const std::shared_ptr<WriteSteps>& steps) {
     DesktopOptions made{.bundleIdentifier = scenarioBundle,
@@ -42,7 +42,7 @@ DesktopOptions optionsOf(const ScenarioOptions& options, const std::shared_ptr<W
                   .start = SystemClock().now() + std::chrono::hours(24)};
     made.decorate = [steps](Ports& ports) {
         stepThrough(ports, steps);
-        speedUpTimers(ports, hurry);
+        speedUpTimers(ports, timerSpeed);
     };
     return made;
 }
@@ -84,7 +84,7 @@ void ProofApp::launch() {
 
 // The file comes last: what it has, all have.
 void ProofApp::registerSinks(AnalyticPlugin& router) {
-    const auto told = [this, main = platform_.ports().queues->main()](const std::string& line) {
+    const auto delivered = [this, main = platform_.ports().queues->main()](const std::string& line) {
         if (line == eventLine(graceEvent)) return;
         ++heard_;
         main->async([] {}); // wakes the loop, which asks what it waits for
@@ -92,7 +92,8 @@ void ProofApp::registerSinks(AnalyticPlugin& router) {
     router.registerComponents(
         {std::make_shared<SteppedSink>("outbox", std::make_shared<AdjustAnalyticComponent>(tokens()), steps_,
                                        nullptr),
-         std::make_shared<SteppedSink>("file", makeFileSink(sinkFileIn(options_.folder)), steps_, told)});
+         std::make_shared<SteppedSink>("file", makeFileSink(sinkFileIn(options_.folder)), steps_,
+                                       delivered)});
 }
 
 void ProofApp::await(const std::function<bool()>& done, const std::string& what) {

@@ -45,8 +45,11 @@ std::shared_ptr<AnalyticComponent> makeFileSink(std::filesystem::path file) {
 }
 
 SteppedSink::SteppedSink(std::string name, std::shared_ptr<AnalyticComponent> inner,
-                         std::shared_ptr<WriteSteps> steps, std::function<void(const std::string&)> told)
-    : name_(std::move(name)), inner_(std::move(inner)), steps_(std::move(steps)), told_(std::move(told)) {}
+                         std::shared_ptr<WriteSteps> steps, std::function<void(const std::string&)> delivered)
+    : name_(std::move(name)),
+      inner_(std::move(inner)),
+      steps_(std::move(steps)),
+      delivered_(std::move(delivered)) {}
 
 SteppedSink::~SteppedSink() = default;
 
@@ -56,7 +59,7 @@ void SteppedSink::ignore(std::initializer_list<std::string_view> names) { inner_
 template <class Deliver>
 void SteppedSink::pass(const std::string& line, Deliver deliver) {
     steps_->take(name_ + " sink gets " + line, deliver);
-    if (told_) told_(line);
+    if (delivered_) delivered_(line);
 }
 
 void SteppedSink::track(const AnalyticEvent& event) {

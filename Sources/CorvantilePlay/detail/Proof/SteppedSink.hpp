@@ -17,9 +17,9 @@ namespace corvantile::tool {
 // Lets a sink pass `steps` with each thing that it gets.
 class SteppedSink final : public AnalyticComponent {
 public:
-    // `told` hears of each, as a line of the scenario, when the sink has it. May be null.
+    // `delivered` is called with a line of the scenario after each delivery. May be null.
     SteppedSink(std::string name, std::shared_ptr<AnalyticComponent> inner, std::shared_ptr<WriteSteps> steps,
-                std::function<void(const std::string& line)> told);
+                std::function<void(const std::string& line)> delivered);
     ~SteppedSink() override;
 
     [[nodiscard]] const std::vector<std::string>& ignoredEventNames() const override;
@@ -37,7 +37,7 @@ private:
     const std::string name_;
     const std::shared_ptr<AnalyticComponent> inner_;
     const std::shared_ptr<WriteSteps> steps_;
-    const std::function<void(const std::string&)> told_;
+    const std::function<void(const std::string&)> delivered_;
 };
 
 // Stands for a back end: writes a line of the scenario for each thing that it gets at the end of a file. A

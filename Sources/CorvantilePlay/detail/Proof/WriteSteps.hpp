@@ -32,7 +32,7 @@ private:
         }
         Passage(const Passage&) = delete;
         Passage& operator=(const Passage&) = delete;
-        // A write that was refused is over as well.
+        // A write that has failed is over as well.
         ~Passage() { steps_.pass("after " + what_); }
 
     private:

@@ -1,12 +1,14 @@
 #include "CorvantilePlay/detail/Receipts/Receipts.hpp"
 
 #include "CorvantileDesktop/Foundation/detail/SystemClock.hpp"
+#include "CorvantileDesktop/Keychain/Vault.hpp"
+#include "CorvantilePlatform/Foundation/Date.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
 #include "CorvantilePlay/detail/Kinds/Kinds.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
 #include "CorvantilePlay/detail/Receipts/AppSinks.hpp"
 #include "CorvantilePlay/detail/Receipts/ReceiptReport.hpp"
-#include "CorvantilePlay/detail/Receipts/ReportedBefore.hpp"
 #include "CorvantilePlay/detail/Text/CatalogueText.hpp"
 #include "CorvantilePlay/detail/Text/JSONText.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
@@ -15,11 +17,50 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
 #include <utility>
 
 namespace corvantile::tool {
 
 namespace {
+
+// What the keychain of an app remembers for purchase analytics.
+struct ReportedBefore {
+    std::set<std::string> marked{}; // accounts of markers
+    std::optional<Date> firstDate{};
+};
+
+// As analytics does: an entry with a value of another kind is no marker.
+bool isMarker(const KeychainDictionary& entry) {
+    return std::all_of(entry.begin(), entry.end(),
+                       [](const auto& member) { return member.second.template as<bool>() != nullptr; });
+}
+
+std::optional<Date> firstDateIn(const VaultInspection::Entry& entry) {
+    if (entry.account != "firstDate") return std::nullopt;
+    const auto found = entry.dictionary->find("firstDate");
+    const auto* const date = found == entry.dictionary->end() ? nullptr : found->second.as<Date>();
+    return date == nullptr ? std::nullopt : std::optional(*date);
+}
+
+// Reads a copy of the keychain in a state folder. A UsageError when there is no such folder, or no copy can
+// be made.
+ReportedBefore reportedBefore(const std::filesystem::path& stateFolder) {
+    const StateCopy state(stateFolder);
+    if (const auto fault = state.faultOf("keychain"); !fault.empty())
+        throw UsageError(stateFolder.string() + ": the keychain: " + fault);
+    ReportedBefore before;
+    for (const auto& entry : Vault({.folder = state.keychain()}).inspect().entries) {
+        if (!entry.dictionary) continue;
+        if (isMarker(*entry.dictionary)) before.marked.insert(entry.account);
+        if (const auto date = firstDateIn(entry)) before.firstDate = date;
+    }
+    return before;
+}
 
 Date parseDay(const std::string& text) {
     const auto value = parseValue(text);

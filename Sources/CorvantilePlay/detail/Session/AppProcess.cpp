@@ -2,11 +2,13 @@
 
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
+#include "CorvantileDesktop/Adjust/AdjustOptions.hpp"
+#include "CorvantileDesktop/HTTP/HTTPRoutes.hpp"
+#include "CorvantileDesktop/HTTP/detail/WebAddress.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Output/ReportingConsole.hpp"
-#include "CorvantilePlay/detail/Session/Delivery.hpp"
 #include "CorvantilePlay/detail/Session/MarkedTransactions.hpp"
 #include "CorvantilePlay/detail/Session/ObservedRouter.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
@@ -15,11 +17,18 @@
 
 #include <algorithm>
 #include <chrono>
+#include <string>
 #include <utility>
 
 namespace corvantile::tool {
 
 namespace {
+
+// A name is not resolved: it may lead elsewhere by the time of a request.
+bool isOfThisMachine(const std::string& host) {
+    return host == "localhost" || host == "[::1]" ||
+           (host.starts_with("127.") && host.find_first_not_of("0123456789.") == std::string::npos);
+}
 
 DesktopOptions optionsOf(const AppDescription& app, const Device& device, Reporter& reporter,
                          const std::shared_ptr<MarkedTransactions>& transactions) {
@@ -58,7 +67,7 @@ AppProcess::AppProcess(const AppDescription& app, const Device& device,
 AppProcess::~AppProcess() = default;
 
 void AppProcess::makeDelegate(const AppDescription& app, const PlayRegistry::LaunchSwitches& switches) {
-    if (app.hasStore()) queueWatch_.emplace(reporter_); // first: a batch is told before anybody acts on it
+    if (app.hasStore()) queueWatch_.emplace(reporter_); // before the plug-ins, which act on what it reports
     PluggableApplicationDelegate::Plugins plugIns;
     for (const auto& description : app.plugIns) {
         const auto plugIn = description.make(switches);
@@ -86,19 +95,18 @@ void AppProcess::reportStart(const AppDescription& app) {
                       {"plugins", EventValue::List(names.begin(), names.end())}});
 }
 
-// The framework's own status is to be known before ours is told: it listens first, and both are served in
-// that order.
+// The framework's listener is registered first and called first: it knows the status before this reports it.
 void AppProcess::followNetwork() {
     constexpr std::chrono::seconds timeout{1};
     NetworkReachability::shared()->startListening();
     networkWatch_ = platform_.ports().reachability->make(NetworkReachability::watchedHost);
     const auto tell = [this](NetworkReachabilityStatus status) {
-        if (status == NetworkReachabilityStatus::unknown) return; // the framework passes it over as well
-        isNetworkTold_ = true;
+        if (status == NetworkReachabilityStatus::unknown) return; // the framework ignores it as well
+        isNetworkReported_ = true;
         reporter_.report("network", "network", describe(status), {{"network", describe(status)}});
     };
     const bool isWatching = networkWatch_->startListening(platform_.ports().queues->main(), tell);
-    if (!isWatching || !platform_.runMainLoopUntil([this] { return isNetworkTold_; }, timeout))
+    if (!isWatching || !platform_.runMainLoopUntil([this] { return isNetworkReported_; }, timeout))
         reporter_.report("network", "network", "unknown: this machine does not tell",
                          {{"network", "unknown"}});
 }
@@ -161,6 +169,19 @@ std::string describe(NetworkReachabilityStatus status) {
     case NetworkReachabilityStatus::reachableViaCellular: return "cellular";
     }
     return "unknown";
+}
+
+void requireLocalDelivery(const AdjustOptions& options, const std::map<std::string, std::string>& routes) {
+    const auto endpoint = withEnvironment(options).endpoint;
+    if (endpoint.empty()) return;
+    HTTPRoutes made;
+    for (const auto& [origin, base] : routes) static_cast<void>(made.set(origin, base));
+    const auto address = parseWebAddress(made.destination(endpoint));
+    if (address && isOfThisMachine(address->host)) return;
+    throw UsageError(
+        "a dry run holds events back, but not subscriptions (trackIAPSubs passes every filter): it "
+        "is refused while the attribution endpoint is " +
+        endpoint + ", which is not on this machine; play --server stands in for it");
 }
 
 } // namespace corvantile::tool

@@ -88,7 +88,7 @@ private:
     std::shared_ptr<ObservedRouter> router_; // null: the app has no router
     std::vector<PlugIn> plugIns_;
     std::vector<Sink> sinks_;
-    bool isNetworkTold_ = false;
+    bool isNetworkReported_ = false;
     std::shared_ptr<NetworkReachabilityManager> networkWatch_;
     rx::DisposeBag followed_; // what plug-ins publish
     std::optional<PaymentQueueWatch> queueWatch_;
@@ -96,5 +96,8 @@ private:
 
 // `wifi`, `cellular`, `not reachable`, `unknown`.
 [[nodiscard]] std::string describe(NetworkReachabilityStatus status);
+
+// For a dry run, which holds no subscription back: a UsageError when packages would leave this machine.
+void requireLocalDelivery(const AdjustOptions& options, const std::map<std::string, std::string>& routes);
 
 } // namespace corvantile::tool

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "CorvantilePlay/detail/Session/ServiceAnswers.hpp"
-
 #include <map>
 #include <memory>
 #include <optional>
@@ -19,6 +17,12 @@ struct Arrival {
 };
 
 [[nodiscard]] std::string describe(const Arrival& arrival);
+
+// JSON, as the services answer.
+struct ServiceAnswer {
+    int status;
+    std::string body;
+};
 
 // The services that the app talks to, played on this machine: the attribution service's paths and the
 // search-ads path. Makes an event of everything that arrives, on a thread of its own. Threads: any.

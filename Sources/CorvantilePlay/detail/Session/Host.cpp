@@ -5,7 +5,6 @@
 #include "CorvantilePlatform/Application/UIApplicationDelegate.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/AppDeletion.hpp"
-#include "CorvantilePlay/detail/Session/Delivery.hpp"
 #include "CorvantilePlay/detail/Session/FakeServer.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
@@ -193,6 +192,26 @@ void Host::runUntilIdle() {
         if (process_ && !isInterrupted) process_->concludeTransactions();
         return;
     }
+}
+
+std::string_view describe(LifeCycle lifeCycle) {
+    switch (lifeCycle) {
+    case LifeCycle::notRunning: return "not running";
+    case LifeCycle::inactive: return "inactive";
+    case LifeCycle::active: return "active";
+    case LifeCycle::background: return "in the background";
+    }
+    return {};
+}
+
+std::string_view nextCommands(LifeCycle lifeCycle) {
+    switch (lifeCycle) {
+    case LifeCycle::notRunning: return "launch starts it";
+    case LifeCycle::inactive: return "activate or background come next";
+    case LifeCycle::active: return "resign comes next";
+    case LifeCycle::background: return "foreground comes next";
+    }
+    return {};
 }
 
 } // namespace corvantile::tool

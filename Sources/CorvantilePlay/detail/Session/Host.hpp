@@ -3,7 +3,6 @@
 #include "Corvantile/Corvantile.hpp"
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Session/AppProcess.hpp"
-#include "CorvantilePlay/detail/Session/LifeCycle.hpp"
 
 #include <chrono>
 #include <filesystem>
@@ -17,6 +16,13 @@ namespace corvantile::tool {
 
 class FakeServer;
 class Reporter;
+
+enum class LifeCycle { notRunning, inactive, active, background };
+
+[[nodiscard]] std::string_view describe(LifeCycle lifeCycle);
+
+// The commands that an app in this state takes, for an error message.
+[[nodiscard]] std::string_view nextCommands(LifeCycle lifeCycle);
 
 struct HostOptions {
     std::filesystem::path stateFolder = {};     // empty: the app's own, under the user's state folder
@@ -57,15 +63,15 @@ public:
     // What the ads services say from now on, through any number of processes.
     void setAds(const AdsOptions& ads);
     [[nodiscard]] const Device& device() const { return device_; }
-    // What plays the services that the app talks to; refused when nothing does.
+    // The fake server; a UsageError without one.
     [[nodiscard]] FakeServer& server();
 
     [[nodiscard]] const AppDescription& app() const { return app_; }
     [[nodiscard]] Reporter& reporter() { return reporter_; }
     [[nodiscard]] LifeCycle lifeCycle() const { return lifeCycle_; }
-    // The running app; refused when it does not run.
+    // A UsageError when the app does not run.
     [[nodiscard]] AppProcess& process();
-    // The running app's plug-in that offers the protocol; refused when the app does not run or has none.
+    // The running app's plug-in that offers the protocol; a UsageError when the app does not run or has none.
     template <class Protocol>
     [[nodiscard]] std::shared_ptr<Protocol> service() {
         static_cast<void>(process());
@@ -78,7 +84,7 @@ public:
     void runLoop(const std::function<bool()>& done, std::chrono::nanoseconds duration);
     // Runs what the app's main queue holds by now.
     void settle();
-    // Lets an app with a store go on until nothing is told for a moment.
+    // Runs an app with a store until nothing is reported for a moment.
     void runUntilIdle();
 
 private:

@@ -2,17 +2,16 @@
 
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlay/detail/Session/Host.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 // How commands meet the store of the app that runs.
 namespace corvantile::tool {
 
-class Host;
+// Fails when the app does not run.
+[[nodiscard]] inline LocalStore& storeOf(Host& host) { return host.process().platform().store(); }
 
-// Refused when the app does not run.
-[[nodiscard]] LocalStore& storeOf(Host& host);
-
-// What the store refuses is refused.
+// An error of the store is a UsageError.
 template <class Act>
 auto askStore(Act act) {
     try {
