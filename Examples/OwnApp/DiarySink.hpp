@@ -3,6 +3,10 @@
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
 #include "CorvantilePlay/PlayRegistry.hpp"
 
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace ownapp {
 
 namespace cv = corvantile;

@@ -7,6 +7,12 @@
 #include "CorvantileReactive/ReplaySubject.hpp"
 #include "HostCore/Decoding.hpp"
 
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
 namespace ownapp {
 
 namespace cv = corvantile;

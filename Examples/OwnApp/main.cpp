@@ -1,9 +1,14 @@
 // A tool of the app's own: everything that `corvantile` does, with a plug-in, a sink and a record that the
 // framework does not know.
+#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlay/PlayMain.hpp"
 #include "CorvantileReactive/DisposeBag.hpp"
 #include "DiarySink.hpp"
 #include "Streak.hpp"
+
+#include <memory>
+#include <string>
+#include <utility>
 
 namespace {
 

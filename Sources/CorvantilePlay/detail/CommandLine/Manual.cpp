@@ -141,6 +141,7 @@ const std::vector<Reference>& files() {
     static const std::vector<Reference> names = {
         {"app.json", "description of an app, in the folder of --app"},
         {"~/.local/state/corvantile/IDENTIFIER", "state of the app with this bundle identifier"},
+        {"~/.local/state/corvantile/prompt_history", "lines that were typed at the prompt"},
         {"share/corvantile/SampleApp", "the sample app, under the prefix of the installation"}};
     return names;
 }
