@@ -136,6 +136,7 @@ TEST_F(IAPReceiptTracking, ReportsAGracePeriodAtOnceAndMarksItAfterwardsEvenInAD
     host_.resign(); // the renewals are listened to all the same
     host_.purchases->renewalInfos.onNext({renewal("now", 9), renewal("pro", 12), renewal("pro", 13)});
     EXPECT_THAT(host_.router->take(), ElementsAre("enter_grace_period value=pro")); // on this thread
+    EXPECT_TRUE(NSUserDefaults::standardUserDefaults()->boolForKey("enter_grace_period_pro"));
 }
 
 TEST_F(IAPReceiptTracking, ReplacesPassesWithoutEndingThemAndEndsTheLastOnResigning) {
