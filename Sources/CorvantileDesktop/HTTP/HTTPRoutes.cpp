@@ -13,10 +13,6 @@ std::string_view withoutLastSlash(std::string_view text) {
 
 } // namespace
 
-HTTPRoutes::HTTPRoutes() = default;
-
-HTTPRoutes::~HTTPRoutes() = default;
-
 bool HTTPRoutes::set(std::string_view origin, std::string_view base) {
     const auto from = parseWebAddress(origin);
     const auto to = parseWebAddress(base);

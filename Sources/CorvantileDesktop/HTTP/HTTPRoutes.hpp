@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Export.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <map>
 #include <mutex>
@@ -10,13 +11,8 @@
 namespace corvantile {
 
 // Sends requests to another server than their URL names, for a test or a fake server. Threads: any.
-class CORVANTILE_API HTTPRoutes {
+class CORVANTILE_API HTTPRoutes : NonCopyable {
 public:
-    HTTPRoutes();
-    HTTPRoutes(const HTTPRoutes&) = delete;
-    HTTPRoutes& operator=(const HTTPRoutes&) = delete;
-    ~HTTPRoutes();
-
     // From now on requests to exactly this origin ("https://host", with a port that is not the scheme's own)
     // go to `base` ("http://127.0.0.1:1234", perhaps with a path), which their path and query follow. False,
     // and nothing changes, when either could be none.

@@ -6,6 +6,7 @@
 #include "CorvantileDesktop/detail/Files/Descriptor.hpp"
 #include "CorvantileDesktop/detail/Storage/RetryingFile.hpp"
 #include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <chrono>
 #include <cstdint>
@@ -24,7 +25,7 @@ class Console;
 
 // The packages that wait, in order: in a file, and in memory what the file refuses, until it can be written.
 // Processes share the file; the one that holds the claim delivers. Threads: any. Errors: none.
-class Outbox {
+class Outbox : NonCopyable {
 public:
     using MakeSession = std::function<OutboxPackage(std::int64_t count)>;
 
@@ -33,8 +34,6 @@ public:
 
     // An empty path: everything stays in memory. The file is opened by the first call that needs it.
     Outbox(std::filesystem::path file, std::shared_ptr<Console> console, BackgroundRunner inBackground);
-    Outbox(const Outbox&) = delete;
-    Outbox& operator=(const Outbox&) = delete;
     ~Outbox();
 
     // In the file once the call has returned, unless the console has a line that it cannot be.

@@ -3,6 +3,7 @@
 #include "CorvantileDesktop/Adjust/detail/OutboxPackage.hpp"
 #include "CorvantilePlatform/Adjust/ADJConfig.hpp"
 #include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <atomic>
 #include <chrono>
@@ -63,7 +64,7 @@ struct DeliveryOptions {
 
 // Sends packages to the server, in order, one at a time; one without an answer is sent again later, and the
 // others wait behind it. Threads: any; it works on its queue.
-class OutboxDelivery : public std::enable_shared_from_this<OutboxDelivery> {
+class OutboxDelivery : NonCopyable, public std::enable_shared_from_this<OutboxDelivery> {
 public:
     // How long an attempt may take.
     static constexpr std::chrono::seconds timeout{60};
@@ -71,8 +72,6 @@ public:
     static constexpr std::chrono::seconds claimInterval{1};
 
     explicit OutboxDelivery(DeliveryOptions options);
-    OutboxDelivery(const OutboxDelivery&) = delete;
-    OutboxDelivery& operator=(const OutboxDelivery&) = delete;
     ~OutboxDelivery();
 
     // Enables or disables delivery (initially disabled). Enabling retries immediately; disabling does not

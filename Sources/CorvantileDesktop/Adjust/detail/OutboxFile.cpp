@@ -65,6 +65,12 @@ std::optional<OutboxPackage> onePackage(SqliteRun run) {
     return packageOf(run);
 }
 
+std::string withTransactions(std::string known, const std::string& later) {
+    for (const auto& field : formFields(later))
+        if (auto more = outboxmemory::withTransaction(known, field.second)) known = std::move(*more);
+    return known;
+}
+
 } // namespace
 
 namespace outboxmemory {
@@ -90,12 +96,6 @@ std::optional<std::string> withTransaction(const std::optional<std::string>& kno
     for (std::size_t place = 0; place < identifiers.size(); ++place)
         appendFormField(text, std::to_string(place), identifiers[place]);
     return text;
-}
-
-static std::string withTransactions(std::string known, const std::string& later) {
-    for (const auto& field : formFields(later))
-        if (auto more = withTransaction(known, field.second)) known = std::move(*more);
-    return known;
 }
 
 std::string merged(std::string_view name, const std::optional<std::string>& filed,

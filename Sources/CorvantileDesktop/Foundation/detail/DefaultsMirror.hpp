@@ -3,6 +3,7 @@
 #include "CorvantileDesktop/Foundation/detail/DefaultsFile.hpp"
 #include "CorvantileDesktop/detail/Storage/RetryingFile.hpp"
 #include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <filesystem>
 #include <memory>
@@ -13,13 +14,11 @@ namespace corvantile {
 
 // User defaults in memory, written through to their file. What the file refuses is kept here and written as
 // soon as it can be. Threads: one at a time. Errors: none.
-class DefaultsMirror {
+class DefaultsMirror : NonCopyable {
 public:
     // The file is opened by the first call. An empty path: everything stays in memory.
     DefaultsMirror(std::filesystem::path path, std::shared_ptr<Console> console,
                    BackgroundRunner inBackground);
-    DefaultsMirror(const DefaultsMirror&) = delete;
-    DefaultsMirror& operator=(const DefaultsMirror&) = delete;
 
     [[nodiscard]] const NSUserDefaults::Dictionary& values() const { return values_; }
     void set(std::string_view key, std::optional<NSUserDefaults::Value> value);

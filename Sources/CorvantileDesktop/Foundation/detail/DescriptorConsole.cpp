@@ -1,5 +1,7 @@
 #include "CorvantileDesktop/Foundation/detail/DescriptorConsole.hpp"
 
+#include "CorvantilePlatform/NonCopyable.hpp"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -15,15 +17,13 @@ namespace {
 
 // A write to a closed pipe raises SIGPIPE on the writing thread; what the process does with that signal is
 // the host's to decide, so it is held back here and taken away.
-class PipeSignalSwallowed {
+class PipeSignalSwallowed : NonCopyable {
 public:
     PipeSignalSwallowed() {
         sigemptyset(&pipe_);
         sigaddset(&pipe_, SIGPIPE);
         pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
     }
-    PipeSignalSwallowed(const PipeSignalSwallowed&) = delete;
-    PipeSignalSwallowed& operator=(const PipeSignalSwallowed&) = delete;
     ~PipeSignalSwallowed() {
         const timespec noWait{};
         while (sigtimedwait(&pipe_, nullptr, &noWait) < 0 && errno == EINTR) {

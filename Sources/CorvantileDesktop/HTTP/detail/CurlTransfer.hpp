@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <curl/curl.h>
 
@@ -22,12 +23,10 @@ class HTTPDelivery;
 
 // One exchange with one server, on a connection of its own: what a kept connection saves is not worth that a
 // request is sent again without being asked when the server has just dropped it. One thread at a time.
-class CurlTransfer {
+class CurlTransfer : NonCopyable {
 public:
     // `host` stands for the request in errors.
     CurlTransfer(HTTPRequest request, std::string host, std::shared_ptr<HTTPDelivery> delivery);
-    CurlTransfer(const CurlTransfer&) = delete;
-    CurlTransfer& operator=(const CurlTransfer&) = delete;
     ~CurlTransfer();
 
     [[nodiscard]] CURL* handle() const { return handle_.get(); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantileDesktop/HTTP/detail/CurlTransfer.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <curl/curl.h>
 
@@ -13,11 +14,9 @@
 namespace corvantile {
 
 // The exchanges in flight, on one thread of their own, which the first one starts. Threads: any.
-class CurlTransfers {
+class CurlTransfers : NonCopyable {
 public:
     CurlTransfers();
-    CurlTransfers(const CurlTransfers&) = delete;
-    CurlTransfers& operator=(const CurlTransfers&) = delete;
     ~CurlTransfers();
 
     // Begins one. Once closed, it is dropped.

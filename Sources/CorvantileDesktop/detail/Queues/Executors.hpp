@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantileDesktop/detail/Queues/Timers.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
@@ -14,11 +15,9 @@ namespace corvantile {
 // The loops behind the queues: one for the main thread, which is the thread that makes this, and one that a
 // few workers share. The workers also wait for timers and sockets; the main loop has nothing but items, so
 // that its thread sleeps on a condition and wakes faster than it would from the kernel's event poll.
-class Executors {
+class Executors : NonCopyable {
 public:
     explicit Executors(unsigned workerCount);
-    Executors(const Executors&) = delete;
-    Executors& operator=(const Executors&) = delete;
     ~Executors();
 
     [[nodiscard]] asio::io_context& main() { return main_; }

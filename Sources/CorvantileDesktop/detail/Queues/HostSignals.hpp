@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CorvantilePlatform/NonCopyable.hpp"
+
 #include <csignal>
 #include <initializer_list>
 
@@ -10,7 +12,7 @@ namespace corvantile {
 // Threads that begin while it stands leave the signals that a host handles to the host's own threads. Those
 // that a fault raises stay: blocked, they would end the process without the report of a debugger or
 // sanitizer.
-class HostSignalsBlocked {
+class HostSignalsBlocked : NonCopyable {
 public:
     HostSignalsBlocked() {
         sigset_t signals;
@@ -20,8 +22,6 @@ public:
             sigaddset(&signals, signal);
         pthread_sigmask(SIG_BLOCK, &signals, &before_);
     }
-    HostSignalsBlocked(const HostSignalsBlocked&) = delete;
-    HostSignalsBlocked& operator=(const HostSignalsBlocked&) = delete;
     ~HostSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
 
 private:

@@ -1,6 +1,7 @@
 #include "CorvantileDesktop/detail/Queues/SerialQueue.hpp"
 
 #include "CorvantileDesktop/detail/Queues/Executors.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <asio/post.hpp>
 
@@ -13,11 +14,9 @@ namespace {
 
 thread_local const DispatchQueue* current = nullptr;
 
-class CurrentQueue {
+class CurrentQueue : NonCopyable {
 public:
     explicit CurrentQueue(const DispatchQueue* queue) { current = queue; }
-    CurrentQueue(const CurrentQueue&) = delete;
-    CurrentQueue& operator=(const CurrentQueue&) = delete;
     ~CurrentQueue() { current = nullptr; }
 };
 

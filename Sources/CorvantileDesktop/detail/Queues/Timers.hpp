@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <asio/io_context.hpp>
 #include <asio/steady_timer.hpp>
@@ -16,13 +17,11 @@ namespace corvantile {
 
 // Items that wait for their moment on the monotonic clock, then go to their queues in order of (deadline,
 // call). One alarm, set to the earliest deadline, serves them all. Threads: any.
-class Timers {
+class Timers : NonCopyable {
 public:
     using Moment = std::chrono::steady_clock::time_point;
 
     explicit Timers(asio::io_context& context) : alarm_(std::in_place, context) {}
-    Timers(const Timers&) = delete;
-    Timers& operator=(const Timers&) = delete;
 
     // Hands `item` to `queue` at `deadline`; at once when that has passed.
     void add(Moment deadline, std::shared_ptr<DispatchQueue> queue, WorkItem item);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CorvantilePlatform/NonCopyable.hpp"
+
 #include <cstdint>
 #include <exception>
 #include <filesystem>
@@ -34,11 +36,9 @@ private:
 };
 
 // One run of a statement. Its end makes the statement ready for the next run and frees its locks.
-class SqliteRun {
+class SqliteRun : NonCopyable {
 public:
     explicit SqliteRun(sqlite3_stmt* statement) : statement_(statement) {}
-    SqliteRun(const SqliteRun&) = delete;
-    SqliteRun& operator=(const SqliteRun&) = delete;
     ~SqliteRun();
 
     // True: a row can be read. Throws SqliteError.
@@ -69,13 +69,11 @@ private:
 
 // A connection to one database file. Threads: one at a time, with the statements made here, which end before
 // it. A call waits for other connections' locks, but not for ever; every member throws SqliteError.
-class SqliteDatabase {
+class SqliteDatabase : NonCopyable {
 public:
     enum class Missing { fails, isMade };
 
     SqliteDatabase(const std::filesystem::path& file, Missing missing);
-    SqliteDatabase(const SqliteDatabase&) = delete;
-    SqliteDatabase& operator=(const SqliteDatabase&) = delete;
     // Leaves the write-ahead log as it is: ending a process never waits for the disk.
     ~SqliteDatabase();
 
