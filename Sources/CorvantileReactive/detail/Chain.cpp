@@ -1,6 +1,5 @@
 #include "CorvantileReactive/detail/Chain.hpp"
 
-#include <iterator>
 #include <utility>
 
 namespace corvantile::rx::detail {
@@ -50,9 +49,9 @@ void Chain::dispose() noexcept {
 }
 
 void Chain::addHook(StageHook hook) {
-    auto last = hooks_.before_begin();
-    while (std::next(last) != hooks_.end()) ++last;
-    hooks_.insert_after(last, std::move(hook));
+    auto* last = &hooks_;
+    while (*last) last = &(*last)->next;
+    *last = std::make_unique<StageHook>(std::move(hook));
 }
 
 Disposable Chain::install(Upstream upstream) {
@@ -72,14 +71,14 @@ void Chain::tearDown() noexcept {
 }
 
 void Chain::unsubscribe() noexcept {
-    unsubscribe(hooks_.begin());
+    unsubscribe(hooks_.get());
     const auto upstream = std::exchange(upstream_, Upstream());
 }
 
-void Chain::unsubscribe(Hooks::iterator hook) noexcept {
-    if (hook == hooks_.end()) return upstream_.unsubscribe();
+void Chain::unsubscribe(StageHook* hook) noexcept {
+    if (hook == nullptr) return upstream_.unsubscribe();
     if (hook->beforeUpstream) hook->beforeUpstream();
-    unsubscribe(std::next(hook));
+    unsubscribe(hook->next.get());
     if (hook->afterUpstream) hook->afterUpstream();
 }
 

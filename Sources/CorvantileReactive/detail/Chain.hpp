@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <forward_list>
 #include <functional>
 #include <memory>
 
@@ -58,6 +57,7 @@ struct CORVANTILE_API ChainLink {
 struct CORVANTILE_API StageHook {
     std::function<void()> beforeUpstream = {};
     std::function<void()> afterUpstream = {};
+    std::unique_ptr<StageHook> next = {}; // the chain's
 };
 
 // Threads: any, but for `addHook`, `noteStage` and `install`, which belong to the subscribing thread.
@@ -109,9 +109,7 @@ private:
     [[nodiscard]] bool claimTeardown() noexcept;
     void tearDown() noexcept;
     void unsubscribe() noexcept;
-
-    using Hooks = std::forward_list<StageHook>; // the smallest list: most chains have no hook
-    void unsubscribe(Hooks::iterator hook) noexcept;
+    void unsubscribe(StageHook* hook) noexcept;
 
     static constexpr std::uint8_t installed = 1;
     static constexpr std::uint8_t disposed = 2;
@@ -119,7 +117,7 @@ private:
 
     std::atomic<std::uint8_t> state_{0};
     bool hasStages_ = false;
-    Hooks hooks_;
+    std::unique_ptr<StageHook> hooks_;
     Upstream upstream_;
     std::weak_ptr<class Handle> handle_;
 };
