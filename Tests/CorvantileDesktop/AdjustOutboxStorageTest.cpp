@@ -120,10 +120,11 @@ TEST_F(AdjustOutbox, KeepsInMemoryWhatAFullDiskDoesNotTake) {
     }
     EXPECT_THAT(posted(), ElementsAre("/session ", "/event token1", "/event token2"));
     EXPECT_THAT(lines(), ElementsAre(HasSubstr("They stay in memory until they can be.")));
+    adjust->send(ADJEvent("token4")); // the file would take it, but not before the others
     adjust.reset();
     EXPECT_THAT(lines(), SizeIs(2));
     const auto kept = OutboxAdjust::inspect(file).packages;
-    const std::string tokens[] = {"", "token1", "token2", "token3"};
+    const std::string tokens[] = {"", "token1", "token2", "token3", "token4"};
     ASSERT_THAT(kept, SizeIs(std::size(tokens)));
     for (std::size_t i = 0; i < kept.size(); ++i) {
         EXPECT_EQ(kept[i].eventToken, tokens[i]);
