@@ -54,8 +54,8 @@ public:
         el_set(editLine_, EL_EDITOR, "emacs");
         el_set(editLine_, EL_GETCFN, &getCharacter);
         el_set(editLine_, EL_HIST, &::history, history_);
-        bind("corvantile-complete", "completes a word", "^I", &completeWord);
-        bind("corvantile-interrupt", "clears the line", "^C", &interrupt);
+        bind(L"corvantile-complete", L"completes a word", L"^I", &completeWord);
+        bind(L"corvantile-interrupt", L"clears the line", L"^C", &interrupt);
         callHistory(H_SETSIZE, historySize);
         callHistory(H_SETUNIQUE, 1);
         if (!options_.history.empty()) callHistory(H_LOAD, options_.history.c_str());
@@ -171,9 +171,10 @@ private:
         return CC_REDISPLAY;
     }
 
-    void bind(const char* name, const char* help, const char* key, Function function) {
-        el_set(editLine_, EL_ADDFN, name, help, function);
-        el_set(editLine_, EL_BIND, key, name, nullptr);
+    // Of wide literals: libedit would copy narrow ones and never free the copies.
+    void bind(const wchar_t* name, const wchar_t* help, const wchar_t* key, Function function) {
+        el_wset(editLine_, EL_ADDFN, name, help, function);
+        el_wset(editLine_, EL_BIND, key, name, nullptr);
     }
 
     template <class... Arguments>
