@@ -55,7 +55,7 @@ Publication ofCategories(const std::vector<ProductCategory>& categories) {
         list.texts.push_back(name + " x " + std::to_string(records.size()));
         EventValue::List transactions;
         for (const auto& record : records)
-            transactions.push_back(EventValue::Map{{"transaction", std::to_string(record.transactionID)}});
+            transactions.emplace_back(EventValue::Map{{"transaction", std::to_string(record.transactionID)}});
         list.values.push_back(EventValue::Map{
             {"category", category}, {"product", name}, {"transactions", std::move(transactions)}});
     }
