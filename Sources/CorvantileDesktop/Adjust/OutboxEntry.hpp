@@ -17,7 +17,7 @@ enum class PackageState : int { waiting, sent, refused };
 // The result of one attempt to deliver.
 struct DeliveryAnswer {
     std::optional<int> status = {}; // of HTTP; missing when no answer came
-    std::string text;               // the answer's bytes, or why there is none; its beginning, if it is long
+    std::string text;               // the answer's bytes, or why it is missing; its beginning, if it is long
 };
 
 // A package for people.

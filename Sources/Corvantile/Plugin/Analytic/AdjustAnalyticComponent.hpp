@@ -66,8 +66,8 @@ public:
 
     void track(const AnalyticEvent& event) override;
     void track(const AnalyticEvent& event, const NSDecimalNumber& with, const std::string& currency) override;
-    // With the store's receipt of the moment: where there is none, or an empty one, nothing is sent or
-    // printed.
+    // Sends the store's current receipt along. Without a receipt, or with an empty one, sends and prints
+    // nothing.
     using AnalyticComponent::trackIAPSubs;
     void trackIAPSubs(const NSDecimalNumber& price, const std::string& currency, const std::string& transId,
                       const std::optional<Date>& date, const std::optional<std::string>& region) override;

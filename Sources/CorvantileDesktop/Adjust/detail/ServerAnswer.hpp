@@ -18,7 +18,7 @@ struct HTTPResponse;
 // The result of one attempt to deliver.
 struct ServerAnswer {
     std::optional<int> status; // missing without a response
-    std::string text;          // the body, or why there is none
+    std::string text;          // the body, or why it is missing
 
     // The server has processed the package, whether or not it accepted it: it answered in JSON, or a plain
     // OK.

@@ -13,7 +13,7 @@
 
 namespace corvantile {
 
-// What an outbox has in memory alone, because its file refuses it or because there is none. Packages may be
+// What an outbox keeps in memory alone, because its file refuses it or it has no file. Packages may be
 // delivered from here. Threads: one at a time.
 class UnwrittenPackages {
 public:

@@ -43,7 +43,7 @@ public:
           trimmer_(options_.path, File::format, options_.longLog, options_.inBackground) {}
 
     [[nodiscard]] const std::filesystem::path& path() const { return options_.path; }
-    // Null while there is none.
+    // Null while no file is open.
     [[nodiscard]] File* get() const { return file_.get(); }
     // The name leads to another file by now, or to none.
     [[nodiscard]] bool hasMoved() const { return file_ && file_->hasMoved(); }
