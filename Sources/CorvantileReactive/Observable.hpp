@@ -110,6 +110,6 @@ private:
 #include "CorvantileReactive/ConnectableObservable.hpp"
 #include "CorvantileReactive/Operators/Debug.hpp"
 #include "CorvantileReactive/Operators/Do.hpp"
-#include "CorvantileReactive/Operators/MapAndFilter.hpp"
+#include "CorvantileReactive/Operators/Elementwise.hpp"
 #include "CorvantileReactive/Operators/ObserveOn.hpp"
 #include "CorvantileReactive/Operators/SubscribeOn.hpp"

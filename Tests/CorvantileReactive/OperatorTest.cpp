@@ -67,7 +67,7 @@ TEST(Take, OfNothingCompletesWithoutSubscribing) {
     Recorder recorder;
     recorder.subscribe(just(1).doOn({.onSubscribe = recorder.noting("subscribed")}).take(0));
     EXPECT_EQ(recorder.take(), "completed, disposed");
-    EXPECT_DEATH((void)just(1).take(-1), "MapAndFilter:[0-9]+: Fatal error: take needs");
+    EXPECT_DEATH((void)just(1).take(-1), "Elementwise:[0-9]+: Fatal error: take needs");
 }
 
 TEST(Take, CountsWhatItsHandlerEmitsAndWhatIsReplayed) {
