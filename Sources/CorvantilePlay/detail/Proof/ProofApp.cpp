@@ -27,7 +27,7 @@ namespace corvantile::tool {
 
 namespace {
 
-constexpr std::chrono::seconds timeout{20};
+constexpr std::chrono::seconds stepTimeout{20};
 constexpr int timerSpeed = 100;
 
 DesktopOptions optionsOf(const ScenarioOptions& options, const std::shared_ptr<WriteSteps>& steps) {
@@ -97,7 +97,7 @@ void ProofApp::registerSinks(AnalyticPlugin& router) {
 }
 
 void ProofApp::await(const std::function<bool()>& done, const std::string& what) {
-    if (!platform_.runMainLoopUntil(done, timeout))
+    if (!platform_.runMainLoopUntil(done, stepTimeout))
         throw std::runtime_error("The proof has waited in vain until " + what);
 }
 
