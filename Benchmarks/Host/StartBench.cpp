@@ -5,7 +5,7 @@
 #include "Benchmarks/SilentConsole.hpp"
 #include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
-#include "CorvantilePlay/detail/Proof/SteppedPorts.hpp"
+#include "CorvantilePlay/detail/Proof/WriteSteps.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
 #include <benchmark/benchmark.h>

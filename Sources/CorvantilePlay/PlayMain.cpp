@@ -1,8 +1,8 @@
 #include "CorvantilePlay/PlayMain.hpp"
 
 #include "CorvantilePlay/detail/CommandLine/CommandLine.hpp"
-#include "CorvantilePlay/detail/Output/Interruption.hpp"
 #include "CorvantilePlay/detail/Output/StandardOutput.hpp"
+#include "CorvantilePlay/detail/Output/ToolProcess.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <CLI/CLI.hpp>

@@ -4,7 +4,7 @@
 #include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
-#include "CorvantilePlay/detail/Output/SilentConsole.hpp"
+#include "CorvantilePlay/detail/Output/Consoles.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
 

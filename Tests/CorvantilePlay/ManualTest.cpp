@@ -1,6 +1,5 @@
 #include "CorvantilePlay/detail/CommandLine/CommandLine.hpp"
 #include "CorvantilePlay/detail/CommandLine/Completion.hpp"
-#include "CorvantilePlay/detail/CommandLine/PrintManual.hpp"
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 

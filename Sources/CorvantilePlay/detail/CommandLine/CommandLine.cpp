@@ -1,8 +1,9 @@
 #include "CorvantilePlay/detail/CommandLine/CommandLine.hpp"
 
 #include "CorvantilePlatform/Version.hpp"
+#include "CorvantilePlay/detail/CommandLine/Completion.hpp"
 #include "CorvantilePlay/detail/CommandLine/Manual.hpp"
-#include "CorvantilePlay/detail/CommandLine/PrintManual.hpp"
+#include "CorvantilePlay/detail/Commands/Engine.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
 #include "CorvantilePlay/detail/Output/StandardOutput.hpp"
 
@@ -167,6 +168,21 @@ void buildCommandLine(CLI::App& app, Call& call) {
     addCatalogue(app, call);
     addManual(app, call);
     app.footer(referenceText());
+}
+
+ExitCode printManual(const CLI::App& app, std::string_view version, std::ostream& stream) {
+    // The commands are those of any app: this one has nothing, and is never launched.
+    AppDescription none;
+    none.bundleIdentifier = "none";
+    const Engine engine(none, {}, [](const PlayEvent&) {});
+    stream << makeManual(describeCommandLine(app), engine.commands().commands(),
+                         "corvantile " + std::string(version));
+    return ExitCode::success;
+}
+
+ExitCode printCompletion(const CLI::App& app, const std::string& shell, std::ostream& stream) {
+    stream << makeCompletion(describeCommandLine(app), shell);
+    return ExitCode::success;
 }
 
 } // namespace corvantile::tool

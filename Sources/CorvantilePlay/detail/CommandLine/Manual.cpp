@@ -1,7 +1,7 @@
 #include "CorvantilePlay/detail/CommandLine/Manual.hpp"
 
 #include "CorvantilePlay/detail/CommandLine/Roff.hpp"
-#include "CorvantilePlay/detail/Text/TextTable.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 
 #include <algorithm>
 #include <cstddef>

@@ -7,11 +7,11 @@
 #include "CorvantilePlay/detail/Commands/Engine.hpp"
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
-#include "CorvantilePlay/detail/Output/Interruption.hpp"
 #include "CorvantilePlay/detail/Output/OutputFormat.hpp"
 #include "CorvantilePlay/detail/Output/StandardOutput.hpp"
+#include "CorvantilePlay/detail/Output/ToolProcess.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
-#include "CorvantilePlay/detail/Text/VisibleText.hpp"
 
 #include <atomic>
 #include <cerrno>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CorvantilePlay/PlayRegistry.hpp"
-#include "CorvantilePlay/detail/Output/ExitCode.hpp"
+#include "CorvantilePlay/detail/Output/ToolProcess.hpp"
 
 #include <filesystem>
 

@@ -8,7 +8,7 @@
 #include "CorvantilePlatform/Application/UIApplicationDelegate.hpp"
 #include "CorvantilePlatform/Foundation/NSBundle.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
-#include "CorvantilePlay/detail/Commands/Commands.hpp"
+#include "CorvantilePlay/detail/Commands/CommandTable.hpp"
 #include "CorvantilePlay/detail/Commands/Latest.hpp"
 #include "CorvantilePlay/detail/Kinds/Kinds.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"

@@ -41,4 +41,18 @@ private:
     std::vector<Command> commands_;
 };
 
+class Host;
+
+// The commands in groups. They borrow the host.
+[[nodiscard]] std::vector<Command> lifeCycleCommands(Host& host);
+[[nodiscard]] std::vector<Command> trackingCommands(Host& host);
+[[nodiscard]] std::vector<Command> storageCommands(Host& host);
+[[nodiscard]] std::vector<Command> attributionCommands(Host& host);
+[[nodiscard]] std::vector<Command> purchaseCommands(Host& host);
+[[nodiscard]] std::vector<Command> storeCommands(Host& host);
+[[nodiscard]] std::vector<Command> storeViewCommands(Host& host);
+[[nodiscard]] std::vector<Command> deviceCommands(Host& host);
+[[nodiscard]] std::vector<Command> serverCommands(Host& host);
+[[nodiscard]] std::vector<Command> inspectionCommands(Host& host);
+
 } // namespace corvantile::tool

@@ -1,7 +1,7 @@
 #include "CorvantilePlay/detail/Commands/Engine.hpp"
 
-#include "CorvantilePlay/detail/Commands/Commands.hpp"
-#include "CorvantilePlay/detail/Text/TextTable.hpp"
+#include "CorvantilePlay/detail/Commands/CommandTable.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>

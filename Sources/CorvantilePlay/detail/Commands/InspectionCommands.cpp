@@ -1,7 +1,7 @@
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
 #include "CorvantileDesktop/Adjust/AdjustOptions.hpp"
-#include "CorvantilePlay/detail/Commands/Commands.hpp"
+#include "CorvantilePlay/detail/Commands/CommandTable.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"

@@ -1,6 +1,6 @@
 #include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPluggable.hpp"
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
-#include "CorvantilePlay/detail/Commands/Commands.hpp"
+#include "CorvantilePlay/detail/Commands/CommandTable.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
 #include "CorvantilePlay/detail/Session/HostStore.hpp"

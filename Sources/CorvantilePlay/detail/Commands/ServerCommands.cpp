@@ -1,4 +1,4 @@
-#include "CorvantilePlay/detail/Commands/Commands.hpp"
+#include "CorvantilePlay/detail/Commands/CommandTable.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/FakeServer.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"

@@ -6,7 +6,7 @@
 #include "Corvantile/Plugin/Database/Setting.hpp"
 #include "Corvantile/Plugin/Database/UserPreferenceProtocol.hpp"
 #include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
-#include "CorvantilePlay/detail/Commands/Commands.hpp"
+#include "CorvantilePlay/detail/Commands/CommandTable.hpp"
 #include "CorvantilePlay/detail/Commands/Latest.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"

@@ -1,5 +1,5 @@
 #include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
-#include "CorvantilePlay/detail/Commands/Commands.hpp"
+#include "CorvantilePlay/detail/Commands/CommandTable.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
 #include "CorvantilePlay/detail/Session/HostStore.hpp"

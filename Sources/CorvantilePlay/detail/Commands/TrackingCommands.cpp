@@ -1,9 +1,8 @@
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
-#include "CorvantilePlay/detail/Commands/Commands.hpp"
+#include "CorvantilePlay/detail/Commands/CommandTable.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 #include "CorvantilePlay/detail/Session/Host.hpp"
-#include "CorvantilePlay/detail/Text/EventText.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
 
 #include <optional>

@@ -6,7 +6,7 @@
 #include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
 #include "CorvantilePlay/detail/Inspection/StoredValues.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
-#include "CorvantilePlay/detail/Text/VisibleText.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -7,7 +7,7 @@
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantilePlatform/Foundation/detail/Base64.hpp"
 #include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
-#include "CorvantilePlay/detail/Output/SilentConsole.hpp"
+#include "CorvantilePlay/detail/Output/Consoles.hpp"
 
 #include <nlohmann/json.hpp>
 

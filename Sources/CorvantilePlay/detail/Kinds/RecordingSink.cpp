@@ -1,7 +1,6 @@
 #include "CorvantilePlay/detail/Kinds/RecordingSink.hpp"
 
 #include "CorvantilePlay/PlayReporter.hpp"
-#include "CorvantilePlay/detail/Text/EventText.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
 
 #include <utility>

@@ -1,7 +1,7 @@
 #include "CorvantilePlay/detail/Output/OutputFormat.hpp"
 
 #include "CorvantilePlay/detail/Text/JSONText.hpp"
-#include "CorvantilePlay/detail/Text/VisibleText.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CorvantilePlay/detail/Output/ExitCode.hpp"
+#include "CorvantilePlay/detail/Output/ToolProcess.hpp"
 
 #include <array>
 #include <streambuf>

@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Proof/KillRounds.hpp"
 
-#include "CorvantilePlay/detail/Output/Interruption.hpp"
+#include "CorvantilePlay/detail/Output/ToolProcess.hpp"
 #include "CorvantilePlay/detail/Proof/PurchaseScenario.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 

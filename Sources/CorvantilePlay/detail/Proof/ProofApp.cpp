@@ -12,10 +12,10 @@
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
 #include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
-#include "CorvantilePlay/detail/Output/SilentConsole.hpp"
+#include "CorvantilePlay/detail/Output/Consoles.hpp"
 #include "CorvantilePlay/detail/Proof/PurchaseScenario.hpp"
-#include "CorvantilePlay/detail/Proof/SteppedPorts.hpp"
 #include "CorvantilePlay/detail/Proof/SteppedSink.hpp"
+#include "CorvantilePlay/detail/Proof/WriteSteps.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
 
 #include <chrono>

@@ -2,9 +2,9 @@
 
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
-#include "CorvantilePlay/detail/Output/Interruption.hpp"
+#include "CorvantilePlay/detail/Output/ToolProcess.hpp"
 #include "CorvantilePlay/detail/Proof/KillRounds.hpp"
-#include "CorvantilePlay/detail/Text/TextTable.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "CorvantilePlatform/Platform.hpp"
+
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -48,5 +51,12 @@ private:
     std::mutex mutex_;
     std::map<std::string, int> counts_;
 };
+
+// Lets keychain, user defaults and attribution SDK pass `steps` with each thing that they write.
+void stepThrough(Ports& ports, const std::shared_ptr<WriteSteps>& steps);
+
+// Makes the app's timers fire so many times as early. What the app waits for by design, a second after each
+// launch above all, teaches nothing about what a kill loses.
+void speedUpTimers(Ports& ports, int times);
 
 } // namespace corvantile::tool

@@ -1,7 +1,7 @@
 #include "CorvantilePlay/detail/Receipts/AppSinks.hpp"
 
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
-#include "CorvantilePlay/detail/Output/SilentConsole.hpp"
+#include "CorvantilePlay/detail/Output/Consoles.hpp"
 
 namespace corvantile::tool {
 

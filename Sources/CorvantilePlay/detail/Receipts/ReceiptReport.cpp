@@ -4,8 +4,7 @@
 #include "CorvantilePlay/detail/Receipts/AppSinks.hpp"
 #include "CorvantilePlay/detail/Text/FileText.hpp"
 #include "CorvantilePlay/detail/Text/JSONText.hpp"
-#include "CorvantilePlay/detail/Text/TextTable.hpp"
-#include "CorvantilePlay/detail/Text/VisibleText.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 
 #include <nlohmann/json.hpp>
 

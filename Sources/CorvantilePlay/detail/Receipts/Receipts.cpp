@@ -11,9 +11,9 @@
 #include "CorvantilePlay/detail/Receipts/ReceiptReport.hpp"
 #include "CorvantilePlay/detail/Text/CatalogueText.hpp"
 #include "CorvantilePlay/detail/Text/JSONText.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
-#include "CorvantilePlay/detail/Text/VisibleText.hpp"
 
 #include <nlohmann/json.hpp>
 

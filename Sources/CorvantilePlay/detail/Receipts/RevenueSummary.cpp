@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Receipts/RevenueSummary.hpp"
 
-#include "CorvantilePlay/detail/Text/TextTable.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 
 #include "CorvantilePlatform/Foundation/detail/CalendarText.hpp"
 

@@ -2,8 +2,8 @@
 
 #include "CorvantileDesktop/Adjust/detail/FormText.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
-#include "CorvantilePlay/detail/Text/VisibleText.hpp"
 
 #include <httplib.h>
 

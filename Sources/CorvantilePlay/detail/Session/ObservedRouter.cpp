@@ -2,10 +2,10 @@
 
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
+#include "CorvantilePlay/detail/Output/Consoles.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
-#include "CorvantilePlay/detail/Output/ReportingConsole.hpp"
 #include "CorvantilePlay/detail/Session/MarkedTransactions.hpp"
-#include "CorvantilePlay/detail/Text/EventText.hpp"
+#include "CorvantilePlay/detail/Text/Values.hpp"
 
 #include <algorithm>
 #include <typeinfo>

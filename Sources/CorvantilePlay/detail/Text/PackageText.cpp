@@ -1,6 +1,6 @@
 #include "CorvantilePlay/detail/Text/PackageText.hpp"
 
-#include "CorvantilePlay/detail/Text/VisibleText.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 
 namespace corvantile::tool {
 

@@ -2,7 +2,7 @@
 
 #include "Corvantile/Plugin/Analytic/EventValue.hpp"
 #include "CorvantileLocalStore/LocalStore.hpp"
-#include "CorvantilePlay/detail/Text/TextTable.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 
 #include <chrono>
 #include <string>

@@ -11,6 +11,7 @@
 #include <string_view>
 
 // What people write in commands, as the framework's values. What cannot be read is a UsageError.
+
 namespace corvantile::tool {
 
 // `true` and `false` are booleans, `3` an integer, `4.99` a decimal number, `2024-01-02` and
@@ -36,5 +37,18 @@ namespace corvantile::tool {
 // The value, and the parameters, as a command would write them.
 [[nodiscard]] std::string describeValue(const EventValue& value);
 [[nodiscard]] std::string describeParameters(const EventParameters& parameters);
+
+struct Revenue {
+    NSDecimalNumber amount;
+    std::string currency;
+};
+
+// `purchase 4.99 USD connection_status=wifi`: an event as the command that tracks it would write it.
+[[nodiscard]] std::string describeEvent(const AnalyticEvent& event,
+                                        const std::optional<Revenue>& revenue = {});
+
+// The same for programs: "event", "params" if there are any, "revenue" and "currency" if it carries them.
+[[nodiscard]] EventValue::Map fieldsOf(const AnalyticEvent& event,
+                                       const std::optional<Revenue>& revenue = {});
 
 } // namespace corvantile::tool

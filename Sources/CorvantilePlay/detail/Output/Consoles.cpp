@@ -1,4 +1,4 @@
-#include "CorvantilePlay/detail/Output/ReportingConsole.hpp"
+#include "CorvantilePlay/detail/Output/Consoles.hpp"
 
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
 

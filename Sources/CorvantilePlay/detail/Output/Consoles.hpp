@@ -25,4 +25,9 @@ private:
     Reporter& reporter_;
 };
 
+class SilentConsole final : public Console {
+public:
+    void print(std::string_view) override {}
+};
+
 } // namespace corvantile::tool

@@ -1,4 +1,4 @@
-#include "CorvantilePlay/detail/Output/Interruption.hpp"
+#include "CorvantilePlay/detail/Output/ToolProcess.hpp"
 
 #include "CorvantilePlay/detail/Output/StandardOutput.hpp"
 
