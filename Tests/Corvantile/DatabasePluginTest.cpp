@@ -13,6 +13,7 @@
 
 #include <chrono>
 #include <functional>
+#include <stdexcept>
 #include <string_view>
 
 namespace corvantile::DatabasePluginTest {
@@ -23,20 +24,22 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-// Holds the settings only, and takes nothing, of which it makes a note.
+// A host's own store: holds the settings only, and takes nothing, of which it makes a note. What it throws is
+// no NSError.
 class RefusingStore final : public DatabaseManipulating {
 public:
     explicit RefusingStore(std::vector<std::string>& trace) : trace_(trace) {}
 
     [[nodiscard]] std::optional<std::string> getData(std::string_view key, DatabaseCryptor*) const override {
-        return key.starts_with("Setting_") ? std::optional(encodeJSON(Setting())) : std::nullopt;
+        if (key.starts_with("Setting_")) return encodeJSON(Setting());
+        throw std::runtime_error("disk");
     }
     void deleteAll(std::string_view) override {}
 
 private:
     void setText(const std::optional<std::string>&, std::string_view key, DatabaseCryptor*) override {
         trace_.push_back("refused " + std::string(key.substr(0, key.find('_'))));
-        throw NSError("disk", 1);
+        throw std::runtime_error("disk");
     }
 
     std::vector<std::string>& trace_;
@@ -132,21 +135,31 @@ TEST_F(Storage, PrintsWhatABlockThrows) {
     EXPECT_THAT(lines(), ElementsAre(HasSubstr("(d error 3.)")));
 }
 
-TEST_F(Storage, ReadsRecordsAsAbsentWhileTheKeychainIsLockedAtLaunch) {
+TEST_F(Storage, UsesTheKeyThatTheKeychainTurnsOutToHold) {
     launchAndLoad();
+    database_->update({{}, true, false});
+    news();
     const auto entries = device_.keychain().entries();
-    for (const bool opensBeforeTheSave : {false, true}) {
-        database_->update({{}, true, false});
-        news();
-        device_.keychain().setLocked(true);
-        if (opensBeforeTheSave) device_.keychain().lockForNextLoad();
-        EXPECT_THAT(launchAndLoad(), ElementsAre(never_, "setting review", "loaded"))
-            << "sealed with a throwaway key";
-        device_.keychain().setLocked(false);
+    device_.keychain().lockForNextLoad(); // as when another process saves its key between load and save
+    EXPECT_THAT(launchAndLoad(), ElementsAre(never_, "setting quiet", "loaded"));
 
-        EXPECT_THAT(launchAndLoad(), ElementsAre(never_, "setting review", "loaded"));
-        EXPECT_EQ(device_.keychain().entries(), entries);
-    }
+    device_.keychain().setLocked(true);
+    EXPECT_THAT(launchAndLoad(), ElementsAre(never_, "setting review", "loaded")) << "under another key";
+    device_.keychain().setLocked(false);
+    database_->update({{}, true, false});
+    database_->resetApplication(); // its record can be read in this process only
+    const auto touched = "application " + describe(device_.now());
+    EXPECT_THAT(news(), ElementsAre("setting quiet", touched));
+    EXPECT_THAT(launchAndLoad(), ElementsAre(touched, "setting quiet", "loaded"));
+    EXPECT_EQ(device_.keychain().entries(), entries);
+}
+
+TEST_F(Storage, TriesToSaveItsKeyBeforeEachRecord) {
+    for (int refused = 0; refused < 4; ++refused) device_.keychain().denyNextSave();
+    launchAndLoad(); // one save as the key is made, three before records
+    database_->update({{}, true, false});
+    platform_->runUntilIdle();
+    EXPECT_THAT(launchAndLoad(), Contains("setting quiet"));
 }
 
 TEST_F(Storage, DoesNothingWithoutAUser) {

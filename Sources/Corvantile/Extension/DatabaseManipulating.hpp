@@ -47,14 +47,18 @@ public:
         setObject(*value, key, with);
     }
 
-    // `decoding`: from the record's JSON to an optional T. nullopt when nothing is stored, or what is stored
-    // cannot be decrypted or decoded.
+    // `decoding`: from the record's JSON to a T or an optional T; may throw. nullopt when nothing is stored,
+    // or what is stored cannot be read, decrypted or decoded.
     template <class T, class Decoding>
     [[nodiscard]] std::optional<T> getObject(std::string_view key, DatabaseCryptor* with,
                                              Decoding decoding) const {
-        const auto data = getData(key, with);
-        if (!data) return std::nullopt;
-        return decoding(*data);
+        try {
+            if (const auto data = getData(key, with)) return decoding(*data);
+        } catch (...) {
+            // A record that cannot be read counts as absent, whatever a store or a decoder of the host
+            // throws.
+        }
+        return std::nullopt;
     }
 
     [[nodiscard]] virtual std::optional<std::string> getData(std::string_view key,

@@ -6,7 +6,6 @@
 #include "Corvantile/RequireService.hpp"
 #include "Corvantile/detail/DebuggedStream.hpp"
 #include "CorvantilePlatform/Foundation/Clock.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Platform.hpp"
 #include "CorvantileReactive/SerialDispatchQueueScheduler.hpp"
 
@@ -78,8 +77,8 @@ void DatabasePlugin::load(DatabaseManipulating& store, const std::string& userID
     const Record record;
     try {
         store.setObject(record, recordKey<Record>(userID), cryptor_.get());
-    } catch (const NSError&) {
-        return; // no record rather than one that the next launch will not find
+    } catch (...) { // a host's own store may throw anything
+        return;     // no record rather than one that the next launch will not find
     }
     subject<Record>().onNext(record);
 }
@@ -96,7 +95,7 @@ void DatabasePlugin::updateRecord(
         if (!next) return;
         try {
             store.setObject(*next, recordKey<Record>(userID), self.cryptor_.get());
-        } catch (const NSError&) {
+        } catch (...) {
             // The stream has the record; the store keeps the former one.
         }
     });

@@ -1,6 +1,5 @@
 #include "Corvantile/Plugin/Database/UserPreference.hpp"
 
-#include "Corvantile/Extension/AESText.hpp"
 #include "Corvantile/Extension/DatabaseManipulating.hpp"
 #include "Corvantile/Plugin/Database/detail/StorageKey.hpp"
 #include "CorvantilePlatform/Application/UIDevice.hpp"
@@ -11,7 +10,6 @@
 #include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
 #include "CorvantilePlatform/Foundation/detail/UUID.hpp"
 #include "CorvantilePlatform/Platform.hpp"
-#include "CorvantilePlatform/Security/Cryptor.hpp"
 #include "CorvantilePlatform/Security/SecureRandom.hpp"
 
 #include <array>
@@ -54,8 +52,8 @@ std::string UserPreference::newIdentifier() {
     const auto identifier = vendor ? std::move(*vendor) : randomIdentifier();
     try {
         manipulator_->setObject(identifier, identifierKey, this);
-    } catch (const NSError&) {
-        // It is found again, or made, at the next launch.
+    } catch (...) {
+        // A host's own store may throw anything. The identifier is found again, or made, at the next launch.
     }
     return identifier;
 }
@@ -88,20 +86,17 @@ void UserPreference::deleteAll() {
     asyncOpen([](DatabaseManipulating& store, const std::string&) { store.deleteAll(); });
 }
 
-const StorageKeyParts& UserPreference::encryptionKey() {
-    if (!encryptionKey_)
-        encryptionKey_ = std::make_unique<const StorageKeyParts>(storageKeyParts(loadOrMakeStorageKey()));
-    return *encryptionKey_;
+StorageKey& UserPreference::storageKey() {
+    if (!storageKey_) storageKey_ = std::make_unique<StorageKey>();
+    return *storageKey_;
 }
 
 std::optional<std::string> UserPreference::encrypt(std::string_view text) {
-    const auto& parts = encryptionKey();
-    return aesEncrypt(text, parts.key, parts.iv, Cryptor::pkcs7Padding);
+    return storageKey().encrypt(text);
 }
 
 std::optional<std::string> UserPreference::decrypt(std::string_view text) {
-    const auto& parts = encryptionKey();
-    return aesDecrypt(text, parts.key, parts.iv, Cryptor::pkcs7Padding);
+    return storageKey().decrypt(text);
 }
 
 } // namespace corvantile

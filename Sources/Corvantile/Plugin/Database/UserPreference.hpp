@@ -13,13 +13,15 @@
 
 namespace corvantile {
 
-struct StorageKeyParts;
+class StorageKey;
 
 // Owns the device's storage key and user identifier, and encrypts the records with that key.
 //
 // The key is 64 random bytes as base64, made once and kept in the keychain. When the keychain cannot be read
-// a key is made for this process alone; records written under another then read as absent. The identifier is
-// settled at launch, and reported as loaded `loadDelay` later. Held by shared_ptr.
+// another key is made, and records written under the former one read as absent. Until the keychain takes the
+// new key, each record that is written tries again to save it; where the keychain turns out to hold a key
+// after all, that one is used from then on. The identifier is settled at launch, and reported as loaded
+// `loadDelay` later. Held by shared_ptr.
 class CORVANTILE_API UserPreference final : public UserPreferenceProtocol,
                                             public DatabaseCryptor,
                                             public std::enable_shared_from_this<UserPreference> {
@@ -44,13 +46,13 @@ public:
     [[nodiscard]] std::optional<std::string> decrypt(std::string_view text) override;
 
 private:
-    [[nodiscard]] const StorageKeyParts& encryptionKey();
+    [[nodiscard]] StorageKey& storageKey();
     [[nodiscard]] std::string newIdentifier();
     void loadDatabaseLater(std::string userID);
 
     const std::shared_ptr<DatabaseManipulating> manipulator_;
     std::optional<std::string> userID_;
-    std::unique_ptr<const StorageKeyParts> encryptionKey_; // once asked for
+    std::unique_ptr<StorageKey> storageKey_; // created on first use
     const rx::ReplaySubject<bool> isLoadedSubject_ = rx::ReplaySubject<bool>::create(1);
 };
 

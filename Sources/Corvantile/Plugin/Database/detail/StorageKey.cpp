@@ -1,11 +1,12 @@
 #include "Corvantile/Plugin/Database/detail/StorageKey.hpp"
 
-#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "Corvantile/Extension/AESText.hpp"
 #include "CorvantilePlatform/Foundation/detail/Base64.hpp"
 #include "CorvantilePlatform/Foundation/detail/Unicode.hpp"
 #include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "CorvantilePlatform/NonCopyable.hpp"
 #include "CorvantilePlatform/Platform.hpp"
+#include "CorvantilePlatform/Security/Cryptor.hpp"
 #include "CorvantilePlatform/Security/SecureRandom.hpp"
 
 #include <array>
@@ -47,21 +48,47 @@ std::optional<std::string> storedKey() {
     return text == nullptr ? std::nullopt : std::optional(*text);
 }
 
-void keep(const std::string& key) {
+bool isSaved(const std::string& key) {
     try {
         Locksmith::saveData({{std::string(keyEntry), key}}, keyAccount);
-    } catch (const NSError&) {
-        // The key then lives for this process only: without it the app could store nothing at all.
+        return true;
+    } catch (...) {
+        return false; // without a key the app could store nothing at all
     }
+}
+
+std::optional<std::string> decrypted(std::string_view text, const StorageKeyParts& parts) {
+    return aesDecrypt(text, parts.key, parts.iv, Cryptor::pkcs7Padding);
 }
 
 } // namespace
 
-std::string loadOrMakeStorageKey() {
-    if (auto stored = storedKey()) return std::move(*stored);
-    const auto key = RandomBytes().text();
-    keep(key);
-    return key;
+StorageKey::StorageKey() {
+    if (const auto stored = storedKey()) {
+        parts_ = storageKeyParts(*stored);
+        return;
+    }
+    unsaved_ = RandomBytes().text();
+    parts_ = storageKeyParts(unsaved_);
+    save();
+}
+
+void StorageKey::save() {
+    if (isSaved(unsaved_)) return unsaved_.clear();
+    const auto stored = storedKey();
+    if (!stored) return;
+    former_ = std::exchange(parts_, storageKeyParts(*stored));
+    unsaved_.clear();
+}
+
+std::optional<std::string> StorageKey::encrypt(std::string_view text) {
+    if (!unsaved_.empty()) save();
+    return aesEncrypt(text, parts_.key, parts_.iv, Cryptor::pkcs7Padding);
+}
+
+std::optional<std::string> StorageKey::decrypt(std::string_view text) const {
+    auto plain = decrypted(text, parts_);
+    return plain || !former_ ? plain : decrypted(text, *former_);
 }
 
 StorageKeyParts storageKeyParts(std::string_view text) {
