@@ -14,6 +14,10 @@ using JSON = nlohmann::json;
     throwJSONError("The value of \"" + std::string(key) + "\" is not " + expected + ".");
 }
 
+[[noreturn]] void failMissing(std::string_view key) {
+    throwJSONError("The value of \"" + std::string(key) + "\" is missing.");
+}
+
 JSON parse(std::string_view text) {
     auto document = JSON::parse(text, nullptr, false);
     if (document.is_discarded()) throwJSONError("The text is no JSON.");
@@ -33,9 +37,10 @@ struct KeyedDecodingContainer::Object {
 };
 
 std::string KeyedDecodingContainer::decodeString(std::string_view key) const {
-    const auto* const value = object_.value(key);
-    if (value == nullptr || !value->is_string()) failAt(key, "text");
-    return value->get_ref<const std::string&>();
+    const auto found = object_.members.find(key);
+    if (found == object_.members.end()) failMissing(key);
+    if (!found->is_string()) failAt(key, "text");
+    return found->get_ref<const std::string&>();
 }
 
 std::optional<std::int64_t> KeyedDecodingContainer::decodeIntegerIfPresent(std::string_view key) const {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace corvantile::PromoteInstallTest {
 
@@ -62,8 +63,11 @@ TEST(PromoteInstalls, NameTheKeyThatCannotBeRead) {
         EXPECT_THAT(failure(prompt(R"("isEnabled": )" + std::string(value))), HasSubstr("\"isEnabled\""));
     for (const char* value : {"1.5", "true", "\"\"", "\"1.0\"", "\" 1\"", "9223372036854775808", "[]"})
         EXPECT_THAT(failure(prompt(R"("threshold": )" + std::string(value))), HasSubstr("\"threshold\""));
-    for (const char* last : {"", R"(, "yesButtonTitle": null)", R"(, "yesButtonTitle": 1)"})
-        EXPECT_THAT(failure(std::string("{") + texts + last + "}"), HasSubstr("\"yesButtonTitle\""));
+    for (const auto& [last, what] : {std::pair("", "missing"),
+                                     {R"(, "yesButtonTitle": null)", "not text"},
+                                     {R"(, "yesButtonTitle": 1)", "not text"}})
+        EXPECT_THAT(failure(std::string("{") + texts + last + "}"),
+                    HasSubstr("\"yesButtonTitle\" is " + std::string(what)));
     for (const char* json : {"", "[]", "nonsense"}) EXPECT_THAT(failure(json), HasSubstr("JSON"));
 }
 

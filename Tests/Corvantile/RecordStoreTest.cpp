@@ -1,3 +1,4 @@
+#include "Corvantile/Config/PromoteInstall.hpp"
 #include "Corvantile/Extension/AESText.hpp"
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
 #include "Corvantile/Plugin/Database/Application.hpp"
@@ -57,11 +58,20 @@ TEST_F(RecordStore, ThrowsForWhatItCannotEncodeAndLeavesTheStoredValueAlone) {
     EXPECT_THROW(store_.setObject(Unencodable(), "k", &cryptor_), NSError);
     const Date never{std::numeric_limits<double>::infinity()};
     EXPECT_THROW(store_.setObject(Application{never}, "k", &cryptor_), NSError);
-    const auto described = [](const NSError& error) { return describe(error); };
-    EXPECT_THAT([&] { store_.setObject(std::optional<Setting>(), "k", &cryptor_); },
-                testing::Throws<NSError>(testing::ResultOf(
-                    described,
-                    "Error Domain=sdad Code=1 \"error type\" UserInfo={NSLocalizedDescription=error type}")));
+    const std::vector<const char*> texts{"a", nullptr};
+    EXPECT_THROW(store_.setObject(texts, "k", &cryptor_), NSError);
+    const auto isRefused = [&](const auto& nothing) {
+        const auto described = [](const NSError& error) { return describe(error); };
+        EXPECT_THAT(
+            [&] { store_.setObject(nothing, "k", &cryptor_); },
+            testing::Throws<NSError>(testing::ResultOf(
+                described,
+                "Error Domain=sdad Code=1 \"error type\" UserInfo={NSLocalizedDescription=error type}")));
+    };
+    isRefused(std::optional<Setting>());
+    isRefused(nullptr);
+    isRefused(texts[1]);
+    isRefused(std::optional(texts[1]));
     EXPECT_THAT(stored(), UnorderedElementsAre(Pair("appconfig_k", NSUserDefaults::Value("old"))));
 }
 
@@ -75,6 +85,7 @@ TEST_F(RecordStore, TakesWhateverJSONHolds) {
     EXPECT_EQ(text(std::vector<std::vector<int>>{{1, -2}, {}}), "[[1,-2],[]]");
     EXPECT_EQ(text(true), "true");
     EXPECT_EQ(text(0.25), "0.25");
+    EXPECT_EQ(text("plain"), R"("plain")");
 }
 
 TEST_F(RecordStore, ReadsPlainTextWithoutACryptor) {
@@ -82,6 +93,13 @@ TEST_F(RecordStore, ReadsPlainTextWithoutACryptor) {
 
     EXPECT_EQ(store_.getObject<Setting>("k", nullptr, &Setting::fromJSON), (Setting{{"x"}, false, true}));
     EXPECT_EQ(store_.getObject<Setting>("k", &cryptor_, &Setting::fromJSON), std::nullopt);
+
+    const auto promotion = [&] {
+        return store_.getObject<PromoteInstall>("k", nullptr, &decodeJSON<PromoteInstall>);
+    };
+    EXPECT_EQ(promotion(), std::nullopt) << "though decoding it throws";
+    device_.defaults().set("appconfig_k", encodeJSON(PromoteInstall()));
+    EXPECT_EQ(promotion(), PromoteInstall());
 }
 
 TEST_F(RecordStore, DeletesByTheTextAsItStands) {
@@ -126,6 +144,15 @@ TEST_F(AESText, RefusesDamageAnotherKeyAndWhatNeedsPaddingWithoutIt) {
     EXPECT_EQ(aesDecrypt(sealed, iv, iv, 1), std::nullopt);
     EXPECT_EQ(aesDecrypt("", key, iv, 1), std::nullopt);
     EXPECT_EQ(aesEncrypt("not a block", key, iv, 0), std::nullopt);
+    EXPECT_EQ(aesEncrypt("caf\xE9", key, iv, 1), std::nullopt) << "what would not be read back";
+    EXPECT_EQ(aesEncrypt("text", std::string(16, '\xFF'), iv, 1), std::nullopt);
+}
+
+TEST_F(AESText, CompletesAVectorOf15BytesByItsTerminatingZero) {
+    const auto sealed = aesEncrypt("text", key, iv.substr(0, 15), 1);
+    EXPECT_EQ(sealed, aesEncrypt("text", key, std::string(iv.substr(0, 15)) + '\0', 1));
+    EXPECT_EQ(aesDecrypt(sealed.value(), key, iv.substr(0, 15), 1), "text");
+    EXPECT_EQ(aesEncrypt("text", key, iv.substr(0, 14), 1), std::nullopt);
 }
 
 } // namespace corvantile::RecordStoreTest

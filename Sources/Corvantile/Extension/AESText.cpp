@@ -20,15 +20,21 @@ std::uint32_t checkedOptions(long long options) {
     return static_cast<std::uint32_t>(options);
 }
 
+// The vector is handed over as zero-terminated text, so its end is the 16th byte of one that has 15.
 std::optional<std::string> crypt(Cryptor::Operation operation, std::string_view input, std::string_view key,
                                  std::string_view iv, long long options) {
-    return Platform::current().ports().cryptor->crypt(operation, checkedOptions(options), key, iv, input);
+    const auto checked = checkedOptions(options);
+    if (!isUtf8(key)) return std::nullopt;
+    auto& cryptor = *Platform::current().ports().cryptor;
+    if (iv.size() + 1 != Cryptor::blockSize) return cryptor.crypt(operation, checked, key, iv, input);
+    return cryptor.crypt(operation, checked, key, std::string(iv).append(1, '\0'), input);
 }
 
 } // namespace
 
 std::optional<std::string> aesEncrypt(std::string_view text, std::string_view key, std::string_view iv,
                                       long long options) {
+    if (!isUtf8(text)) return std::nullopt;
     const auto sealed = crypt(Cryptor::Operation::encrypt, text, key, iv, options);
     if (!sealed) return std::nullopt;
     return base64Lines(*sealed);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace corvantile {
 
@@ -32,10 +33,12 @@ public:
 
     virtual ~DatabaseManipulating();
 
-    // Throws NSError "sdad" / 1 when there is no value or its type has no encoder, and whatever the encoder
-    // throws. A value that cannot be encrypted, or comes without a cryptor, removes the key instead.
+    // Throws NSError "sdad" / 1 when there is no value (null included) or its type has no encoder, and
+    // whatever the encoder throws. A value that cannot be encrypted, or comes without a cryptor, removes the
+    // key instead.
     template <class T>
     void setObject(const T& value, std::string_view key, DatabaseCryptor* with) {
+        if constexpr (std::is_convertible_v<const T&, const char*>) requireText(value);
         if constexpr (Encodable<T>)
             setText(toString(value), key, with);
         else
@@ -73,6 +76,9 @@ private:
     // No text: nothing is touched.
     virtual void setText(const std::optional<std::string>& text, std::string_view key,
                          DatabaseCryptor* with) = 0;
+    static void requireText(const char* text) {
+        if (text == nullptr) throwTypeError();
+    }
     [[noreturn]] static void throwTypeError();
 };
 

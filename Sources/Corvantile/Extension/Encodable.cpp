@@ -14,6 +14,11 @@ std::string encodeJSON(const std::string& text) {
     return nlohmann::json(text).dump();
 }
 
+std::string encodeJSON(const char* text) {
+    if (text == nullptr) throwJSONError("The text to encode is null.");
+    return encodeJSON(std::string(text));
+}
+
 std::string detail::realText(double value) {
     if (std::isnan(value)) return "nan";
     if (std::isinf(value)) return value < 0 ? "-inf" : "inf";

@@ -20,9 +20,10 @@ namespace detail {
 [[nodiscard]] CORVANTILE_API std::string encodeReal(double value);
 } // namespace detail
 
-// Plain values, and lists of whatever takes part. What JSON cannot hold is refused: text that is no
+// Plain values, and lists of whatever takes part. What JSON cannot hold is refused: text that is null or not
 // UTF-8, a number that is not finite.
 [[nodiscard]] CORVANTILE_API std::string encodeJSON(const std::string& text);
+[[nodiscard]] CORVANTILE_API std::string encodeJSON(const char* text);
 template <std::same_as<bool> Boolean>
 [[nodiscard]] std::string encodeJSON(Boolean value) {
     return value ? "true" : "false";
