@@ -6,12 +6,14 @@
 #include "CorvantilePlatform/Application/UIDevice.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/PlatformRequest.hpp"
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
 #include "CorvantilePlatform/Platform.hpp"
 #include "HostCore/detail/URLText.hpp"
 
 #include <charconv>
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -36,7 +38,7 @@ Version version(std::string_view text) {
 std::optional<std::string> attributionToken() {
     try {
         return AAAttribution::attributionToken();
-    } catch (const NSError&) {
+    } catch (...) {
         return std::nullopt; // as good as no campaign: many devices never have one
     }
 }
@@ -96,14 +98,17 @@ void AdNetworkPlugin::fetchAttributionPayload(AdNetworkInfo info) {
     if (version(UIDevice::current()->systemVersion()) < firstWithTokens) return infoSubject_.onNext(info);
     auto token = attributionToken();
     if (!token) return infoSubject_.onNext(info);
-    request_ = HTTPClient::shared()->send(
-        attributionRequest(std::move(*token)), DispatchQueue::main(),
-        [weak = weak_from_this(), info = std::move(info)](const auto& response, const auto&) mutable {
-            const auto self = weak.lock();
-            if (!self) return;
-            if (response) addCampaign(*response, info);
-            self->infoSubject_.onNext(info);
-        });
+    // The completion owns the request: the token is used up whether or not the plug-in is still there.
+    const auto request = std::make_shared<std::shared_ptr<PlatformRequest>>();
+    *request = HTTPClient::shared()->send(attributionRequest(std::move(*token)), DispatchQueue::main(),
+                                          [weak = weak_from_this(), info = std::move(info),
+                                           request](const auto& response, const auto&) mutable {
+                                              request->reset();
+                                              const auto self = weak.lock();
+                                              if (!self) return;
+                                              if (response) addCampaign(*response, info);
+                                              self->infoSubject_.onNext(info);
+                                          });
 }
 
 } // namespace corvantile

@@ -2,7 +2,6 @@
 
 #include "Corvantile/Plugin/AdNetwork/AdNetworkPluggable.hpp"
 #include "CorvantilePlatform/Export.hpp"
-#include "CorvantilePlatform/Foundation/PlatformRequest.hpp"
 #include "CorvantileReactive/ReplaySubject.hpp"
 #include "HostCore/Decoding.hpp"
 
@@ -31,8 +30,8 @@ struct CORVANTILE_API AdNetworkAttributionPayload {
 [[nodiscard]] CORVANTILE_API std::string encodeJSON(const AdNetworkAttributionPayload& payload);
 
 // Asks once per launch which search-ads campaign the app was installed from: the platform's token, sent to
-// the platform's server. Whatever fails, `info` gets its one value, on main; only a plug-in that has gone
-// before the answer came publishes nothing. Held by shared_ptr, as plug-ins are.
+// the platform's server. Whatever fails, `info` gets its one value, on main. The request of a plug-in that is
+// released before goes on, and its answer is dropped. Held by shared_ptr, as plug-ins are.
 class CORVANTILE_API AdNetworkPlugin final : public AdNetworkPluggable,
                                              public std::enable_shared_from_this<AdNetworkPlugin> {
 public:
@@ -49,7 +48,6 @@ private:
     void fetchAttributionPayload(AdNetworkInfo info);
 
     const rx::ReplaySubject<AdNetworkInfo> infoSubject_ = rx::ReplaySubject<AdNetworkInfo>::create(1);
-    std::shared_ptr<PlatformRequest> request_; // letting go of it cancels the request
 };
 
 } // namespace corvantile
