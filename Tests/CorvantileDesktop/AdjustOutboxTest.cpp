@@ -27,8 +27,10 @@ TEST_F(AdjustOutbox, SaysWhatItRefusesAndWhy) {
         std::size_t packages; // with a session, after a launch
         std::function<void(OutboxAdjust&)> action;
     } cases[] = {
-        {"has 13 characters", 0, [](auto& adjust) { (void)adjust.makeConfig("abcdefghijk😀", "sandbox"); }},
-        {"'Sandbox' is neither", 0, [](auto& adjust) { (void)adjust.makeConfig(appToken, "Sandbox"); }},
+        {"has 13 characters", 0,
+         [](auto& adjust) { EXPECT_EQ(adjust.makeConfig("abcdefghijk😀", "sandbox"), nullptr); }},
+        {"'Sandbox' is neither", 0,
+         [](auto& adjust) { EXPECT_EQ(adjust.makeConfig(appToken, "Sandbox"), nullptr); }},
         {"was given no configuration", 0, [](auto& adjust) { adjust.launch(nullptr); }},
         {"is not valid", 0,
          [](auto& adjust) { adjust.launch(std::make_shared<ADJConfig>(std::nullopt, std::nullopt)); }},

@@ -184,7 +184,7 @@ std::shared_ptr<ADJConfig> OutboxAdjust::makeConfig(const std::string& appToken,
     if (!fault) fault = faultOfEnvironment(environment);
     if (!fault) return std::make_shared<ADJConfig>(appToken, environment);
     parts_->log->error("cannot be configured, because " + *fault + ".");
-    return std::make_shared<ADJConfig>(std::nullopt, "");
+    return nullptr;
 }
 
 void OutboxAdjust::launch(std::shared_ptr<ADJConfig> config) {

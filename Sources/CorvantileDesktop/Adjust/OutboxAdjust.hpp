@@ -20,7 +20,7 @@ struct Ports;
 // sends, a session begins at launch and whenever the app becomes active after a long rest; the push token
 // goes with every package from then on. The app secret and the ad-services token belong to another form, and
 // stay here.
-// `makeConfig` never answers null: a bad token or environment makes a configuration that is not valid.
+// `makeConfig` returns null for a token or an environment that the service does not have.
 class CORVANTILE_API OutboxAdjust final : public Adjust {
 public:
     // An empty file: packages last as long as the process. Of the ports, it keeps device, queues, clock,
