@@ -8,7 +8,6 @@
 #include "Corvantile/detail/DebuggedStream.hpp"
 #include "CorvantileIAP/IAPReceiptPluggable.hpp"
 #include "CorvantilePlatform/Foundation/Clock.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
 #include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "CorvantilePlatform/Platform.hpp"
@@ -39,7 +38,7 @@ bool saveMarker(const std::string& key) {
     try {
         Locksmith::saveData({{key, true}}, key);
         return true;
-    } catch (const NSError&) {
+    } catch (...) {
         if (const auto omit = HostCore::omitBlock()) omit(std::current_exception());
         return false;
     }

@@ -58,7 +58,7 @@ void FirstDatePlugin::recordTime() {
     const auto date = midnightBefore(Platform::current().ports().clock->now());
     try {
         save(date);
-    } catch (const NSError&) {
+    } catch (...) {
         report(*analytics, std::current_exception());
     }
 }
