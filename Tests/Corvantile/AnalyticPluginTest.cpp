@@ -5,7 +5,10 @@
 #include "Tests/Corvantile/RecordingAnalytics.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
+#include <functional>
+#include <memory>
 #include <thread>
+#include <utility>
 
 namespace corvantile::AnalyticPluginTest {
 
@@ -62,6 +65,26 @@ TEST_F(Router, ChoosesTheSinksBeforeItCallsTheFirst) {
 
     router_->track(AnalyticEvent("e"));
     EXPECT_THAT(journal_, ElementsAre("b: e"));
+}
+
+TEST_F(Router, StaysUntilTheCallReturnsInWhichASinkReleasesIt) {
+    const std::function<void(AnalyticPlugin&)> calls[] = {
+        [](auto& router) { router.track(AnalyticEvent("e")); },
+        [this](auto& router) { router.trackIAPSubs(price_, "USD", "0", std::nullopt, std::nullopt); }};
+    for (const auto& call : calls) {
+        router_ = std::make_shared<AnalyticPlugin>();
+        const auto first = sink("a");
+        auto second = sink("b");
+        const std::weak_ptr<RecordingSink> last = second;
+        router_->registerComponents({first, std::move(second)});
+        first->onLine = [&](const std::string&) {
+            router_.reset();
+            EXPECT_FALSE(last.expired());
+        };
+        call(*router_);
+        EXPECT_TRUE(last.expired());
+    }
+    EXPECT_THAT(journal_, SizeIs(2));
 }
 
 TEST_F(Router, FeedsOnlyTheFirstConsoleInADryRun) {

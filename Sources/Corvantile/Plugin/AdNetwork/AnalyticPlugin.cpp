@@ -105,6 +105,7 @@ void AnalyticPlugin::track(const AnalyticEvent& event, const NSDecimalNumber& re
 
 template <class Deliver>
 void AnalyticPlugin::route(const AnalyticEvent& event, const Deliver& deliver) {
+    const auto self = keptAlive();
     const auto& sinks = services();
     if (sinks.empty()) return buffer(event);
     if (Corvantile::dryRun()) {
@@ -150,6 +151,7 @@ void AnalyticPlugin::flush() {
 void AnalyticPlugin::trackIAPSubs(const NSDecimalNumber& price, const std::string& currency,
                                   const std::string& transId, const std::optional<Date>& date,
                                   const std::optional<std::string>& region) {
+    const auto self = keptAlive();
     for (const auto& sink : services()) sink->trackIAPSubs(price, currency, transId, date, region);
 }
 

@@ -18,7 +18,7 @@ class EventBuffer;
 // The router: takes each event to the registered sinks whose `shouldTrack` accepts it, first registered
 // first. In a dry run only the first ConsoleComponent hears of it, unasked; while no sink is registered the
 // event is buffered, its revenue lost. Sinks are chosen before the first is called, and may call the router
-// again. Held by shared_ptr, as plug-ins are.
+// again or release it: it stays until the call returns. Held by shared_ptr, as plug-ins are.
 class CORVANTILE_API AnalyticPlugin final : public AnalyticPluggable,
                                             public std::enable_shared_from_this<AnalyticPlugin> {
 public:
@@ -39,6 +39,8 @@ public:
 private:
     using Services = std::vector<std::shared_ptr<AnalyticComponent>>;
 
+    // For a sink that releases the router inside a call, and with it all sinks.
+    [[nodiscard]] std::shared_ptr<const AnalyticPlugin> keptAlive() const { return weak_from_this().lock(); }
     [[nodiscard]] const Services& services() const { return *services_.load(std::memory_order_acquire); }
 
     template <class Deliver>
@@ -46,7 +48,7 @@ private:
     void buffer(const AnalyticEvent& event);
 
     // Every list there has been, the last one in use; none is ever changed. A former one stays, since a
-    // delivery on another thread may still walk it: tracking then needs neither a lock nor a reference count.
+    // delivery on another thread may still walk it: tracking needs no lock.
     std::vector<std::unique_ptr<const Services>> lists_;
     std::atomic<const Services*> services_;
     rx::DisposableSlot disposable_;
