@@ -19,7 +19,8 @@ public:
 
     ~IAPReceiptPluggable() override;
 
-    // The products of which something was bought; empty when nothing was.
+    // The products of which something was bought; empty when nothing was. A category without a product is
+    // left out by who reads them, its records neither reported nor marked as reported.
     [[nodiscard]] virtual rx::Observable<std::vector<ProductCategory>> productCategories() = 0;
     [[nodiscard]] virtual rx::Observable<std::vector<RenewalInfo>> renewals() = 0;
 };

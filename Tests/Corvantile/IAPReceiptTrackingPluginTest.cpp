@@ -93,6 +93,14 @@ TEST_F(IAPReceiptTracking, IsSilentAboutARecordWithAMarkerOrWhoseMarkerIsRefused
     EXPECT_EQ(host_.send({aTrial}).size(), 3u); // the next pass tries again
 }
 
+TEST_F(IAPReceiptTracking, LeavesOutWhatASourceOfTheHostPublishesWithoutAProduct) {
+    host_.activate();
+    host_.plugin->trackValidatedPurchase("pro", std::nullopt);
+    host_.purchases->categories.onNext({{"pro", nullptr, {aTrial}}});
+    EXPECT_THAT(host_.idle(), IsEmpty());
+    EXPECT_EQ(host_.send({aTrial}).size(), 4u) << "nor is it marked";
+}
+
 TEST_F(IAPReceiptTracking, BeginsAtAnActivationUnlessInDebugModeWithoutADryRun) {
     for (const auto& [debug, dryRun] : {std::pair(false, true), {true, true}, {true, false}}) {
         Corvantile::setDebug(debug);

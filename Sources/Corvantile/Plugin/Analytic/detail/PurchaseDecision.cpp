@@ -65,6 +65,7 @@ std::vector<ProductCategory> preparePurchases(const std::vector<ProductCategory>
     std::vector<ProductCategory> prepared;
     prepared.reserve(categories.size());
     for (const auto& category : categories) {
+        if (!category.product) continue;
         auto& copy = prepared.emplace_back();
         copy.identifier = category.identifier;
         copy.product = category.product;

@@ -51,6 +51,7 @@ struct CORVANTILE_API PurchaseDecision {
 }
 
 // The same categories with the records bought at `firstDate` or later, the first purchase at position 0.
+// Those without a product are left out: a host's own source may publish them.
 [[nodiscard]] CORVANTILE_API std::vector<ProductCategory>
 preparePurchases(const std::vector<ProductCategory>& categories, Date firstDate);
 
