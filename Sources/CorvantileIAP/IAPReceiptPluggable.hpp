@@ -12,7 +12,7 @@
 namespace corvantile {
 
 // The plug-in under which the user's purchases are looked up. Both streams replay the last and emit each time
-// the records are read anew, on main.
+// that the records have changed, on main: purchase analytics begins a pass over whatever is emitted.
 class CORVANTILE_API IAPReceiptPluggable : public virtual PluggableApplicationDelegateService {
 public:
     static constexpr std::string_view typeName = "IAPReceiptPluggable";

@@ -76,7 +76,7 @@ void IAPReceiptPlugin::refresh() {
                     self.report({{"receipt", localizedDescription(error)}});
                 });
             else if (json)
-                readInBackground(weak, *json);
+                readInBackground(weak, *json, &IAPReceiptPlugin::takeAnswer);
             else
                 postToMain(weak, [](IAPReceiptPlugin& self) {
                     if (!self.hasRecords_) self.takeReceipt({});
@@ -103,7 +103,9 @@ void IAPReceiptPlugin::askForProducts() {
 }
 
 void IAPReceiptPlugin::setReceipt(std::string json) {
-    reader_->async([weak = weak_from_this(), json = std::move(json)] { readInBackground(weak, json); });
+    reader_->async([weak = weak_from_this(), json = std::move(json)] {
+        readInBackground(weak, json, &IAPReceiptPlugin::takeReceipt);
+    });
 }
 
 // Through the reader's queue, like receipts, so the order of the calls is kept.
@@ -129,10 +131,10 @@ void IAPReceiptPlugin::setRecords(std::vector<ProductCategory> categories,
         });
 }
 
-void IAPReceiptPlugin::readInBackground(const Weak& weak, const std::string& json) {
+void IAPReceiptPlugin::readInBackground(const Weak& weak, const std::string& json, Take take) {
     try {
         auto receipt = std::make_shared<StoreReceipt>(readStoreReceipt(json));
-        postToMain(weak, [receipt](IAPReceiptPlugin& self) { self.takeReceipt(std::move(*receipt)); });
+        postToMain(weak, [receipt, take](IAPReceiptPlugin& self) { (self.*take)(std::move(*receipt)); });
     } catch (const NSError& error) {
         const Problems problems = {{"receipt", error.localizedDescription()}};
         postToMain(weak, [problems](IAPReceiptPlugin& self) { self.report(problems); });
@@ -145,29 +147,40 @@ void IAPReceiptPlugin::postToMain(const Weak& weak, Update update) {
     });
 }
 
+// An answer equal to the last one is no refresh: publishing it again would begin another pass over records
+// that the activation has gone through already.
+void IAPReceiptPlugin::takeAnswer(StoreReceipt answer) {
+    if (receipt_ == answer) return publishCategories(Refresh::no);
+    takeReceipt(std::move(answer));
+}
+
 void IAPReceiptPlugin::takeReceipt(StoreReceipt receipt) {
     hasRecords_ = true;
     receipt_ = std::move(receipt);
     renewals_.onNext(receipt_->renewals);
-    publishCategories();
+    publishCategories(Refresh::yes);
 }
 
 void IAPReceiptPlugin::takeProducts(const std::vector<std::shared_ptr<SKProduct>>& products) {
+    auto refresh = std::exchange(areProductsKnown_, true) ? Refresh::no : Refresh::yes;
     for (const auto& product : products)
-        for (auto& known : catalogue_)
-            if (product && known.identifier == product->productIdentifier()) known.product = product;
-    areProductsKnown_ = true;
-    publishCategories();
+        for (auto& known : catalogue_) {
+            if (!product || known.identifier != product->productIdentifier()) continue;
+            known.product = product;
+            refresh = Refresh::yes;
+        }
+    publishCategories(refresh);
 }
 
-void IAPReceiptPlugin::publishCategories() {
+// The problems alone where nothing has changed: those of a failed request are over.
+void IAPReceiptPlugin::publishCategories(Refresh refresh) {
     if (!receipt_) return;
     if (!areProductsKnown_ && !receipt_->transactions.empty()) return;
     auto sorted = categorize(receipt_->transactions, catalogue_);
     auto problems = receipt_->problems;
     problems.insert(problems.end(), sorted.problems.begin(), sorted.problems.end());
     report(problems);
-    categories_.onNext(sorted.categories);
+    if (refresh == Refresh::yes) categories_.onNext(sorted.categories);
 }
 
 void IAPReceiptPlugin::report(const Problems& problems) {

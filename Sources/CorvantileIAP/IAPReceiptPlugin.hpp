@@ -21,9 +21,9 @@ class PlatformRequest;
 
 // Reads what was bought from the store's receipt: at every activation, and whenever the payment queue tells
 // of something purchased or restored. A host that knows better hands in a receipt, or the records themselves;
-// what came last counts, and a store that has nothing to tell changes nothing. The products come from the
-// store too, unless the host hands them in; until they are known, transactions wait. Home: main, but for
-// reading a receipt. Held by shared_ptr, as plug-ins are.
+// what came last counts. A store that has nothing to tell, or answers the same again, changes nothing and
+// publishes nothing. The products come from the store too, unless the host hands them in; until they are
+// known, transactions wait. Home: main, but for reading a receipt. Held by shared_ptr, as plug-ins are.
 class CORVANTILE_API IAPReceiptPlugin final : public IAPReceiptPluggable,
                                               public std::enable_shared_from_this<IAPReceiptPlugin> {
 public:
@@ -50,7 +50,7 @@ public:
     [[nodiscard]] rx::Observable<std::vector<RenewalInfo>> renewals() override {
         return renewals_.asObservable();
     }
-    // What could not be read or fetched the last time, each time anew, replaying the last; empty when all
+    // What could not be read or fetched the last time, after each answer, replaying the last; empty when all
     // went well. Emits on main, before the categories. With InappHelper::debug they are printed as well.
     [[nodiscard]] rx::Observable<Problems> problems() { return problems_.asObservable(); }
 
@@ -63,15 +63,18 @@ public:
 private:
     using Weak = std::weak_ptr<IAPReceiptPlugin>;
     using Update = std::function<void(IAPReceiptPlugin&)>;
+    using Take = void (IAPReceiptPlugin::*)(StoreReceipt receipt);
+    enum class Refresh { no, yes };
 
-    static void readInBackground(const Weak& weak, const std::string& json);
+    static void readInBackground(const Weak& weak, const std::string& json, Take take);
     static void postToMain(const Weak& weak, Update update);
 
     void refresh();
     void askForProducts();
+    void takeAnswer(StoreReceipt answer);
     void takeReceipt(StoreReceipt receipt);
     void takeProducts(const std::vector<std::shared_ptr<SKProduct>>& products);
-    void publishCategories();
+    void publishCategories(Refresh refresh);
     void report(const Problems& problems);
 
     std::vector<ReceiptProduct> catalogue_;

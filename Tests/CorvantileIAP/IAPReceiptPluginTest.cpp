@@ -75,6 +75,31 @@ TEST_F(IAPReceipt, IsReadAtEachActivationAndAfterEachBatchWithAPurchase) {
     }
 }
 
+TEST_F(IAPReceipt, IsPublishedAgainOnlyWhenTheStoreAnswersSomethingElse) {
+    device_.store().setProducts({product("pro")}); // the other is asked for each time
+    activate();
+    EXPECT_THAT(heard(), SizeIs(2));
+    activate();
+    EXPECT_THAT(heard(), IsEmpty());
+    EXPECT_THAT(store().productRequests(), SizeIs(2));
+    EXPECT_EQ(store().receiptRequests(), 2);
+
+    store().failNextReceipt();
+    activate();
+    EXPECT_THAT(heard(), ElementsAre(HasSubstr("receipt: ")));
+    std::size_t reports = 0;
+    plugin_->problems().subscribe([&](const auto& problems) { reports += problems.empty(); });
+    activate();
+    EXPECT_THAT(heard(), IsEmpty());
+    EXPECT_GT(reports, 0u) << "the failure is over";
+    plugin_->setRecords({}, {});
+    EXPECT_THAT(heard(), SizeIs(2));
+    activate();
+    EXPECT_THAT(heard(), ElementsAre("renewals 1", "pro 2; ")) << "not equal to what came last";
+    plugin_->setReceipt(receipt({"pro", "pro"}));
+    EXPECT_THAT(heard(), SizeIs(2)) << "the host's own counts each time";
+}
+
 TEST_F(IAPReceipt, WaitsForTheProductsAndAsksForThoseThatAreMissing) {
     store().failNextProducts();
     activate();
