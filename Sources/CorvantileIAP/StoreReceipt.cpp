@@ -2,6 +2,7 @@
 
 #include "CorvantileIAP/detail/ReceiptFields.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/detail/JSONDepth.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -188,6 +189,7 @@ std::string receiptStatusText(int status) {
 bool hasPurchases(int status) { return status == 0 || status == subscriptionExpired; }
 
 StoreReceipt readStoreReceipt(std::string_view json) {
+    if (isTooDeepJSON(json)) throw receiptError(unreadableReceipt, "The receipt is nested too deeply.");
     const auto root = Json::parse(json, nullptr, false);
     if (!root.is_object())
         throw receiptError(unreadableReceipt, root.is_discarded() ? "The receipt is no JSON."

@@ -1,5 +1,6 @@
 #include "HostCore/Decoding.hpp"
 
+#include "CorvantilePlatform/Foundation/detail/JSONDepth.hpp"
 #include "HostCore/detail/JSON.hpp"
 
 #include <nlohmann/json.hpp>
@@ -19,6 +20,7 @@ using JSON = nlohmann::json;
 }
 
 JSON parse(std::string_view text) {
+    if (isTooDeepJSON(text)) throwJSONError("The JSON is nested too deeply.");
     auto document = JSON::parse(text, nullptr, false);
     if (document.is_discarded()) throwJSONError("The text is no JSON.");
     return document;

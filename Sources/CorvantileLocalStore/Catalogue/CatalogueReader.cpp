@@ -3,6 +3,7 @@
 #include "CorvantileLocalStore/Catalogue/detail/CatalogueNode.hpp"
 #include "CorvantileLocalStore/Catalogue/detail/Storefront.hpp"
 #include "CorvantileLocalStore/LocalStoreError.hpp"
+#include "CorvantilePlatform/Foundation/detail/JSONDepth.hpp"
 
 #include <algorithm>
 #include <array>
@@ -167,6 +168,9 @@ std::string syntaxMessage(std::string_view what) {
 Catalogue readCatalogue(std::string_view text, std::string_view fileName) {
     auto message = std::string(fileName);
     try {
+        if (isTooDeepJSON(text))
+            throw CatalogueMismatch("", "less nesting",
+                                    "more than " + std::to_string(greatestJSONDepth) + " levels");
         const auto json = nlohmann::json::parse(text);
         return catalogueFrom(CatalogueNode(json));
     } catch (const nlohmann::json::parse_error& error) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlatform/Foundation/Date.hpp"
+#include "CorvantilePlatform/Foundation/detail/JSONDepth.hpp"
 #include "HostCore/detail/JSON.hpp"
 
 #include <nlohmann/json.hpp>
@@ -33,11 +34,12 @@ using Object = nlohmann::ordered_json;
     return date.secondsSinceReference;
 }
 
-// nullopt when the text is no JSON object or `build` finds a field missing or of another type.
+// nullopt when the text is no JSON object, is nested too deeply, or `build` finds a field missing or of
+// another type.
 template <class Build>
 [[nodiscard]] auto read(std::string_view text, Build build)
     -> std::optional<decltype(build(std::declval<const Object&>()))> {
-    const auto object = Object::parse(text, nullptr, false);
+    const auto object = parseJSON<Object>(text);
     if (!object.is_object()) return std::nullopt;
     try {
         return build(object);

@@ -3,6 +3,7 @@
 #include "CorvantileDesktop/Adjust/detail/Outbox.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/detail/JSONDepth.hpp"
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
 
 #include <nlohmann/json.hpp>
@@ -106,7 +107,7 @@ ServerAnswer answerOf(const HTTPResponse& response) {
     answer.status = response.status;
     answer.text = response.body;
     const bool isWell = response.status >= 200 && response.status < 300;
-    const auto body = JSON::parse(response.body, nullptr, false);
+    const auto body = parseJSON<JSON>(response.body);
     if (body.is_object()) read(body, answer);
     if (body.is_structured()) answer.json = response.body;
     answer.isAnswer = body.is_structured() || (isWell && isPlainOk(response.body));

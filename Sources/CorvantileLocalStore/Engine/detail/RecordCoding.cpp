@@ -1,6 +1,7 @@
 #include "CorvantileLocalStore/Engine/detail/RecordCoding.hpp"
 
 #include "CorvantileLocalStore/Engine/detail/FieldCoding.hpp"
+#include "CorvantilePlatform/Foundation/detail/JSONDepth.hpp"
 
 namespace corvantile {
 
@@ -115,7 +116,7 @@ std::string written(Visit visit, const Record& record) {
 
 template <class Record, class Visit>
 std::optional<Record> read(std::string_view text, Visit visit) {
-    const auto object = Object::parse(text, nullptr, false);
+    const auto object = parseJSON<Object>(text);
     if (!object.is_object()) return std::nullopt;
     try {
         Record record;

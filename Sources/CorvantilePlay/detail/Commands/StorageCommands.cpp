@@ -6,6 +6,7 @@
 #include "Corvantile/Plugin/Database/Setting.hpp"
 #include "Corvantile/Plugin/Database/UserPreferenceProtocol.hpp"
 #include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
+#include "CorvantilePlatform/Foundation/detail/JSONDepth.hpp"
 #include "CorvantilePlay/detail/Commands/CommandTable.hpp"
 #include "CorvantilePlay/detail/Commands/Latest.hpp"
 #include "CorvantilePlay/detail/Output/Reporter.hpp"
@@ -39,7 +40,7 @@ std::vector<std::string> linesOf(const std::string& text) {
 }
 
 std::vector<std::string> listOf(const std::string& text) {
-    const auto json = nlohmann::json::parse(text, nullptr, false);
+    const auto json = parseJSON<nlohmann::json>(text);
     try {
         return json.get<std::vector<std::string>>();
     } catch (const nlohmann::json::exception&) {

@@ -1,6 +1,7 @@
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
+#include "CorvantilePlatform/Foundation/detail/JSONDepth.hpp"
 #include "CorvantilePlay/detail/Description/ConfigurationObject.hpp"
 #include "CorvantilePlay/detail/Text/FileText.hpp"
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
@@ -46,6 +47,7 @@ std::string reason(std::string_view message, std::string_view prefixEnd) {
 }
 
 nlohmann::json parse(const std::string& text, const std::string& file) {
+    if (isTooDeepJSON(text)) throw UsageError(file + ": it is nested too deeply");
     try {
         return nlohmann::json::parse(text, [keys = DuplicateKeys()](int, nlohmann::json::parse_event_t event,
                                                                     nlohmann::json& value) mutable {

@@ -4,6 +4,7 @@
 #include "CorvantileDesktop/DesktopOptions.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantilePlatform/Foundation/detail/Base64.hpp"
+#include "CorvantilePlatform/Foundation/detail/JSONDepth.hpp"
 #include "CorvantilePlay/PlayRegistry.hpp"
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
@@ -37,14 +38,14 @@ using JSON = nlohmann::ordered_json;
 
 JSON fieldsOf(const StoredValue& value) {
     JSON fields{{"name", value.name}, {"bytes", value.size}};
-    if (value.json) fields[value.isRecord ? "record" : "value"] = JSON::parse(*value.json, nullptr, false);
+    if (value.json) fields[value.isRecord ? "record" : "value"] = parseJSON<JSON>(*value.json);
     if (!value.fault.empty()) fields["error"] = value.fault;
     return fields;
 }
 
 std::string textLines(const StoredValue& value) {
     auto text = value.name + "  " + std::to_string(value.size) + " bytes" + (value.isRecord ? "" : ", plain");
-    if (value.json) text += "\n" + dumped(JSON::parse(*value.json, nullptr, false), 2);
+    if (value.json) text += "\n" + dumped(parseJSON<JSON>(*value.json), 2);
     if (!value.fault.empty()) text += "\nwrong: " + value.fault;
     return visibleText(text, 2);
 }
