@@ -6,13 +6,41 @@
 #include "CorvantilePlatform/Version.hpp"
 
 #include <atomic>
+#include <mutex>
 #include <utility>
+#include <vector>
 
 namespace corvantile {
 
 namespace {
 
-std::atomic<Platform*> installedPlatform{nullptr};
+std::atomic<Platform*> currentPlatform{nullptr};
+
+// Every platform that has not ended, the current one last. Few, and changed only by `install` and `end`.
+struct InstalledPlatforms {
+    std::mutex mutex;
+    std::vector<Platform*> list;
+
+    void makeCurrent(Platform* platform) {
+        const std::lock_guard lock(mutex);
+        std::erase(list, platform);
+        list.push_back(platform);
+        publish();
+    }
+    void remove(Platform* platform) {
+        const std::lock_guard lock(mutex);
+        std::erase(list, platform);
+        publish();
+    }
+
+private:
+    void publish() { currentPlatform.store(list.empty() ? nullptr : list.back(), std::memory_order_release); }
+};
+
+InstalledPlatforms& installedPlatforms() {
+    static InstalledPlatforms platforms;
+    return platforms;
+}
 
 } // namespace
 
@@ -23,30 +51,30 @@ Platform::~Platform() {
 }
 
 Platform& Platform::current() {
-    Platform* const platform = installedPlatform.load(std::memory_order_acquire);
+    Platform* const platform = currentPlatform.load(std::memory_order_acquire);
     if (platform == nullptr) fatalError("No platform is installed.");
     return *platform;
 }
 
-bool Platform::isInstalled() { return installedPlatform.load(std::memory_order_acquire) != nullptr; }
+bool Platform::isInstalled() { return currentPlatform.load(std::memory_order_acquire) != nullptr; }
 
 Process& Platform::process() {
     if (hasEnded()) fatalError("The process of this platform has ended.");
     return *process_;
 }
 
-void Platform::install() { installedPlatform.store(this, std::memory_order_release); }
+void Platform::install() { installedPlatforms().makeCurrent(this); }
 
 void Platform::end() {
     if (hasEnded()) return;
-    Platform* const previous = installedPlatform.exchange(this, std::memory_order_acq_rel);
+    currentPlatform.store(this, std::memory_order_release);
     stop();
     const auto livePlugins = process_->livePlugins();
     ports_.application->setDelegate(nullptr);
     process_->release();
     process_.reset();
     if (const int count = livePlugins->load(); count > 0) reportOutlived(count);
-    installedPlatform.store(previous == this ? nullptr : previous, std::memory_order_release);
+    installedPlatforms().remove(this);
 }
 
 std::string_view libraryVersion() { return CORVANTILE_VERSION; }

@@ -49,7 +49,8 @@ struct Ports {
 
 // A platform is a process: the ports, the threads that run framework code, and the process's records.
 // A final platform installs itself when its construction is complete and ends itself in its destructor;
-// both only from outside any queue. One platform is current at a time.
+// both only from outside any queue. One platform is current at a time: the one that was installed last, and
+// after its end the one before it.
 class CORVANTILE_API Platform : NonCopyable {
 public:
     virtual ~Platform();
@@ -68,8 +69,8 @@ protected:
     void install();
 
     // Ends the process: `stop`, then the delegate and the process's records are released while the ports
-    // still stand, then live plug-ins are counted, then the platform is no longer current. A second call does
-    // nothing.
+    // still stand, then live plug-ins are counted, then the platform that was installed before is current
+    // again. A second call does nothing.
     void end();
 
     [[nodiscard]] bool hasEnded() const { return process_ == nullptr; }

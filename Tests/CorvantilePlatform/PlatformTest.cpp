@@ -52,6 +52,17 @@ TEST(Platform, EndsQueuesThenDelegateThenRecordsWhileThePortsStand) {
                                                          "held by the record gone", "record gone"}));
 }
 
+TEST(Platform, IsCurrentAgainWhenTheOneInstalledAfterItHasEnded) {
+    TestDevice device, otherDevice, thirdDevice;
+    const auto first = TestPlatform::launch(device);
+    auto second = TestPlatform::launch(otherDevice), third = TestPlatform::launch(thirdDevice);
+
+    second.reset();
+    EXPECT_EQ(&Platform::current(), third.get());
+    third.reset();
+    EXPECT_EQ(&Platform::current(), first.get());
+}
+
 TEST(PlatformDeathTest, NamesMistakesOfItsHost) {
     EXPECT_DEATH(static_cast<void>(DispatchQueue::main()), "No platform is installed");
     TestDevice device;

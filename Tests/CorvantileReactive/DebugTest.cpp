@@ -57,6 +57,15 @@ TEST_F(Debug, PrintsOneLineEachAndIsDisposedBeforeItsSourceIsLeft) {
               "upper" + event + "lower" + event + "failed, lower -> isDisposed, upper -> isDisposed, left");
 }
 
+TEST_F(Debug, IsSilentWhereThePlatformHasGone) {
+    PublishSubject<int> subject;
+    const auto chain = subscribe(subject.debug("late"));
+    platform_.reset();
+
+    chain.dispose(); // as a plug-in's destructor does, however late it runs
+    EXPECT_FALSE(Platform::isInstalled());
+}
+
 TEST_F(Debug, StampsLocalTimeWithTheMillisecondsCutAndNamesTheCaller) {
     device_.setNow(TestDevice::startDate + std::chrono::microseconds(7999));
     device_.setTimeZoneOffset(std::chrono::minutes(-210));

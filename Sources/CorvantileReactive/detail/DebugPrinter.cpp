@@ -37,7 +37,9 @@ std::string trimmed(std::string text) {
 DebugPrinter::DebugPrinter(std::string label, bool trimOutput)
     : label_(std::move(label)), trimOutput_(trimOutput) {}
 
+// A plug-in that outlives its platform disposes its chains when there is no console any more.
 void DebugPrinter::print(std::string_view content) const {
+    if (!Platform::isInstalled()) return;
     const auto& ports = Platform::current().ports();
     const auto now = ports.clock->now();
     auto line = timestamp(now, ports.clock->localOffset(now)) + ": " + label_ + " -> ";
