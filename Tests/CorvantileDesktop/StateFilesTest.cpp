@@ -102,10 +102,13 @@ TYPED_TEST(StateFiles, AreSetAsideWhenTheyCannotBeUsedAndBegunAnew) {
         damage(this->file);
         const auto damaged = bytesOf(this->file), log = bytesOf(beside(this->file, "-wal"));
         this->console->lines.clear();
+        auto store = this->open();
+        this->console->callBack = [&] { store.save("from the console", ""); };
 
-        this->open().save("new", "text");
+        store.save("new", "text");
 
-        EXPECT_EQ(TypeParam::in(this->file), (Texts{{"new", "text"}}));
+        this->console->callBack = nullptr;
+        EXPECT_EQ(TypeParam::in(this->file), (Texts{{"from the console", ""}, {"new", "text"}}));
         EXPECT_EQ(bytesOf(beside(this->file, ".set-aside-1")), damaged);
         EXPECT_EQ(bytesOf(beside(this->file, ".set-aside-1-wal")), log);
         EXPECT_THAT(quarantinedFiles(this->file), Not(IsEmpty()));

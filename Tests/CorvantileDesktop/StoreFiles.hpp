@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -19,8 +20,12 @@ namespace corvantile {
 
 class ListeningConsole final : public Console {
 public:
-    void print(std::string_view text) override { lines.emplace_back(text); }
+    void print(std::string_view text) override {
+        lines.emplace_back(text);
+        if (callBack) callBack();
+    }
     std::vector<std::string> lines;
+    std::function<void()> callBack;
 };
 
 // Empty when `file` is no regular file.

@@ -6,6 +6,7 @@
 #include "CorvantileDesktop/Adjust/detail/ServerAnswer.hpp"
 #include "CorvantilePlatform/Foundation/Clock.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 #include "CorvantilePlatform/Foundation/detail/Unicode.hpp"
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
 #include "CorvantilePlatform/Platform.hpp"
@@ -188,7 +189,7 @@ std::shared_ptr<ADJConfig> OutboxAdjust::makeConfig(const std::string& appToken,
 }
 
 void OutboxAdjust::launch(std::shared_ptr<ADJConfig> config) {
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     const auto& log = *parts_->log;
     if (!config) return log.error("has not been started: appDidLaunch was given no configuration.");
     if (!config->isValid()) return log.error("has not been started: the configuration is not valid.");
@@ -197,7 +198,7 @@ void OutboxAdjust::launch(std::shared_ptr<ADJConfig> config) {
 }
 
 void OutboxAdjust::send(const ADJEvent& event) {
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     const auto& log = *parts_->log;
     if (!parts_->writer)
         return log.error("drops the event '" + event.eventToken() + "': it has not been started.");
@@ -208,7 +209,7 @@ void OutboxAdjust::send(const ADJEvent& event) {
 }
 
 void OutboxAdjust::send(const ADJSubscription& subscription) {
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     if (!parts_->writer)
         return parts_->log->error("drops the subscription '" + subscription.transactionId() +
                                   "': it has not been started.");
@@ -216,13 +217,13 @@ void OutboxAdjust::send(const ADJSubscription& subscription) {
 }
 
 void OutboxAdjust::setPushToken(const std::vector<std::uint8_t>& token) {
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     parts_->pushToken = lowerCaseHex(token);
     if (parts_->writer) parts_->usePushToken();
 }
 
 void OutboxAdjust::setActive(bool isActive) {
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     parts_->isActive = isActive;
     if (!parts_->writer) return;
     if (isActive) return parts_->beActive();
@@ -231,13 +232,13 @@ void OutboxAdjust::setActive(bool isActive) {
 }
 
 void OutboxAdjust::setOnline(bool isOnline) {
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     parts_->isOnline = isOnline;
     parts_->update();
 }
 
 bool OutboxAdjust::isOnline() const {
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     return parts_->isOnline;
 }
 

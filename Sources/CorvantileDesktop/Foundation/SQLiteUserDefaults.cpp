@@ -2,6 +2,7 @@
 
 #include "CorvantileDesktop/Foundation/detail/DefaultsMirror.hpp"
 #include "CorvantileDesktop/detail/Files/Quarantine.hpp"
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 
 #include <atomic>
 #include <mutex>
@@ -44,12 +45,12 @@ SQLiteUserDefaults::~SQLiteUserDefaults() {
 void SQLiteUserDefaults::beginTurn() {
     parts_->hasTurned.store(true, std::memory_order_relaxed);
     if (!parts_->isBehind.load(std::memory_order_relaxed)) return;
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     parts_->refresh();
 }
 
 std::optional<NSUserDefaults::Value> SQLiteUserDefaults::valueForKey(std::string_view key) const {
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     const auto& values = parts_->values();
     const auto found = values.find(key);
     if (found == values.end()) return std::nullopt;
@@ -57,20 +58,20 @@ std::optional<NSUserDefaults::Value> SQLiteUserDefaults::valueForKey(std::string
 }
 
 void SQLiteUserDefaults::setValue(std::optional<Value> value, std::string_view forKey) {
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     parts_->mirror.set(forKey, std::move(value));
     parts_->isBehind = parts_->mirror.isBehind();
 }
 
 NSUserDefaults::Dictionary SQLiteUserDefaults::dictionaryRepresentation() const {
-    const std::lock_guard lock(parts_->mutex);
+    const ReportingLock lock(parts_->mutex);
     return parts_->values();
 }
 
 // The wait for the disk is outside the lock: others go on reading and writing.
 bool SQLiteUserDefaults::synchronize() {
     {
-        const std::lock_guard lock(parts_->mutex);
+        const ReportingLock lock(parts_->mutex);
         const bool hasCaughtUp = parts_->mirror.catchUp();
         parts_->isBehind = parts_->mirror.isBehind();
         if (!hasCaughtUp) return false;

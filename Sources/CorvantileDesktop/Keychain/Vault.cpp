@@ -5,7 +5,7 @@
 #include "CorvantileDesktop/Keychain/detail/VaultSeal.hpp"
 #include "CorvantileDesktop/Keychain/detail/VaultWriter.hpp"
 #include "CorvantileDesktop/detail/Files/Quarantine.hpp"
-#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 #include "CorvantilePlatform/Keychain/KeychainError.hpp"
 
 #include <atomic>
@@ -81,14 +81,12 @@ struct Vault::Parts {
     }
 
     void reportOnce(const NSError& error) {
-        const std::unique_lock lock(mutex);
+        const ReportingLock lock(mutex);
         const auto& [text, isNew] = reported.insert(error.localizedDescription());
         if (isNew) print("Keychain in " + options.folder.string() + ": " + *text);
     }
 
-    void print(const std::string& text) const {
-        if (options.console) options.console->print(text);
-    }
+    void print(const std::string& text) const { printAfterLocks(options.console, text); }
 
     void reportUnreadable(std::string_view account, std::string_view service, std::string_view reason) const {
         if (options.reportsUnreadableEntries) print(unreadableEntryLine(account, service, reason));

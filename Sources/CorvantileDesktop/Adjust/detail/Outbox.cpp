@@ -1,5 +1,7 @@
 #include "CorvantileDesktop/Adjust/detail/Outbox.hpp"
 
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -54,14 +56,14 @@ void Outbox::catchUp() {
 }
 
 void Outbox::add(OutboxPackage package) {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     refresh();
     if (canWrite() && file_.attempt([&](OutboxFile& file) { file.add(package); })) return;
     unwritten_.add(std::move(package));
 }
 
 bool Outbox::addUnlessRepeated(const OutboxPackage& package, const std::string& transactionId) {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     bool isRepeated = false;
     apply([&] {
         auto transactions = memory::withTransaction(known(memory::transactions), transactionId);
@@ -76,7 +78,7 @@ bool Outbox::addUnlessRepeated(const OutboxPackage& package, const std::string& 
 }
 
 void Outbox::addSession(Date now, const MakeSession& make) {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     apply([&] {
         const auto count = memory::number(known(memory::sessions));
         const std::chrono::duration<double> rest(now.secondsSinceUnixEpoch() - lastActivity());
@@ -91,13 +93,13 @@ void Outbox::addSession(Date now, const MakeSession& make) {
 void Outbox::noteActivity(Date now) { remember(memory::lastActive, wholeSeconds(now)); }
 
 std::optional<std::string> Outbox::remembered(std::string_view name) {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     refresh();
     return known(name);
 }
 
 void Outbox::remember(std::string_view name, std::string value) {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     apply([&] { return OutboxChange{.packages = {}, .values = {{std::string(name), value}}}; });
 }
 
@@ -116,7 +118,7 @@ void Outbox::apply(const std::function<OutboxChange()>& decide) {
 }
 
 bool Outbox::claim() {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     refresh();
     return claimFile();
 }
@@ -132,12 +134,12 @@ bool Outbox::claimFile() {
 }
 
 void Outbox::release() {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     claim_ = Descriptor();
 }
 
 std::optional<OutboxPackage> Outbox::front() {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     refresh();
     std::optional<OutboxPackage> package;
     if (claimFile())
@@ -149,7 +151,7 @@ std::optional<OutboxPackage> Outbox::front() {
 }
 
 void Outbox::record(OutboxPackage package, PackageState state, DeliveryAnswer answer) {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     package.state = state;
     ++package.tries;
     answer.text.resize(std::min(answer.text.size(), OutboxFile::keptBytes));
@@ -160,7 +162,7 @@ void Outbox::record(OutboxPackage package, PackageState state, DeliveryAnswer an
 }
 
 std::vector<OutboxEntry> Outbox::entries() {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     refresh();
     std::vector<OutboxEntry> found;
     file_.attempt([&](const OutboxFile& file) {

@@ -2,7 +2,7 @@
 
 #include "CorvantileDesktop/Adjust/detail/OutboxPackage.hpp"
 #include "CorvantilePlatform/Adjust/ADJConfig.hpp"
-#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 #include "CorvantilePlatform/NonCopyable.hpp"
 
 #include <atomic>
@@ -44,7 +44,7 @@ public:
     }
 
 private:
-    void print(const std::string& text) const { console_->print("Corvantile: Adjust " + text); }
+    void print(const std::string& text) const { printAfterLocks(console_, "Corvantile: Adjust " + text); }
 
     const std::shared_ptr<Console> console_;
     std::atomic<ADJLogLevel> level_{ADJLogLevel::info};

@@ -4,6 +4,7 @@
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Foundation/detail/JSONDepth.hpp"
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
 
 #include <nlohmann/json.hpp>
@@ -133,7 +134,7 @@ void DelegateReporter::setDelegate(std::weak_ptr<AdjustDelegate> delegate) {
 }
 
 void DelegateReporter::report(const OutboxPackage& package, const ServerAnswer& answer) {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     main_->async([weak = delegate_, package, answer, isAttributionNew = isNewAttribution(answer)] {
         const auto delegate = weak.lock();
         if (!delegate) return;

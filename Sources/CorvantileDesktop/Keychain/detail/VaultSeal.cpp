@@ -3,6 +3,7 @@
 #include "CorvantileCrypto/SealedBox.hpp"
 #include "CorvantileDesktop/Keychain/detail/DictionaryCoding.hpp"
 #include "CorvantileDesktop/Keychain/detail/PrivateFolder.hpp"
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 #include "CorvantilePlatform/Keychain/KeychainError.hpp"
 
 #include <utility>
@@ -58,7 +59,7 @@ VaultSeal::Key VaultSeal::presentKey() {
 
 VaultSeal::Key VaultSeal::keyForSealing() {
     if (auto known = presentKey()) return known;
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     const auto folder = PrivateFolder::make(folder_);
     const auto folderLock = folder.lock();
     auto found = MasterKey::read(folder); // another process may have been quicker

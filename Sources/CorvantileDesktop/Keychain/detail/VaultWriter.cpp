@@ -3,6 +3,8 @@
 #include "CorvantileDesktop/Keychain/detail/PrivateFolder.hpp"
 #include "CorvantileDesktop/Keychain/detail/VaultReader.hpp"
 
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
+
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -60,7 +62,7 @@ bool VaultWriter::remove(std::string_view account, std::string_view service) {
 // row, so what it decides about the row still holds when it writes.
 template <class Change>
 int VaultWriter::change(Change run) {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     try {
         if (connection_ && connection_->database->hasMoved()) connection_.reset();
         if (!connection_) open();

@@ -1,7 +1,7 @@
 #include "CorvantileDesktop/Store/detail/StoreFile.hpp"
 
 #include "CorvantileLocalStore/LocalStoreError.hpp"
-#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 
 #include <utility>
 
@@ -82,7 +82,7 @@ StoreFile::~StoreFile() = default;
 void StoreFile::open() {
     connection_.reset();
     auto opened = openOrBeginState(file_, format);
-    if (!opened.loss.empty() && console_) console_->print("The store began anew: " + opened.loss);
+    if (!opened.loss.empty()) printAfterLocks(console_, "The store began anew: " + opened.loss);
     connection_ = std::make_unique<Connection>(std::move(opened.database));
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CorvantileDesktop/detail/Storage/StateDatabase.hpp"
-#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 
 #include <chrono>
 #include <filesystem>
@@ -30,8 +30,9 @@ struct RetryingFileOptions {
 // A state file that may refuse to be written for a time: it is opened by `catchUp`, given up after an error
 // that will not pass, and opened again later. What it refuses stays in its owner's memory until `catchUp`
 // writes it. The console gets one line when such a time begins and one when it ends, and one for a file that
-// was moved aside. Not for the keychain, which refuses what is not on the disk. Threads: one at a time.
-// Errors: none. `File` is made of a SqliteDatabase, and has `format`, `hasMoved` and `logPages`.
+// was moved aside; its owner calls it under a ReportingLock. Not for the keychain, which refuses what is not
+// on the disk. Threads: one at a time. Errors: none. `File` is made of a SqliteDatabase, and has `format`,
+// `hasMoved` and `logPages`.
 template <class File>
 class RetryingFile {
 public:
@@ -103,7 +104,7 @@ private:
     }
 
     void report(const std::string& text) const {
-        options_.console->print("Corvantile: " + options_.subject + " " + text);
+        printAfterLocks(options_.console, "Corvantile: " + options_.subject + " " + text);
     }
 
     const RetryingFileOptions options_;

@@ -3,7 +3,7 @@
 #include "CorvantileLocalStore/Engine/StoreStorage.hpp"
 #include "CorvantileLocalStore/Engine/detail/ReceiptText.hpp"
 #include "CorvantilePlatform/Foundation/Clock.hpp"
-#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 
 #include <algorithm>
 #include <vector>
@@ -30,8 +30,7 @@ void StoreSession::refresh() {
     std::vector<std::string> unreadable;
     ledger = StoreLedger(options.storage->load(), unreadable);
     for (const auto& key : unreadable)
-        if (options.console)
-            options.console->print("The store passes over a record that it cannot read: " + key);
+        printAfterLocks(options.console, "The store passes over a record that it cannot read: " + key);
     setClock();
     isLoaded_ = true;
     writeReceipt();

@@ -5,6 +5,7 @@
 #include "CorvantileLocalStore/Engine/detail/StoreLedger.hpp"
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 
 #include <exception>
 #include <mutex>
@@ -71,7 +72,7 @@ private:
 
 template <class Act>
 auto StoreSession::perform(Act act) {
-    const std::lock_guard lock(mutex_);
+    const ReportingLock lock(mutex_);
     for (;;) {
         refresh();
         engine.subscriptions().catchUp(now());
