@@ -127,4 +127,24 @@ TEST(StoreClock, FollowsTheDeviceAtItsRateAndNeverGoesBack) {
     EXPECT_THROW(shop.store->advance(std::chrono::seconds(-1)), NSError);
 }
 
+TEST(StoreClock, RenewsAfterAJumpOfExactlyThePeriodWhereverItBegan) {
+    for (const int microseconds : {0, 456, 1777, 123000, 999999})
+        for (const bool isFromEarlierVersion : {false, true}) {
+            StoreFixture shop(catalogueOfVersion("5.0"));
+            shop.clock->date = shop.clock->date + std::chrono::microseconds(microseconds);
+            if (isFromEarlierVersion) { // which wrote the time down as it was
+                const auto time = std::to_string(shop.clock->date.secondsSinceReference);
+                StoreStorage::Changes rows;
+                rows["clock"] = R"({"device": )" + time + R"(, "store": )" + time +
+                                R"(, "rate": 0, "seen": )" + time + "}";
+                ASSERT_TRUE(shop.storage->commit(rows));
+            }
+            shop.store->setClockRate(0);
+            shop.pay("plan"); // three days free, then by the week
+            shop.store->advance(std::chrono::hours(24 * 3));
+            shop.store->advance(std::chrono::hours(24 * 7));
+            EXPECT_EQ(shop.store->purchases().size(), 3u) << microseconds << isFromEarlierVersion;
+        }
+}
+
 } // namespace corvantile::SubscriptionTest

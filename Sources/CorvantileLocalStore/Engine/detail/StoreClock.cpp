@@ -9,12 +9,28 @@ namespace {
 
 constexpr std::chrono::duration<double> forEver{3e9}; // some ninety years, which fit into nanoseconds
 
+Date nextWholeMillisecond(Date date) {
+    const auto before = wholeMilliseconds(date);
+    return before < date ? before + std::chrono::milliseconds(1) : date;
+}
+
+} // namespace
+
 Date wholeMilliseconds(Date date) {
     // What doubles cannot hold exactly must not be cut to the millisecond before.
     return Date::fromUnixMilliseconds(std::floor(date.secondsSinceUnixEpoch() * 1000.0 + 0.01));
 }
 
-} // namespace
+// Earlier versions wrote down times between two milliseconds. What was dated by one must not be in the future
+// when the clock jumps by exactly its period.
+StoreClock::StoreClock(const StoreClockSetting& setting) : setting_(setting) {
+    setting_.seen = nextWholeMillisecond(setting_.seen);
+}
+
+StoreClock::StoreClock(Date device, Date start, double rate)
+    : setting_{.device = device, .store = wholeMilliseconds(start), .rate = rate} {
+    setting_.seen = setting_.store;
+}
 
 Date StoreClock::at(Date device) {
     const auto shown = wholeMilliseconds(setting_.store + (device - setting_.device) * setting_.rate);

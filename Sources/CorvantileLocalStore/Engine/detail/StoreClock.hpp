@@ -7,14 +7,16 @@
 
 namespace corvantile {
 
+// The last whole millisecond, in the one form in which equal moments are equal numbers.
+[[nodiscard]] Date wholeMilliseconds(Date date);
+
 // The store's own time. It follows the device's clock at a rate, jumps on demand, and never goes back, also
 // where the device's clock is set back. Whole milliseconds, which is what receipts tell.
 class StoreClock {
 public:
-    explicit StoreClock(StoreClockSetting setting) : setting_(setting) {}
-    // A new one, which shows `start` now.
-    StoreClock(Date device, Date start, double rate)
-        : setting_{.device = device, .store = start, .rate = rate, .seen = start} {}
+    explicit StoreClock(const StoreClockSetting& setting);
+    // A new one, which shows `start` now, cut to the millisecond.
+    StoreClock(Date device, Date start, double rate);
 
     [[nodiscard]] const StoreClockSetting& setting() const { return setting_; }
 

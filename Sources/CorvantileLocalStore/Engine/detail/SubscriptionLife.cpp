@@ -1,6 +1,7 @@
 #include "CorvantileLocalStore/Engine/detail/SubscriptionLife.hpp"
 
 #include "CorvantileLocalStore/Catalogue/Period.hpp"
+#include "CorvantileLocalStore/Engine/detail/StoreClock.hpp"
 #include "CorvantileLocalStore/LocalStoreError.hpp"
 
 #include <chrono>
@@ -34,8 +35,7 @@ bool hasEnded(const StoreSubscription& subscription) {
            subscription.status == SubscriptionStatus::revoked;
 }
 
-// When its status changes next if the customer does nothing.
-std::optional<Date> dueDate(const StoreSubscription& subscription) {
+std::optional<Date> nextChange(const StoreSubscription& subscription) {
     switch (subscription.status) {
     case SubscriptionStatus::active: return subscription.expirationDate;
     case SubscriptionStatus::gracePeriod: return subscription.gracePeriodEnd;
@@ -44,6 +44,13 @@ std::optional<Date> dueDate(const StoreSubscription& subscription) {
     case SubscriptionStatus::revoked: break;
     }
     return std::nullopt;
+}
+
+// When its status changes next if the customer does nothing, by the store's clock, which shows whole
+// milliseconds. The calendar's arithmetic may leave a little more.
+std::optional<Date> dueDate(const StoreSubscription& subscription) {
+    const auto change = nextChange(subscription);
+    return change ? std::optional(wholeMilliseconds(*change)) : std::nullopt;
 }
 
 void expire(StoreSubscription& subscription, ExpirationIntent intent) {
