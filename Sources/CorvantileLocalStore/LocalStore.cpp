@@ -133,6 +133,8 @@ std::optional<std::string> LocalStore::receipt() {
         [&] { return receiptJSON(session_->ledger, session_->options.bundleIdentifier, session_->now()); });
 }
 
+Date LocalStore::timeForApp() { return session_->timeForApp(); }
+
 void LocalStore::setListener(Listener listener) { session_->setListener(std::move(listener)); }
 
 std::int64_t LocalStore::addPayment(const std::string& productIdentifier, int quantity) {

@@ -111,6 +111,9 @@ public:
     [[nodiscard]] std::optional<std::string> receipt(); // as StoreRequests tells it
 
     // For the ports.
+    // What the clock shows. Never throws, and only reads: what falls due waits for the next command. Before
+    // the storage can be read: the device's time.
+    [[nodiscard]] Date timeForApp();
     // Before anything else is called.
     void setListener(Listener listener);
     // Throws NSError when the payment could not be written down.

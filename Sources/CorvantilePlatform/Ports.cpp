@@ -66,6 +66,7 @@ StoreRequests::~StoreRequests() = default;
 std::shared_ptr<StoreRequests> StoreRequests::shared() { return Platform::current().ports().storeRequests; }
 
 Clock::~Clock() = default;
+Date Clock::deviceNow() const { return now(); }
 
 DispatchQueue::~DispatchQueue() = default;
 DispatchQueues::~DispatchQueues() = default;

@@ -17,6 +17,8 @@ struct TestStoreOptions {
     // As LocalStoreOptions says.
     std::optional<double> clockRate = {};
     std::optional<Date> start = {};
+    // The app's time (Clock::now) is the store's. False: it is the device's. Timers go by the device's.
+    bool setsAppTime = true;
 };
 
 // How a test process is launched.

@@ -3,6 +3,7 @@
 #include "CorvantileCrypto/OpenSSLCryptor.hpp"
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantileLocalStore/detail/Ports/LocalPaymentQueue.hpp"
+#include "CorvantileLocalStore/detail/Ports/LocalStoreClock.hpp"
 #include "CorvantileLocalStore/detail/Ports/LocalStoreRequests.hpp"
 #include "CorvantilePlatform/FatalError.hpp"
 #include "CorvantileTest/RecordingAdjust.hpp"
@@ -55,6 +56,8 @@ struct TestPlatform::Parts {
         if (localStore) {
             made.paymentQueue = LocalPaymentQueue::make(localStore, queues->main(), console);
             made.storeRequests = std::make_shared<LocalStoreRequests>(localStore);
+            if (options.localStore->setsAppTime)
+                made.clock = std::make_shared<LocalStoreClock>(localStore, made.clock);
         }
         return made;
     }

@@ -1,6 +1,7 @@
 #include "CorvantileLocalStore/detail/Ports/LocalPaymentQueue.hpp"
 #include "CorvantileLocalStore/Engine/StoreStorage.hpp"
 #include "CorvantileLocalStore/LocalStore.hpp"
+#include "CorvantilePlatform/Foundation/Clock.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantilePlatform/Foundation/NSBundle.hpp"
 #include "CorvantileTest/RecordingConsole.hpp"
@@ -100,6 +101,23 @@ TEST(LocalPaymentQueue, AsksAboutAPromotedPurchaseOnceSomebodyIsThereToAnswer) {
     const Listener listener(*SKPaymentQueue::defaultQueue());
     platform->runUntilIdle();
     EXPECT_THAT(listener.heard, ElementsAre("asked", "open", "bought 2024-01-31"));
+}
+
+TEST(LocalStoreClock, IsTheAppsUnlessTheHostWantsTheDevicesAndNeverThatOfTimers) {
+    for (const bool isApps : {true, false}) {
+        TestDevice device;
+        auto options = storeOptions(1);
+        options.localStore->setsAppTime = isApps;
+        const auto platform = TestPlatform::launch(device, options);
+        const auto& clock = *platform->ports().clock;
+        bool isTimerDue = false;
+        DispatchQueue::main()->asyncAfter(1h, [&] { isTimerDue = true; });
+        platform->localStore().advance(24h);
+        platform->advance(59min);
+        EXPECT_FALSE(isTimerDue);
+        EXPECT_EQ(dayOf(clock.now()), isApps ? "2024-02-01" : "2024-01-02");
+        EXPECT_EQ(dayOf(clock.deviceNow()), "2024-01-02");
+    }
 }
 
 // A disk that is full while `isFull`.

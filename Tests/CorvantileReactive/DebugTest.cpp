@@ -16,8 +16,16 @@ struct Described {
     friend std::string describe(const Described&) { return "Described(1)"; }
 };
 
+// The app's time is another one: lines show the device's.
 class Debug : public PlatformTest {
 protected:
+    void SetUp() override {
+        TestOptions options;
+        options.localStore = TestStoreOptions{.catalogue = R"({"version": {"major": 4}})", .start = Date{0}};
+        platform_.reset();
+        platform_ = TestPlatform::launch(device_, options);
+    }
+
     // What was printed and noted since the last call, in order. Time stands still: the stamp is one text.
     std::string trace() {
         note();

@@ -9,7 +9,6 @@
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
 #include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
 #include "CorvantileDesktop/DesktopPlatform.hpp"
-#include "CorvantilePlatform/Foundation/Clock.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
 #include <fstream>
@@ -74,13 +73,10 @@ public:
     DesktopStory() { std::ofstream(folder_.path() / "story.storekit") << storyCatalogue; }
 
     void launch() {
-        const auto clock = std::make_shared<StoreTime>();
         DesktopOptions options{.stateFolder = folder_.path() / "state", .adjust = {.isOffline = true}};
         options.store = {
             .catalogue = folder_.path() / "story.storekit", .clockRate = 0, .start = TestDevice::startDate};
-        options.decorate = [clock](Ports& ports) { ports.clock = clock; };
         platform_ = std::make_unique<DesktopPlatform>(std::move(options));
-        clock->store = &platform_->store();
         if (target_) goTo(*std::exchange(target_, std::nullopt));
     }
     void terminate() { platform_.reset(); }
@@ -104,12 +100,6 @@ public:
     }
 
 private:
-    struct StoreTime final : Clock {
-        [[nodiscard]] Date now() const override { return store->now(); }
-        [[nodiscard]] std::chrono::seconds localOffset(Date) const override { return {}; }
-        LocalStore* store = nullptr;
-    };
-
     TemporaryFolder folder_;
     std::optional<Date> target_; // reached while the app did not run
     std::unique_ptr<DesktopPlatform> platform_;

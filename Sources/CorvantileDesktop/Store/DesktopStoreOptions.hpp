@@ -16,6 +16,10 @@ struct DesktopStoreOptions {
     // See LocalStoreOptions.
     std::optional<double> clockRate = {};
     std::optional<Date> start = {};
+
+    // With a catalogue, the app's time (Clock::now) is the store's, which dates its purchases. False: it is
+    // the system's. Timers, logs and the attribution SDK always go by the system's.
+    bool setsAppTime = true;
 };
 
 } // namespace corvantile

@@ -13,7 +13,11 @@ class CORVANTILE_API Clock : NonCopyable {
 public:
     virtual ~Clock();
 
+    // The app's time. A platform with a store of its own may let it follow the store's.
     [[nodiscard]] virtual Date now() const = 0;
+
+    // The device's time, which logs show. `now`, unless a platform lets that follow something else.
+    [[nodiscard]] virtual Date deviceNow() const;
 
     // By how much local time is ahead of UTC at `date`; negative west of Greenwich.
     [[nodiscard]] virtual std::chrono::seconds localOffset(Date date) const = 0;

@@ -41,7 +41,7 @@ DebugPrinter::DebugPrinter(std::string label, bool trimOutput)
 void DebugPrinter::print(std::string_view content) const {
     if (!Platform::isInstalled()) return;
     const auto& ports = Platform::current().ports();
-    const auto now = ports.clock->now();
+    const auto now = ports.clock->deviceNow();
     auto line = timestamp(now, ports.clock->localOffset(now)) + ": " + label_ + " -> ";
     ports.console->print(line.append(content));
 }

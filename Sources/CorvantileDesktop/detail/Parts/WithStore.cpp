@@ -4,6 +4,7 @@
 #include "CorvantileLocalStore/Catalogue/CatalogueReader.hpp"
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantileLocalStore/detail/Ports/LocalPaymentQueue.hpp"
+#include "CorvantileLocalStore/detail/Ports/LocalStoreClock.hpp"
 #include "CorvantileLocalStore/detail/Ports/LocalStoreRequests.hpp"
 #include "CorvantilePlatform/Foundation/Console.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
@@ -66,6 +67,8 @@ void DesktopPlatform::Parts::addStore(Ports& made, const DesktopOptions& options
     store = makeStore(options, made);
     made.paymentQueue = LocalPaymentQueue::make(store, made.queues->main(), made.console);
     made.storeRequests = std::make_shared<LocalStoreRequests>(store);
+    if (options.store.setsAppTime && !options.store.catalogue.empty())
+        made.clock = std::make_shared<LocalStoreClock>(store, made.clock);
 }
 
 } // namespace corvantile

@@ -17,6 +17,18 @@ void StoreSession::setListener(LocalStore::Listener told) {
 
 Date StoreSession::deviceNow() const { return options.clock->now(); }
 
+Date StoreSession::timeForApp() {
+    {
+        const std::lock_guard lock(mutex_);
+        if (clock) return now();
+    }
+    try {
+        return perform([this] { return now(); });
+    } catch (const NSError&) {
+        return deviceNow(); // nobody can be told, and every use of the store fails for the same reason
+    }
+}
+
 Date StoreSession::now() {
     const auto followed = clock->setting().device;
     const auto shown = clock->at(deviceNow());

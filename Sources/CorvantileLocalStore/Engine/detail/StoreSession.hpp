@@ -47,6 +47,9 @@ public:
 
     void setListener(LocalStore::Listener told);
 
+    // What the clock shows, without looking for what others have changed.
+    Date timeForApp();
+
     [[nodiscard]] Date deviceNow() const;
     Date now();
 

@@ -35,8 +35,9 @@ AdsOptions readAds(const PlayConfiguration& object) {
 }
 
 DesktopStoreOptions readStore(const PlayConfiguration& object) {
-    object.allow({"catalogue", "clockRate"});
-    DesktopStoreOptions options{.clockRate = object.amount("clockRate")};
+    object.allow({"catalogue", "clockRate", "setsAppTime"});
+    DesktopStoreOptions options{.clockRate = object.amount("clockRate"),
+                                .setsAppTime = object.boolean("setsAppTime", true)};
     if (object.has("catalogue")) options.catalogue = object.folder() / object.text("catalogue");
     return options;
 }
