@@ -1,24 +1,29 @@
 #include "CorvantileDesktop/DesktopOptions.hpp"
 #include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantileDesktop/detail/Application/LocalDevice.hpp"
 #include "CorvantilePlatform/Application/UIDevice.hpp"
 #include "CorvantilePlatform/Foundation/Clock.hpp"
 #include "CorvantilePlatform/Foundation/NSBundle.hpp"
 #include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
+#include "Tests/CorvantileDesktop/StoreFiles.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include <unistd.h>
 
 // What a desktop platform takes from around it: folders, the time zone, files, an identifier, names.
 namespace corvantile::SurroundingsTest {
@@ -78,26 +83,59 @@ TEST(FolderBundle, FindsFilesOfItsFolderAndNoOthers) {
         EXPECT_EQ(NSBundle::main()->resource(name, extension), std::nullopt) << name << "." << extension;
 }
 
-// What a process of its own is told.
-std::optional<std::string> identifierIn(const std::filesystem::path& stateFolder) {
-    DesktopPlatform platform({.stateFolder = stateFolder});
-    return UIDevice::current()->identifierForVendor();
+// What a process of its own is told, and how many lines it prints.
+std::optional<std::string> identifierIn(const std::filesystem::path& stateFolder, std::size_t lines = 0) {
+    const auto console = std::make_shared<ListeningConsole>();
+    DesktopPlatform platform({.stateFolder = stateFolder, .console = console});
+    const auto identifier = UIDevice::current()->identifierForVendor();
+    EXPECT_EQ(console->lines.size(), lines);
+    return identifier;
 }
 
-TEST(LocalDevice, KeepsItsVendorIdentifierReplacesOneThatIsNoneAndTellsNoneThatItCannotKeep) {
+TEST(LocalDevice, FindsItsVendorIdentifierAgainInASecondFile) {
     const TemporaryFolder home;
     const auto folder = home.path() / "made" / "when needed";
-    const auto file = folder / "vendor-identifier";
-    std::set<std::string> told = {identifierIn(folder).value()};
-    for (const auto* const damaged : {"", "not an identifier", "fdf275a7-7cc6-4216-9e99-e29472363784\n"}) {
-        std::ofstream(file) << damaged;
-        const auto made = identifierIn(folder).value();
-        EXPECT_THAT(made, testing::MatchesRegex(
-                              "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
-        EXPECT_TRUE(told.insert(made).second);
-        EXPECT_EQ(identifierIn(folder), made);
+    const auto file = folder / "vendor-identifier", copy = folder / "vendor-identifier.copy";
+    const auto identifier = identifierIn(folder).value();
+    EXPECT_THAT(identifier,
+                testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+    auto altered = identifier;
+    altered[30] = altered[30] == '0' ? '1' : '0';
+    int kept = 0;
+    for (const auto& damaged : {std::string(), std::string("not an identifier"), altered + "\n"}) {
+        writeFile(file, damaged);
+        EXPECT_THAT(inspectVendorIdentifier(folder).fault, testing::HasSubstr("damaged"));
+        EXPECT_EQ(identifierIn(folder, 1), identifier);
+        EXPECT_EQ(bytesOf(beside(file, ".set-aside-" + std::to_string(++kept))), damaged);
+        EXPECT_EQ(identifierIn(folder), identifier);
     }
+    std::filesystem::remove(file), std::filesystem::create_directory(file);
+    EXPECT_EQ(identifierIn(folder, 1), identifier);
+    writeFile(copy, altered);
+    EXPECT_EQ(identifierIn(folder), identifier);
+    EXPECT_NE(bytesOf(copy), altered);
+    const std::string other = "FDF275A7-7CC6-4216-9E99-E29472363784"; // of a version that knows of no copy
+    writeFile(file, other + "\n");
+    EXPECT_EQ(identifierIn(folder), other);
+    EXPECT_EQ(inspectVendorIdentifier(folder).fault, "");
+
+    writeFile(file, altered.substr(1)), writeFile(copy, "");
+    const auto made = identifierIn(folder, 1);
+    EXPECT_NE(made, other);
+    EXPECT_EQ(identifierIn(folder), made);
     EXPECT_EQ(identifierIn(file / "state"), std::nullopt); // a file is in the way
+}
+
+TEST(DesktopPlatform, DeletesWhatAKilledProcessHadNotPutInPlace) {
+    const TemporaryFolder state;
+    std::filesystem::create_directory(state.path() / "keychain");
+    const auto ofTheDead = state.path() / "keychain" / "master.key.4194305-0.new"; // above every process
+    const auto ofTheLiving = state.path() / ("receipt." + std::to_string(::getpid()) + "-0.new");
+    for (const auto& file : {ofTheDead, ofTheLiving}) writeFile(file, "half");
+    const DesktopPlatform platform({.stateFolder = state.path()});
+
+    EXPECT_FALSE(std::filesystem::exists(ofTheDead));
+    EXPECT_TRUE(std::filesystem::exists(ofTheLiving));
 }
 
 TEST(HostName, IsANameOrAnAddressAndNothingAroundIt) {

@@ -9,7 +9,9 @@
 #include "CorvantileDesktop/Foundation/detail/SystemClock.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantileDesktop/detail/Application/LocalDevice.hpp"
+#include "CorvantileDesktop/detail/Files/AtomicFile.hpp"
 #include "CorvantileDesktop/detail/Queues/SerialQueue.hpp"
+#include "CorvantileDesktop/detail/Storage/StateDatabase.hpp"
 #include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantilePlatform/Application/UIApplicationDelegate.hpp"
 
@@ -50,7 +52,7 @@ std::filesystem::path inState(const DesktopOptions& options, const char* name) {
 
 std::function<void(std::function<void()>)> inBackground(DispatchQueues& queues, const std::string& label) {
     return [queue = queues.makeSerial(label, QualityOfService::background)](std::function<void()> work) {
-        queue->async(std::move(work));
+        queue->asyncAfter(logRest, std::move(work));
     };
 }
 
@@ -62,6 +64,9 @@ DesktopPlatform::Parts::~Parts() = default;
 
 Ports DesktopPlatform::Parts::ports(const DesktopOptions& options) {
     const auto console = consoleOf(options);
+    for (const auto* const name :
+         {"vendor-identifier", "vendor-identifier.copy", "receipt", "keychain/master.key"})
+        if (!options.stateFolder.empty()) removeAbandonedFiles(options.stateFolder / name);
     const auto queues = std::make_shared<DesktopQueues>(executors);
     vault =
         std::make_shared<Vault>(VaultOptions{.folder = inState(options, "keychain"),
@@ -74,7 +79,7 @@ Ports DesktopPlatform::Parts::ports(const DesktopOptions& options) {
                             .inBackground = inBackground(*queues, "corvantile.user-defaults")});
     ads = std::make_shared<LocalAds>(options.ads);
     Ports made{.application = std::make_shared<HostApplication>(),
-               .device = std::make_shared<LocalDevice>(options.stateFolder, options.systemVersion),
+               .device = std::make_shared<LocalDevice>(options.stateFolder, options.systemVersion, console),
                .mainBundle = std::make_shared<FolderBundle>(options.bundleIdentifier, options.resourceFolder,
                                                             inState(options, "receipt")),
                .queues = queues,

@@ -43,7 +43,7 @@ private:
 // A file of the state folder. Empty where nothing lasts.
 [[nodiscard]] std::filesystem::path inState(const DesktopOptions& options, const char* name);
 
-// Work that waits for the disk has a queue, so that it ends as queues do: unrun.
+// Work that empties a log waits a moment, in a queue of its own, so that it ends as queues do: unrun.
 [[nodiscard]] std::function<void(std::function<void()>)> inBackground(DispatchQueues& queues,
                                                                       const std::string& label);
 

@@ -4,9 +4,10 @@
 
 #include <atomic>
 #include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <cstddef>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include <fcntl.h>
@@ -34,6 +35,29 @@ fs::path temporaryNameFor(const fs::path& file) {
     auto name = file;
     name += "." + std::to_string(::getpid()) + "-" + std::to_string(next.fetch_add(1)) + ".new";
     return name;
+}
+
+// `PID-NUMBER.new` of a process that has gone.
+bool isAbandoned(std::string_view ending) {
+    pid_t process = 0;
+    const auto [hyphen, error] = std::from_chars(ending.data(), ending.data() + ending.size(), process);
+    if (error != std::errc() || process <= 0 || !ending.ends_with(".new") || *hyphen != '-') return false;
+    return ::kill(process, 0) != 0 && errno == ESRCH;
+}
+
+// Replaces the bytes by those of the file, which may have become shorter or longer. Returns the error number.
+int readAll(int descriptor, std::string& bytes) {
+    constexpr std::size_t atLeast = 4096;
+    for (std::size_t size = 0;;) {
+        if (size == bytes.size()) bytes.resize(size + atLeast);
+        const auto count = ::read(descriptor, bytes.data() + size, bytes.size() - size);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return errno;
+        size += static_cast<std::size_t>(count);
+        if (count != 0) continue;
+        bytes.resize(size);
+        return 0;
+    }
 }
 
 bool writeTemporary(const fs::path& file, std::string_view bytes) {
@@ -64,12 +88,38 @@ WriteResult write(const fs::path& file, std::string_view bytes, bool mayReplace)
 } // namespace
 
 std::optional<std::string> readFile(const fs::path& file) {
-    std::error_code error;
-    if (!fs::is_regular_file(file, error)) return std::nullopt;
-    std::ifstream stream(file, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-    if (!stream.good() && !stream.eof()) return std::nullopt;
+    int error = 0;
+    return readFile(file, error);
+}
+
+std::optional<std::string> readFile(const fs::path& file, int& error) {
+    // Not blocking: a pipe of that name must not stop the process.
+    const Descriptor source(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    error = 0;
+    if (!source || ::fstat(source.value(), &status) != 0)
+        error = errno;
+    else if (!S_ISREG(status.st_mode))
+        error = EINVAL;
+    if (error != 0) return std::nullopt;
+    std::string bytes;
+    bytes.resize(static_cast<std::size_t>(status.st_size) + 1);
+    error = readAll(source.value(), bytes);
+    if (error != 0) return std::nullopt;
     return bytes;
+}
+
+bool isMissing(int error) { return error == ENOENT || error == ENOTDIR; }
+
+void removeAbandonedFiles(const fs::path& file) {
+    const auto beginning = file.filename().string() + ".";
+    std::error_code error;
+    for (fs::directory_iterator at(file.parent_path(), error), end; !error && at != end;
+         at.increment(error)) {
+        const auto name = at->path().filename().string();
+        if (name.starts_with(beginning) && isAbandoned(name.substr(beginning.size())))
+            ::unlink(at->path().c_str());
+    }
 }
 
 WriteResult writeNewFile(const fs::path& file, std::string_view bytes) { return write(file, bytes, false); }

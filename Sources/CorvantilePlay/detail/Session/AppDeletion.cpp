@@ -27,7 +27,7 @@ constexpr const char* keychainFolder = "keychain";
 bool belongsTo(std::string_view file, std::string_view name) {
     if (!name.starts_with(file)) return false;
     const auto rest = name.substr(file.size());
-    return rest.empty() || rest == "-wal" || rest == "-shm" || rest == "-journal" ||
+    return rest.empty() || rest == "-wal" || rest == "-shm" || rest == "-journal" || rest == ".copy" ||
            rest.starts_with(".set-aside-") || (rest.starts_with('.') && rest.ends_with(".new"));
 }
 
