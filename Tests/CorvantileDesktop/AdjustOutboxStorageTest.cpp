@@ -86,7 +86,7 @@ TEST_F(AdjustOutbox, HasItsLogEmptiedWhateverMadeItLong) {
         ADJEvent event("token1");
         event.setTransactionId(std::to_string(number));
         adjust->send(event);
-        platform->runUntilIdle();
+        platform->advance(10ms);
     }
     EXPECT_LT(std::filesystem::file_size(beside(file, "-wal")), 300 * 4096);
 }

@@ -40,7 +40,8 @@ protected:
 };
 
 TEST_F(SQLiteUserDefaultsTest, TakesNoLogForItsOwnThatAFormerFileLeft) {
-    open()->setValue("former", "key");
+    const auto former = open();
+    former->setValue("former", "key");
     fs::remove(file_);
 
     EXPECT_EQ(open()->valueForKey("key"), std::nullopt);
@@ -93,6 +94,10 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForTheDiskOnlyToSynchronizeAndInTheBackgroun
     const auto defaults = open();
     int sets = 0;
     const auto set = [&] { defaults->setValue(std::to_string(++sets), "key"); };
+    EXPECT_EQ(flushesOf(set), 0);
+    ASSERT_EQ(waiting_.size(), 1U); // a first value is moved out of the log soon
+    waiting_.front()();
+    waiting_.clear();
     EXPECT_EQ(flushesOf([&] {
                   while (waiting_.empty() && sets < 2 * SQLiteUserDefaults::longLog) set();
               }),
@@ -107,8 +112,10 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForTheDiskOnlyToSynchronizeAndInTheBackgroun
                   for (int more = 0; more < 100; ++more) set();
               }),
               0);
-    EXPECT_EQ(fs::file_size(beside(file_, "-wal")), longest); // written over from its beginning
+    EXPECT_LE(fs::file_size(beside(file_, "-wal")), longest); // written over from its beginning
     EXPECT_EQ(waiting_.size(), 1U);
+    for (int burst = 0; burst < 5000; ++burst) set(); // faster than the background
+    EXPECT_LT(fs::file_size(beside(file_, "-wal")), 1100 * 4120);
     EXPECT_EQ(open()->stringForKey("key"), std::to_string(sets));
 }
 

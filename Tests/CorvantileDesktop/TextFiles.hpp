@@ -3,7 +3,9 @@
 #include "CorvantileDesktop/Adjust/detail/Outbox.hpp"
 #include "CorvantileDesktop/Adjust/detail/OutboxFile.hpp"
 #include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
+#include "CorvantileDesktop/Foundation/detail/DefaultsFile.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
+#include "CorvantileDesktop/Keychain/detail/VaultFormat.hpp"
 #include "CorvantileDesktop/Store/detail/StoreFile.hpp"
 #include "CorvantilePlatform/Foundation/Console.hpp"
 
@@ -29,6 +31,10 @@ struct TextsInVault {
     void save(const std::string& name, const std::string& text) {
         vault.save({{"text", text}}, name, "com.example.app");
     }
+    [[nodiscard]] bool holds(const std::string& name) const {
+        return vault.load(name, "com.example.app").has_value();
+    }
+    static const StateFormat& format() { return vaultFormat; }
     static Texts in(const std::filesystem::path& file) {
         const auto inspection = Vault({.folder = file.parent_path()}).inspect();
         EXPECT_TRUE(inspection.faults.empty());
@@ -45,6 +51,8 @@ struct TextsInUserDefaults {
     TextsInUserDefaults(const std::filesystem::path& file, std::shared_ptr<Console> console)
         : defaults({.file = file, .console = std::move(console), .inBackground = {}}) {}
     void save(const std::string& name, const std::string& text) { defaults.setValue(text, name); }
+    [[nodiscard]] bool holds(const std::string& name) const { return defaults.valueForKey(name).has_value(); }
+    static const StateFormat& format() { return DefaultsFile::format; }
     static Texts in(const std::filesystem::path& file) {
         const auto inspection = SQLiteUserDefaults::inspect(file);
         EXPECT_EQ(inspection.fault, "");
@@ -63,6 +71,8 @@ struct TextsInStore {
         do static_cast<void>(store.load());
         while (!store.commit({{name, text}}));
     }
+    [[nodiscard]] bool holds(const std::string& name) { return store.load().contains(name); }
+    static const StateFormat& format() { return StoreFile::format; }
     static Texts in(const std::filesystem::path& file) {
         EXPECT_EQ(faultOfStoreFile(file), "");
         const auto rows = TextsInStore(file, nullptr).store.load();
@@ -80,7 +90,13 @@ struct TextsInOutbox {
         package.identifier = name;
         package.form = "event_token=" + text;
         outbox.add(std::move(package));
+        outbox.remember(outboxmemory::pushToken, name);
     }
+    // Its packages wait, for another process might deliver them as well; what it remembers is known.
+    [[nodiscard]] bool holds(const std::string&) {
+        return outbox.remembered(outboxmemory::pushToken).has_value();
+    }
+    static const StateFormat& format() { return OutboxFile::format; }
     static Texts in(const std::filesystem::path& file) {
         const auto inspection = inspectOutbox(file);
         EXPECT_EQ(inspection.fault, "");

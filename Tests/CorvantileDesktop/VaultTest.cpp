@@ -19,6 +19,8 @@
 #include <utility>
 #include <vector>
 
+#include <sys/stat.h>
+
 namespace corvantile::VaultTest {
 
 namespace fs = std::filesystem;
@@ -91,6 +93,9 @@ TEST_F(VaultTest, FlushesOnceForEachSaveAlsoOnceALongLogWasEmptiedInTheBackgroun
     };
     const auto large = KeychainDictionary{{"data", KeychainData(600'000)}};
     EXPECT_GT(flushesOfSaving(large, "0"), 1); // of folder, key and file
+    ASSERT_THAT(works, SizeIs(1));             // a first save is moved out of the log soon
+    works.front()();
+    works.clear();
     int number = 1;
     for (; works.empty() && number < 20; ++number)
         EXPECT_EQ(flushesOfSaving(large, std::to_string(number)), 1) << number;
@@ -100,7 +105,7 @@ TEST_F(VaultTest, FlushesOnceForEachSaveAlsoOnceALongLogWasEmptiedInTheBackgroun
     works.front()();
     for (const auto* const account : {"a", "b", "c"}) EXPECT_EQ(flushesOfSaving(entry, account), 1);
 
-    EXPECT_EQ(fs::file_size(beside(file, "-wal")), logSize); // written from its beginning again
+    EXPECT_LE(fs::file_size(beside(file, "-wal")), logSize); // written from its beginning again
     while (--number >= 0) EXPECT_EQ(vault.load(std::to_string(number), service), large);
 }
 
@@ -198,13 +203,26 @@ TEST_F(VaultTest, RefusesToReplaceAFileThatItCannotOpen) {
     prepare();
     const auto away = folder / "away";
     fs::rename(file, away);
-    fs::create_directory(file);
-
-    EXPECT_TRUE(isKeychainError(refusal([&] { open().save(entry, "new", service); }), KeychainStatus::io));
-
-    fs::remove(file);
+    const std::function<void()> obstacles[] = {[&] { fs::create_directory(file); },
+                                               [&] { ::mkfifo(file.c_str(), 0600); },
+                                               [&] { fs::create_symlink("nowhere", file); }};
+    for (const auto& make : obstacles) {
+        make();
+        console->lines.clear();
+        EXPECT_EQ(open().load("account", service), std::nullopt);
+        EXPECT_THAT(console->lines, ElementsAre(HasSubstr("The vault")));
+        EXPECT_THAT(open().inspect().faults, SizeIs(1));
+        EXPECT_TRUE(
+            isKeychainError(refusal([&] { open().save(entry, "new", service); }), KeychainStatus::io));
+        fs::remove(file);
+    }
     fs::rename(away, file);
     EXPECT_EQ(open().load("account", service), entry);
+
+    fs::resize_file(file, 0);
+    console->lines.clear();
+    EXPECT_EQ(open().load("account", service), std::nullopt);
+    EXPECT_THAT(console->lines, ElementsAre(HasSubstr("no vault"))); // it is not a new one
 }
 
 TEST_F(VaultTest, CarriesOverWhatADamagedFileStillHolds) {

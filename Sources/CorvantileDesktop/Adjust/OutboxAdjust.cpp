@@ -78,7 +78,7 @@ AdjustOptions withEnvironment(AdjustOptions options) {
 }
 
 struct OutboxAdjust::Parts {
-    Parts(std::filesystem::path file, AdjustOptions given, const Ports& ports)
+    Parts(const std::filesystem::path& file, AdjustOptions given, const Ports& ports)
         : options(withEnvironment(std::move(given))),
           device(ports.device),
           advertising(ports.advertising),
@@ -87,9 +87,9 @@ struct OutboxAdjust::Parts {
           log(std::make_shared<AdjustLog>(ports.console)),
           isOnline(!options.isOffline) {
         const auto queue = ports.queues->makeSerial("corvantile.adjust", QualityOfService::background);
-        outbox =
-            std::make_shared<Outbox>(std::move(file), ports.console,
-                                     [queue](std::function<void()> work) { queue->async(std::move(work)); });
+        outbox = std::make_shared<Outbox>(file, ports.console, [queue](std::function<void()> work) {
+            queue->asyncAfter(logRest, std::move(work));
+        });
         reporter = std::make_shared<DelegateReporter>(outbox, ports.queues->main());
         delivery = std::make_shared<OutboxDelivery>(
             DeliveryOptions{.endpoint = options.endpoint,
@@ -174,8 +174,8 @@ struct OutboxAdjust::Parts {
     bool isOnline = true;
 };
 
-OutboxAdjust::OutboxAdjust(std::filesystem::path file, AdjustOptions options, const Ports& ports)
-    : parts_(std::make_unique<Parts>(std::move(file), std::move(options), ports)) {}
+OutboxAdjust::OutboxAdjust(const std::filesystem::path& file, AdjustOptions options, const Ports& ports)
+    : parts_(std::make_unique<Parts>(file, std::move(options), ports)) {}
 
 OutboxAdjust::~OutboxAdjust() = default;
 

@@ -25,7 +25,7 @@ class CORVANTILE_API OutboxAdjust final : public Adjust {
 public:
     // An empty file: packages last as long as the process. Of the ports, it keeps device, queues, clock,
     // console, random, http and advertising; the last may be null.
-    OutboxAdjust(std::filesystem::path file, AdjustOptions options, const Ports& ports);
+    OutboxAdjust(const std::filesystem::path& file, AdjustOptions options, const Ports& ports);
     ~OutboxAdjust() override;
 
     [[nodiscard]] std::shared_ptr<ADJConfig> makeConfig(const std::string& appToken,

@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <mutex>
-#include <system_error>
 #include <utility>
 
 namespace corvantile {
@@ -87,13 +86,13 @@ bool SQLiteUserDefaults::synchronize() {
 UserDefaultsInspection SQLiteUserDefaults::inspect(const std::filesystem::path& file) {
     UserDefaultsInspection inspection;
     inspection.setAside = quarantinedFiles(file);
-    std::error_code error;
-    if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found)
-        return inspection;
+    if (isStateMissing(file)) return inspection;
+    auto [database, fault] = inspectState(file, DefaultsFile::format);
+    inspection.fault = std::move(fault);
     try {
-        inspection.values = DefaultsFile(openState(file, DefaultsFile::format)).load();
-    } catch (const SqliteError& failure) {
-        inspection.fault = failure.what();
+        if (database) inspection.values = DefaultsFile(std::move(database)).load();
+    } catch (const SqliteError&) {
+        // The fault says so.
     }
     return inspection;
 }

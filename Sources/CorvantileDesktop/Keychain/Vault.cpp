@@ -155,7 +155,12 @@ VaultInspection Vault::inspect() const {
         }
     };
     std::string fault;
-    auto sealed = parts_->reader.all(fault);
+    const auto file = parts_->file();
+    auto sealed = VaultReader(file, VaultReader::Source::image).all(fault);
+    if (fault.empty() && !file.empty() && !isStateMissing(file)) {
+        fault = inspectState(file, vaultFormat).fault;
+        if (!fault.empty()) fault = "The vault: " + fault + ".";
+    }
     if (!fault.empty()) inspection.faults.push_back(fault);
     attempt([&] {
         if (!parts_->sealing.hasKey() && !sealed.empty())
@@ -163,8 +168,8 @@ VaultInspection Vault::inspect() const {
     });
     for (auto& entry : sealed) inspection.entries.push_back(parts_->describe(std::move(entry)));
     for (const auto* const name : {vaultFileName, MasterKey::fileName})
-        for (auto& file : quarantinedFiles(parts_->options.folder / name))
-            inspection.setAside.push_back(std::move(file));
+        for (auto& kept : quarantinedFiles(parts_->options.folder / name))
+            inspection.setAside.push_back(std::move(kept));
     return inspection;
 }
 

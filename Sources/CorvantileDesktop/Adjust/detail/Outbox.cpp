@@ -15,8 +15,6 @@ namespace {
 
 namespace memory = outboxmemory;
 
-constexpr int longOutboxLog = 200; // pages
-
 std::string wholeSeconds(Date date) {
     return std::to_string(static_cast<std::int64_t>(std::floor(date.secondsSinceUnixEpoch())));
 }
@@ -25,15 +23,16 @@ double createdAt(const OutboxPackage& package) { return entryOf(package).created
 
 } // namespace
 
-Outbox::Outbox(std::filesystem::path file, std::shared_ptr<Console> console, BackgroundRunner inBackground)
-    : file_({.path = std::move(file),
+Outbox::Outbox(const std::filesystem::path& file, std::shared_ptr<Console> console,
+               BackgroundRunner inBackground)
+    : file_({.path = file,
              .console = std::move(console),
              .inBackground = std::move(inBackground),
-             .longLog = longOutboxLog,
              .subject = "Adjust's packages",
-             .lossPrefix = "that waited are lost from view",
-             .lossSuffix = " A new outbox has begun.",
-             .onDamage = nullptr}) {}
+             .lossPrefix = "that waited may be lost from view",
+             .lossSuffix = " A new outbox has begun with what could be read.",
+             .onDamage = nullptr,
+             .fill = [file](SqliteDatabase& fresh) { takeOverPackages(file, fresh); }}) {}
 
 Outbox::~Outbox() {
     if (!unwritten_.isEmpty()) catchUp();
@@ -49,7 +48,7 @@ void Outbox::refresh() {
 
 void Outbox::catchUp() {
     if (file_.hasMoved()) claim_ = Descriptor(); // its file may have gone as well
-    file_.catchUp([](const OutboxFile&) {},
+    file_.catchUp([this](const OutboxFile& file) { recall(file); },
                   [this](OutboxFile& file) {
                       if (!unwritten_.isEmpty()) unwritten_.writeTo(file);
                   });
@@ -172,13 +171,21 @@ std::vector<OutboxEntry> Outbox::entries() {
     return found;
 }
 
+void Outbox::recall(const OutboxFile& file) {
+    for (const auto name : memory::all)
+        if (auto value = file.value(name)) recalled_.insert_or_assign(std::string(name), std::move(*value));
+}
+
 std::optional<std::string> Outbox::known(std::string_view name) {
     if (auto unwritten = unwritten_.value(name)) return unwritten;
+    const auto recalled = recalled_.find(name);
     if (const auto* const file = file_.get()) try {
             return file->value(name);
         } catch (const SqliteError&) {
             // The next write fails as well, which is reported.
         }
+    else if (recalled != recalled_.end())
+        return recalled->second;
     return std::nullopt;
 }
 

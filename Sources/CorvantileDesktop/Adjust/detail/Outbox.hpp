@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -33,7 +34,8 @@ public:
     static constexpr std::chrono::minutes sessionGap{30};
 
     // An empty path: everything stays in memory. The file is opened by the first call that needs it.
-    Outbox(std::filesystem::path file, std::shared_ptr<Console> console, BackgroundRunner inBackground);
+    Outbox(const std::filesystem::path& file, std::shared_ptr<Console> console,
+           BackgroundRunner inBackground);
     ~Outbox();
 
     // In the file once the call has returned, unless the console has a line that it cannot be.
@@ -63,6 +65,7 @@ private:
     // What follows with the mutex held.
     void refresh();
     void catchUp();
+    void recall(const OutboxFile& file);
     void apply(const std::function<OutboxChange()>& decide);
     [[nodiscard]] bool claimFile();
     [[nodiscard]] bool canWrite() const;
@@ -72,6 +75,8 @@ private:
     std::mutex mutex_;
     RetryingFile<OutboxFile> file_;
     UnwrittenPackages unwritten_;
+    // What the file was seen to remember, for as long as it cannot be opened for writing.
+    std::map<std::string, std::string, std::less<>> recalled_;
     Descriptor claim_;
 };
 

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
-#include <system_error>
+#include <iterator>
 #include <utility>
 
 namespace corvantile {
@@ -58,6 +58,10 @@ OutboxPackage packageOf(const SqliteRun& row) {
     if (const auto status = row.integer(6); status != 0) answer.status = static_cast<int>(status);
     answer.text = row.bytes(7);
     return package;
+}
+
+void append(std::vector<OutboxPackage>& packages, SqliteRun run) {
+    while (run.next()) packages.push_back(packageOf(run));
 }
 
 std::optional<OutboxPackage> onePackage(SqliteRun run) {
@@ -135,6 +139,7 @@ OutboxFile::OutboxFile(std::unique_ptr<SqliteDatabase> database)
                                         " ORDER BY number LIMIT 1")),
       newest_(reading(*database_, "ORDER BY number DESC LIMIT 1")),
       all_(reading(*database_, "ORDER BY number")),
+      allFromEnd_(reading(*database_, "WHERE number > CAST(?1 AS INTEGER) ORDER BY number DESC")),
       value_(database_->prepare("SELECT value FROM memory WHERE name = ?1")),
       setValue_(database_->prepare("INSERT INTO memory VALUES (?1, ?2)"
                                    " ON CONFLICT (name) DO UPDATE SET value = excluded.value")) {}
@@ -171,8 +176,26 @@ std::optional<OutboxPackage> OutboxFile::newest() const { return onePackage(newe
 
 std::vector<OutboxPackage> OutboxFile::packages() const {
     std::vector<OutboxPackage> found;
-    auto rows = all_.run();
-    while (rows.next()) found.push_back(packageOf(rows));
+    append(found, all_.run());
+    return found;
+}
+
+std::vector<OutboxPackage> OutboxFile::readablePackages() const {
+    std::vector<OutboxPackage> found, fromEnd;
+    try {
+        append(found, all_.run());
+        return found;
+    } catch (const SqliteError&) {
+        // A damaged page: the rest is behind it.
+    }
+    try {
+        const auto last = std::to_string(found.empty() ? 0 : found.back().number);
+        append(fromEnd, allFromEnd_.run({last}));
+    } catch (const SqliteError&) {
+        // The same page again.
+    }
+    found.insert(found.end(), std::make_move_iterator(fromEnd.rbegin()),
+                 std::make_move_iterator(fromEnd.rend()));
     return found;
 }
 
@@ -186,18 +209,34 @@ void OutboxFile::setValue(std::string_view name, std::string_view value) {
     setValue_.run({name, value}).next();
 }
 
+void takeOverPackages(const std::filesystem::path& damaged, SqliteDatabase& fresh) try {
+    const OutboxFile former(openUncheckedState(damaged, OutboxFile::format));
+    const auto add = fresh.prepare(
+        "INSERT INTO packages (identifier, kind, state, tries, status, answer, form)"
+        " VALUES (?1, CAST(?2 AS TEXT), CAST(?3 AS TEXT), CAST(?4 AS INTEGER), CAST(?5 AS INTEGER), ?6, ?7)");
+    for (const auto& package : former.readablePackages()) {
+        const auto answer = package.lastAnswer.value_or(DeliveryAnswer());
+        add.run({package.identifier, nameOf(kindNames, package.kind), nameOf(stateNames, package.state),
+                 std::to_string(package.tries), std::to_string(answer.status.value_or(0)), answer.text,
+                 package.form})
+            .next();
+    }
+    const auto set = fresh.prepare("INSERT INTO memory VALUES (?1, ?2)");
+    for (const auto name : outboxmemory::all)
+        if (const auto value = former.value(name)) set.run({name, *value}).next();
+} catch (const SqliteError& error) {
+    if (error.mayPass()) throw; // what else it is can be read no further
+}
+
 OutboxInspection inspectOutbox(const std::filesystem::path& file) {
     OutboxInspection inspection;
     inspection.setAside = quarantinedFiles(file);
-    std::error_code error;
-    if (std::filesystem::symlink_status(file, error).type() == std::filesystem::file_type::not_found)
-        return inspection;
-    try {
-        const OutboxFile outbox(openState(file, OutboxFile::format));
-        for (const auto& package : outbox.packages()) inspection.packages.push_back(entryOf(package));
-    } catch (const SqliteError& failure) {
-        inspection.fault = failure.what();
-    }
+    if (isStateMissing(file)) return inspection;
+    auto [database, fault] = inspectState(file, OutboxFile::format);
+    inspection.fault = std::move(fault);
+    if (!database) return inspection;
+    for (const auto& package : OutboxFile(std::move(database)).readablePackages())
+        inspection.packages.push_back(entryOf(package));
     return inspection;
 }
 

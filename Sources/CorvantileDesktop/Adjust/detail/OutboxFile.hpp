@@ -26,6 +26,8 @@ inline constexpr std::string_view pushToken = "push-token";      // hex
 inline constexpr std::string_view transactions = "transactions"; // the last ones, as a form
 inline constexpr std::string_view attribution = "attribution";   // what the server reported last
 
+inline constexpr std::array all = {sessions, lastActive, pushToken, transactions, attribution};
+
 // How many transactions are remembered.
 inline constexpr std::size_t keptTransactions = 10;
 
@@ -80,13 +82,13 @@ public:
     [[nodiscard]] std::optional<OutboxPackage> firstWaiting(std::int64_t after = 0) const;
     [[nodiscard]] std::optional<OutboxPackage> newest() const;
     [[nodiscard]] std::vector<OutboxPackage> packages() const;
+    // The same of a file that may be damaged: what can be read from both ends.
+    [[nodiscard]] std::vector<OutboxPackage> readablePackages() const;
 
     [[nodiscard]] std::optional<std::string> value(std::string_view name) const;
     void setValue(std::string_view name, std::string_view value);
 
-    // The name leads to another file by now, or to none.
-    [[nodiscard]] bool hasMoved() const { return database_->hasMoved(); }
-    [[nodiscard]] int logPages() const { return database_->logPages(); }
+    [[nodiscard]] SqliteDatabase& database() const { return *database_; }
 
 private:
     const std::unique_ptr<SqliteDatabase> database_;
@@ -98,10 +100,14 @@ private:
     const SqliteStatement firstWaiting_;
     const SqliteStatement newest_;
     const SqliteStatement all_;
+    const SqliteStatement allFromEnd_; // after a number
     const SqliteStatement value_;
     const SqliteStatement setValue_;
     std::int64_t delivered_ = 0; // nothing up to that number waits
 };
+
+// Writes what can be read of a damaged file into a new one.
+void takeOverPackages(const std::filesystem::path& damaged, SqliteDatabase& fresh);
 
 // Reads a file as it stands; nothing is moved aside.
 [[nodiscard]] OutboxInspection inspectOutbox(const std::filesystem::path& file);

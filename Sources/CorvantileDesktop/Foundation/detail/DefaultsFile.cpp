@@ -1,5 +1,7 @@
 #include "CorvantileDesktop/Foundation/detail/DefaultsFile.hpp"
 
+#include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
+
 #include <utility>
 
 namespace corvantile {
@@ -10,7 +12,8 @@ const StateFormat DefaultsFile::format = {
     .content = "user defaults",
     .tables =
         "CREATE TABLE defaults (key BLOB PRIMARY KEY NOT NULL, value ANY NOT NULL) STRICT, WITHOUT ROWID",
-    .query = "SELECT key, value FROM defaults"};
+    .query = "SELECT key, value FROM defaults",
+    .longLog = SQLiteUserDefaults::longLog};
 
 DefaultsFile::DefaultsFile(std::unique_ptr<SqliteDatabase> database)
     : database_(std::move(database)),

@@ -33,10 +33,7 @@ public:
 
     // Another connection has written since the last `load`.
     [[nodiscard]] bool hasChangedElsewhere();
-    // The name leads to another file by now, or to none.
-    [[nodiscard]] bool hasMoved() const { return database_->hasMoved(); }
-
-    [[nodiscard]] int logPages() const { return database_->logPages(); }
+    [[nodiscard]] SqliteDatabase& database() const { return *database_; }
 
     // What was written so far survives a power loss once it has returned. On a connection of its own, for
     // another thread.

@@ -1,7 +1,5 @@
 #include "CorvantileDesktop/Foundation/detail/DefaultsMirror.hpp"
 
-#include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
-
 #include <string>
 #include <utility>
 
@@ -26,14 +24,15 @@ DefaultsMirror::DefaultsMirror(std::filesystem::path path, std::shared_ptr<Conso
     : file_({.path = std::move(path),
              .console = std::move(console),
              .inBackground = std::move(inBackground),
-             .longLog = SQLiteUserDefaults::longLog,
              .subject = "User defaults",
              .lossPrefix = "began anew",
              .lossSuffix = "",
              // Everything that this process knows is worth saving.
-             .onDamage = [this] {
-                 for (const auto& [key, value] : values_) unwritten_.try_emplace(key, value);
-             }}) {}
+             .onDamage =
+                 [this] {
+                     for (const auto& [key, value] : values_) unwritten_.try_emplace(key, value);
+                 },
+             .fill = nullptr}) {}
 
 void DefaultsMirror::set(std::string_view key, std::optional<NSUserDefaults::Value> value) {
     apply(value, key, values_);

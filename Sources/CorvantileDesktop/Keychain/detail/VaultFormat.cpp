@@ -13,7 +13,8 @@ const StateFormat vaultFormat = {
     .tables = "CREATE TABLE entries (service BLOB NOT NULL, account BLOB NOT NULL,"
               " key BLOB NOT NULL, box BLOB NOT NULL, PRIMARY KEY (service, account)) WITHOUT ROWID",
     .query = "SELECT service, account, key, box FROM entries",
-    .isDurable = true};
+    .isDurable = true,
+    .longLog = 1000}; // about as many saves
 
 NSError vaultError(const SqliteError& error) {
     switch (error.code()) {

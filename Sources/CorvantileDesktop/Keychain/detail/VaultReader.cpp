@@ -19,7 +19,8 @@ struct VaultReader::Connection {
         "SELECT service, account, key, box FROM entries ORDER BY service DESC, account DESC");
 };
 
-VaultReader::VaultReader(std::filesystem::path file) : file_(std::move(file)) {}
+VaultReader::VaultReader(std::filesystem::path file, Source source)
+    : file_(std::move(file)), source_(source) {}
 VaultReader::~VaultReader() = default;
 
 std::optional<SealedEntry> VaultReader::find(std::string_view account, std::string_view service) {
@@ -74,19 +75,31 @@ void VaultReader::reopen() {
 }
 
 bool VaultReader::open() {
-    if (connection_) return true;
-    const auto file = FileIdentity::of(file_);
-    if (!file || file->size == 0) return false;
-    if (unusable_ && unusable_->file == *file) throw unusable_->error;
+    if (connection_ && !isImageOld()) return true;
+    connection_.reset();
+    if (file_.empty() || isStateMissing(file_)) return false;
+    const auto found = FileIdentity::of(file_);
+    if (unusable_ && found && unusable_->file == *found) throw unusable_->error;
     unusable_.reset();
     try {
-        connection_ = std::make_unique<Connection>(openUncheckedState(file_, vaultFormat));
+        openConnection(found);
     } catch (const SqliteError& error) {
-        if (error.isUnreadable() || error.code() == SQLITE_MISMATCH)
-            unusable_.emplace(Unusable{*file, vaultError(error)});
+        if (found && (error.isUnreadable() || error.code() == SQLITE_MISMATCH))
+            unusable_.emplace(Unusable{*found, vaultError(error)});
         throw;
     }
     return true;
+}
+
+void VaultReader::openConnection(const std::optional<FileIdentity>& found) {
+    isImage_ = !found || source_ == Source::image || isInReadOnlyFolder(file_);
+    imaged_ = found;
+    connection_ = std::make_unique<Connection>(isImage_ ? openStateImage(file_, vaultFormat)
+                                                        : openUncheckedState(file_, vaultFormat));
+}
+
+bool VaultReader::isImageOld() const {
+    return isImage_ && source_ == Source::file && FileIdentity::of(file_) != imaged_;
 }
 
 } // namespace corvantile

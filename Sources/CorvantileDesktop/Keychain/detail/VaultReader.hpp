@@ -20,7 +20,10 @@ class SqliteStatement;
 // flushed. It makes no file and changes no entry. Threads: any. Errors: NSError.
 class VaultReader {
 public:
-    explicit VaultReader(std::filesystem::path file);
+    enum class Source { file, image };
+
+    // An image is the file as it stood at the first call, read without touching anything beside it.
+    explicit VaultReader(std::filesystem::path file, Source source = Source::file);
     ~VaultReader();
 
     [[nodiscard]] std::optional<SealedEntry> find(std::string_view account, std::string_view service);
@@ -45,9 +48,15 @@ private:
     // False: there is nothing to read.
     [[nodiscard]] bool open();
 
+    [[nodiscard]] bool isImageOld() const;
+    void openConnection(const std::optional<FileIdentity>& found);
+
     const std::filesystem::path file_;
+    const Source source_;
     std::mutex mutex_;
     std::unique_ptr<Connection> connection_;
+    bool isImage_ = false;
+    std::optional<FileIdentity> imaged_; // what the image is of; nullopt: a successor without its name
     std::optional<Unusable> unusable_;
 };
 

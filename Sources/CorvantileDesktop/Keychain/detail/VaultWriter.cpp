@@ -5,15 +5,12 @@
 
 #include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 
-#include <cstddef>
 #include <utility>
 #include <vector>
 
 namespace corvantile {
 
 namespace {
-
-constexpr int longVaultLog = 1000; // pages, about as many saves
 
 constexpr const char* putStatement =
     "INSERT INTO entries (service, account, key, box) VALUES (?1, ?2, ?3, ?4)"
@@ -39,9 +36,10 @@ VaultWriter::VaultWriter(std::filesystem::path file, VaultReader& reader, Option
     : file_(std::move(file)),
       reader_(reader),
       options_(std::move(options)),
-      trimmer_(file_, vaultFormat, longVaultLog, options_.inBackground) {}
+      trimmer_(file_, vaultFormat, options_.inBackground) {}
 
-VaultWriter::~VaultWriter() = default;
+// The last connection to be closed empties the log, and that is to be this one.
+VaultWriter::~VaultWriter() { reader_.reopen(); }
 
 bool VaultWriter::add(const SealedEntry& entry) {
     return change([&entry](const Connection& connection) { return Connection::run(connection.add, entry); }) >
@@ -68,24 +66,29 @@ int VaultWriter::change(Change run) {
         if (!connection_) open();
         run(*connection_).next();
         const int changes = connection_->database->changes();
-        trimmer_.noteWrite(connection_->database->logPages());
+        trimmer_.noteWrite(*connection_->database);
         return changes;
     } catch (const SqliteError& error) {
-        if (error.isUnreadable()) connection_.reset(); // to be looked over when it is opened again
+        if (error.isUnreadable()) giveUp();
         throw vaultError(error);
     }
 }
 
+// The file is looked over when it is opened again, with its log.
+void VaultWriter::giveUp() {
+    if (connection_) connection_->database->setEmptiesLogAtEnd(false);
+    connection_.reset();
+}
+
 void VaultWriter::open() {
     static_cast<void>(PrivateFolder::make(file_.parent_path()));
-    std::size_t kept = 0;
     auto opened = openOrBeginState(file_, vaultFormat, [&](SqliteDatabase& fresh) {
         const auto put = fresh.prepare(putStatement);
-        for (const auto& entry : readableEntries()) {
-            Connection::run(put, entry).next();
-            ++kept;
-        }
+        for (const auto& entry : readableEntries()) Connection::run(put, entry).next();
     });
+    for (const auto& line : opened.reports) options_.report("Keychain: " + line);
+    // Counted in the file: a killed process may have filled it.
+    const auto kept = opened.setAside ? opened.database->integer("SELECT count(*) FROM entries") : 0;
     if (opened.setAside)
         options_.report(file_.string() + " is damaged. It is kept as " +
                         opened.setAside->filename().string() +

@@ -41,6 +41,7 @@ private:
     template <class Change>
     int change(Change run);
     void open();
+    void giveUp();
     [[nodiscard]] std::vector<SealedEntry> readableEntries() const;
 
     const std::filesystem::path file_;

@@ -3,13 +3,13 @@
 #include "CorvantileLocalStore/LocalStoreError.hpp"
 #include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 
+#include <sqlite3.h>
+
 #include <utility>
 
 namespace corvantile {
 
 namespace {
-
-constexpr int longStoreLog = 1000; // pages
 
 // A SqliteError leaves here as the store's own error.
 template <class Act>
@@ -30,7 +30,8 @@ const StateFormat StoreFile::format = {
     .content = "local store",
     .tables =
         "CREATE TABLE records (key BLOB PRIMARY KEY NOT NULL, value BLOB NOT NULL) STRICT, WITHOUT ROWID",
-    .query = "SELECT key, value FROM records"};
+    .query = "SELECT key, value FROM records",
+    .longLog = 1000};
 
 struct StoreFile::Connection {
     explicit Connection(std::unique_ptr<SqliteDatabase> opened)
@@ -44,6 +45,13 @@ struct StoreFile::Connection {
     [[nodiscard]] std::int64_t dataVersion() const {
         auto run = version.run();
         return run.next() ? run.integer(0) : 0;
+    }
+
+    [[nodiscard]] Rows load() const {
+        Rows loaded;
+        auto rows = select.run();
+        while (rows.next()) loaded.emplace_hint(loaded.end(), rows.bytes(0), rows.bytes(1));
+        return loaded;
     }
 
     void write(const Changes& changes) const {
@@ -75,28 +83,44 @@ struct StoreFile::Connection {
 StoreFile::StoreFile(StoreFileOptions options)
     : file_(std::move(options.file)),
       console_(std::move(options.console)),
-      trimmer_(file_, format, longStoreLog, std::move(options.inBackground)) {}
+      trimmer_(file_, format, std::move(options.inBackground)) {}
 
 StoreFile::~StoreFile() = default;
 
 void StoreFile::open() {
     connection_.reset();
-    auto opened = openOrBeginState(file_, format);
+    auto opened = openOrBeginState(file_, format, nullptr, isDoubtful_);
     if (!opened.loss.empty()) printAfterLocks(console_, "The store began anew: " + opened.loss);
+    for (const auto& line : opened.reports) printAfterLocks(console_, "The store: " + line);
     connection_ = std::make_unique<Connection>(std::move(opened.database));
 }
 
 StoreStorage::Rows StoreFile::load() {
     return translated(file_, [&] {
-        if (!connection_ || connection_->database->hasMoved()) open();
-        // Asked for before the rows: what is written in between is read now and once more later.
-        loadedVersion_ = connection_->dataVersion();
-        Rows loaded;
-        auto rows = connection_->select.run();
-        while (rows.next()) loaded.emplace_hint(loaded.end(), rows.bytes(0), rows.bytes(1));
-        return loaded;
+        try {
+            return rows();
+        } catch (const SqliteError& error) {
+            if (!connection_ && isInReadOnlyFolder(file_)) return rowsOfImage();
+            if (!error.isUnreadable()) throw;
+        }
+        // The damaged file keeps its log: both are moved aside.
+        if (connection_) connection_->database->setEmptiesLogAtEnd(false);
+        connection_.reset();
+        isDoubtful_ = true;
+        return rows();
     });
 }
+
+StoreStorage::Rows StoreFile::rows() {
+    if (!connection_ || connection_->database->hasMoved()) open();
+    // Asked for before the rows: what is written in between is read now and once more later.
+    loadedVersion_ = connection_->dataVersion();
+    auto loaded = connection_->load();
+    isDoubtful_ = false;
+    return loaded;
+}
+
+StoreStorage::Rows StoreFile::rowsOfImage() const { return Connection(openStateImage(file_, format)).load(); }
 
 bool StoreFile::hasChangedElsewhere() {
     return translated(file_, [&] {
@@ -107,19 +131,15 @@ bool StoreFile::hasChangedElsewhere() {
 
 bool StoreFile::commit(const Changes& changes) {
     return translated(file_, [&] {
-        if (!connection_ || !connection_->commit(changes, loadedVersion_)) return false;
-        trimmer_.noteWrite(connection_->database->logPages());
+        if (!connection_) throw SqliteError(SQLITE_READONLY, "its folder is read-only");
+        if (!connection_->commit(changes, loadedVersion_)) return false;
+        trimmer_.noteWrite(*connection_->database);
         return true;
     });
 }
 
 std::string faultOfStoreFile(const std::filesystem::path& file) {
-    try {
-        static_cast<void>(openState(file, StoreFile::format));
-        return {};
-    } catch (const SqliteError& error) {
-        return error.what();
-    }
+    return inspectState(file, StoreFile::format).fault;
 }
 
 } // namespace corvantile

@@ -36,11 +36,14 @@ public:
 private:
     struct Connection;
     void open();
+    [[nodiscard]] Rows rows();
+    [[nodiscard]] Rows rowsOfImage() const;
 
     const std::filesystem::path file_;
     const std::shared_ptr<Console> console_;
     std::unique_ptr<Connection> connection_;
     std::int64_t loadedVersion_ = 0;
+    bool isDoubtful_ = false; // damage was found, and the file is to be read as a whole
     LogTrimmer trimmer_;
 };
 

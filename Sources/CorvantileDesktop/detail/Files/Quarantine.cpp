@@ -27,23 +27,40 @@ bool isTaken(const fs::path& name, std::initializer_list<std::string_view> suffi
     return isThere(name);
 }
 
+// False when it is not there, or an earlier one has failed.
+bool rename(const fs::path& file, const fs::path& name, std::string_view suffix, std::error_code& error) {
+    if (error || !isThere(with(file, suffix))) return false;
+    fs::rename(with(file, suffix), with(name, suffix), error);
+    return true;
+}
+
 } // namespace
 
-std::optional<fs::path> quarantine(const fs::path& file, std::initializer_list<std::string_view> suffixes) {
+fs::path nextQuarantineName(const fs::path& file, std::initializer_list<std::string_view> suffixes) {
     int number = 1;
     while (isTaken(numbered(file, number), suffixes)) ++number;
-    const auto name = numbered(file, number);
+    return numbered(file, number);
+}
+
+// The file itself goes first: a log that went before would be missing if a killed process came no further.
+std::optional<fs::path> quarantine(const fs::path& file, std::initializer_list<std::string_view> suffixes) {
+    const auto name = nextQuarantineName(file, suffixes);
     std::error_code error;
-    bool isAnyThere = false;
-    const auto rename = [&](std::string_view suffix) {
-        if (error || !isThere(with(file, suffix))) return;
-        fs::rename(with(file, suffix), with(name, suffix), error);
-        isAnyThere = true;
-    };
-    // The file itself goes last: until it has gone, another attempt finds everything in its place.
-    for (const auto suffix : suffixes) rename(suffix);
-    rename("");
+    bool isAnyThere = rename(file, name, "", error);
+    for (const auto suffix : suffixes) isAnyThere |= rename(file, name, suffix, error);
     if (error || !isAnyThere) return std::nullopt;
+    return name;
+}
+
+std::optional<fs::path> finishQuarantine(const fs::path& file,
+                                         std::initializer_list<std::string_view> suffixes) {
+    int number = 1;
+    while (isTaken(numbered(file, number), suffixes)) ++number;
+    const auto name = numbered(file, number - 1);
+    if (!isThere(name)) return std::nullopt;
+    std::error_code error;
+    for (const auto suffix : suffixes)
+        if (!isThere(with(name, suffix))) rename(file, name, suffix, error);
     return name;
 }
 

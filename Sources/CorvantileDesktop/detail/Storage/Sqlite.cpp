@@ -2,7 +2,11 @@
 
 #include <sqlite3.h>
 
+#include <cstddef>
+#include <cstring>
+#include <system_error>
 #include <utility>
+#include <vector>
 
 namespace corvantile {
 
@@ -74,10 +78,49 @@ SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, Missing missin
     check(code);
     sqlite3_extended_result_codes(opened, 1);
     sqlite3_busy_timeout(opened, busyMilliseconds);
-    sqlite3_db_config(opened, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    setEmptiesLogAtEnd(false);
+}
+
+SqliteDatabase::SqliteDatabase(std::string_view image) {
+    sqlite3* opened = nullptr;
+    const int code =
+        sqlite3_open_v2(":memory:", &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    database_.reset(opened);
+    check(code);
+    sqlite3_extended_result_codes(opened, 1);
+    auto* const copy = static_cast<unsigned char*>(sqlite3_malloc64(image.size() + 1));
+    if (copy == nullptr) fail(SQLITE_NOMEM);
+    std::memcpy(copy, image.data(), image.size());
+    const auto size = static_cast<sqlite3_int64>(image.size());
+    check(sqlite3_deserialize(opened, "main", copy, size, size,
+                              SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_READONLY));
 }
 
 SqliteDatabase::~SqliteDatabase() = default;
+
+std::optional<std::string> SqliteDatabase::bytesOf(const std::filesystem::path& file) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error)) return std::nullopt;
+    auto* const system = sqlite3_vfs_find(nullptr);
+    const std::unique_ptr<const char, void (*)(const char*)> name(
+        sqlite3_create_filename(std::filesystem::absolute(file, error).c_str(), "", "", 0, nullptr),
+        [](const char* made) { sqlite3_free_filename(const_cast<char*>(made)); });
+    std::vector<std::max_align_t> memory(
+        static_cast<std::size_t>(system->szOsFile) / sizeof(std::max_align_t) + 1);
+    auto* const opened = reinterpret_cast<sqlite3_file*>(memory.data());
+    int code = system->xOpen(system, name.get(), opened, SQLITE_OPEN_READONLY | SQLITE_OPEN_MAIN_DB, nullptr);
+    sqlite3_int64 size = 0;
+    std::string bytes;
+    if (code == SQLITE_OK) code = opened->pMethods->xFileSize(opened, &size);
+    if (code == SQLITE_OK) {
+        bytes.resize(static_cast<std::size_t>(size));
+        code = opened->pMethods->xRead(opened, bytes.data(), static_cast<int>(size), 0);
+    }
+    if (opened->pMethods != nullptr) opened->pMethods->xClose(opened);
+    // A short read has filled the rest with zeros: the file has become shorter.
+    if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ) return std::nullopt;
+    return bytes;
+}
 
 void SqliteDatabase::fail(int code) const {
     throw SqliteError(code, database_ ? sqlite3_errmsg(database_.get()) : sqlite3_errstr(code));
@@ -113,8 +156,11 @@ SqliteStatement SqliteDatabase::prepare(std::string_view statement) {
 
 int SqliteDatabase::changes() const { return sqlite3_changes(database_.get()); }
 
-void SqliteDatabase::keepLog() {
-    execute("PRAGMA wal_autocheckpoint = 0");
+void SqliteDatabase::keepLog(int longestFile) {
+    constexpr int bytesOfPage = 4096 + 24;
+    execute(("PRAGMA wal_autocheckpoint = 0; PRAGMA journal_size_limit = " +
+             std::to_string(longestFile * bytesOfPage))
+                .c_str());
     const auto remember = [](void* pages, sqlite3*, const char*, int count) {
         *static_cast<int*>(pages) = count;
         return SQLITE_OK;
@@ -132,6 +178,25 @@ bool SqliteDatabase::emptyLog() {
     const auto code =
         sqlite3_wal_checkpoint_v2(database_.get(), nullptr, SQLITE_CHECKPOINT_PASSIVE, &pages, &moved);
     return code == SQLITE_OK && pages > 0 && pages == moved;
+}
+
+bool SqliteDatabase::cutLog() {
+    noticeLog();
+    return sqlite3_wal_checkpoint_v2(database_.get(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr,
+                                     nullptr) == SQLITE_OK;
+}
+
+void SqliteDatabase::setEmptiesLogAtEnd(bool empties) {
+    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, empties ? 0 : 1, nullptr);
+}
+
+void SqliteDatabase::beginLogUnflushed() {
+    execute("PRAGMA synchronous = OFF");
+    isLogUnflushed_ = true;
+}
+
+void SqliteDatabase::noteCommit() {
+    if (logPages_ > 0 && std::exchange(isLogUnflushed_, false)) execute("PRAGMA synchronous = NORMAL");
 }
 
 void SqliteDatabase::flush() {

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -74,8 +75,14 @@ public:
     enum class Missing { fails, isMade };
 
     SqliteDatabase(const std::filesystem::path& file, Missing missing);
-    // Leaves the write-ahead log as it is: ending a process never waits for the disk.
+    // A database in memory, to be read only, made of a file's bytes.
+    explicit SqliteDatabase(std::string_view image);
+    // Leaves the write-ahead log as it is, unless `setEmptiesLogAtEnd`.
     ~SqliteDatabase();
+
+    // A file's bytes, without those in its log; nullopt when it cannot be read. An ordinary `close` would
+    // release the locks of every connection that this process has to the file.
+    [[nodiscard]] static std::optional<std::string> bytesOf(const std::filesystem::path& file);
 
     // Any number of statements, whose rows are ignored.
     void execute(const char* statements);
@@ -100,11 +107,21 @@ public:
     [[nodiscard]] int changes() const;
 
     // Turns off automatic checkpoints: the log grows until `emptyLog`. `logPages` is its length after the
-    // last commit of this connection.
-    void keepLog();
+    // last commit of this connection; 0 before its first. When a longer log is begun again, its file is cut
+    // to `longestFile` pages.
+    void keepLog(int longestFile);
     [[nodiscard]] int logPages() const { return logPages_; }
     // Moves what it can from the log into the database without stopping anybody. True: all of it.
     bool emptyLog();
+    // The same, and cuts the log to nothing. False while others use it.
+    bool cutLog();
+    // Whether closing the last connection of all processes moves the log into the database, waiting for the
+    // disk, and deletes it (initially not).
+    void setEmptiesLogAtEnd(bool empties);
+    // The first commit does not wait for the disk. Only where there is no log yet, with which a power loss
+    // could mix it up. `noteCommit` after it ends that.
+    void beginLogUnflushed();
+    void noteCommit();
     // What was committed before, by anybody, survives a power loss once it has returned.
     void flush();
 
@@ -122,6 +139,7 @@ private:
 
     std::unique_ptr<sqlite3, Close> database_;
     int logPages_ = 0;
+    bool isLogUnflushed_ = false;
 };
 
 } // namespace corvantile
