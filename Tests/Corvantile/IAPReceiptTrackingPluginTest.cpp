@@ -15,12 +15,16 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
+using Delivery = IAPReceiptTrackingPlugin::Delivery;
+
 constexpr const char* keychainService = "com.example.app";
 
 // A process with the plug-in and what it needs, on day 9.
 struct Host {
-    explicit Host(TestDevice& device, std::uint64_t seed = 0, std::optional<Date> first = Date{0})
+    explicit Host(TestDevice& device, std::uint64_t seed = 0, std::optional<Date> first = Date{0},
+                  bool atLeastOnce = false)
         : platform(TestPlatform::launch(device, {.seed = seed})) {
+        if (atLeastOnce) plugin = std::make_shared<IAPReceiptTrackingPlugin>(Delivery::atLeastOnce);
         UIApplication::shared()->setDelegate(std::make_shared<PluggableApplicationDelegate>(
             PluggableApplicationDelegate::Plugins{router, firstDate, purchases, plugin}));
         device.setNow(Date{9 * oneDay});
@@ -160,6 +164,71 @@ TEST_F(IAPReceiptTracking, ReplacesPassesWithoutEndingThemAndEndsTheLastOnResign
     host_.purchases->categories.onError(std::make_exception_ptr(NSError("test", 1)));
     EXPECT_THAT(host_.idle(), IsEmpty());
     EXPECT_THAT(host_.platform->console().lines(), IsEmpty()); // nor is the failure told
+}
+
+// A process that ends while it sends the events of the record: it writes nothing more.
+void endWhileSending(TestDevice& device, const ReceiptInfo& record) {
+    Host host(device, 0, Date{0}, true);
+    device.keychain().denyNextUpdate();
+    host.activate();
+    EXPECT_FALSE(host.send({record}).empty());
+}
+
+TEST_F(IAPReceiptTracking, SendsAgainAsDecidedWhatTheEndOfAProcessCutsOffIfAskedFor) {
+    const std::pair<ReceiptInfo, Lines> cases[] = {
+        {aTrial,
+         {"trial_subscribe_pro currency=EUR value=0", "subscription 1 0 EUR DE 2001-01-02",
+          "total_subscription currency=EUR value=0"}},
+        {bought(1, 1, 1, 0),
+         {"subscribe_pro currency=EUR value=4.99 + 4.99 EUR", "total_subscription currency=EUR value=4.99"}},
+        {bought(1, 0, 4), {"renew_pro currency=EUR value=4.99"}},
+    };
+    for (const auto& [record, lines] : cases) {
+        SCOPED_TRACE(lines[0]);
+        TestDevice device;
+        endWhileSending(device, record);
+        Host dry(device, 0, Date{0}, true);
+        Corvantile::setDryRun(true);
+        dry.activate();
+        EXPECT_THAT(dry.idle(), IsEmpty());
+
+        Host next(device, 0, Date{0}, true);
+        device.setNow(Date{99 * oneDay}); // the record has expired, and left the receipt
+        next.activate();
+        EXPECT_EQ(next.router->take(), lines);
+        next.activate();
+        EXPECT_THAT(next.send({record}), IsEmpty());
+        EXPECT_THAT(device.keychain().entries(), ElementsAre(marker("1")));
+        EXPECT_THAT(device.defaults().values(), IsEmpty());
+    }
+}
+
+TEST_F(IAPReceiptTracking, SavesNoEventsForARecordThatSendsNoneNorInADryRun) {
+    Host host(device_, 0, Date{0}, true);
+    host.activate();
+    EXPECT_THAT(host.send({bought(2, 1, 1, 1)}), IsEmpty());
+    EXPECT_THAT(device_.keychain().entries(), ElementsAre(marker("2")));
+    Corvantile::setDryRun(true);
+    EXPECT_EQ(host.send({aTrial}).size(), 3u);
+    EXPECT_THAT(device_.keychain().entries(), ElementsAre(marker("2")));
+    EXPECT_THAT(device_.defaults().values(), IsEmpty());
+}
+
+TEST_F(IAPReceiptTracking, LeavesPendingEventsThatItCannotReadToALaterVersion) {
+    endWhileSending(device_, aTrial);
+    const auto entry = device_.keychain().entries().at(0).dictionary;
+    auto text = *entry.at("events").as<std::string>();
+    text.replace(text.find(R"("version":1)"), 11, R"("version":2)");
+    device_.keychain().update({{"1", true}, {"events", text}}, "1", keychainService);
+    Host host(device_, 0, Date{0}, true);
+    Lines omitted;
+    HostCore::setOmitBlock([&](const auto& error) { omitted.push_back(localizedDescription(error)); });
+    host.activate();
+    EXPECT_THAT(host.send({aTrial}), IsEmpty());
+    EXPECT_THAT(omitted, ElementsAre("The pending events of transaction 1 cannot be read."));
+    device_.keychain().update(entry, "1", keychainService);
+    host.activate();
+    EXPECT_EQ(host.idle().size(), 3u);
 }
 
 using IAPReceiptTrackingDeathTest = IAPReceiptTracking;

@@ -2,6 +2,7 @@
 
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
+#include "Corvantile/Plugin/Analytic/detail/PendingPurchases.hpp"
 #include "Corvantile/Plugin/Analytic/detail/PurchaseDecision.hpp"
 #include "Corvantile/Plugin/Database/FirstDatePluggable.hpp"
 #include "Corvantile/RequireService.hpp"
@@ -34,14 +35,25 @@ bool isMarked(const std::string& key) {
     return std::all_of(marker->begin(), marker->end(), isBoolean);
 }
 
-bool saveMarker(const std::string& key) {
+// False when the keychain refuses, which goes to the host.
+template <class Write>
+bool isWritten(const Write& write) {
     try {
-        Locksmith::saveData({{key, true}}, key);
+        write();
         return true;
     } catch (...) {
         if (const auto omit = HostCore::omitBlock()) omit(std::current_exception());
         return false;
     }
+}
+
+bool saveMarker(const std::string& key) {
+    return isWritten([&] { Locksmith::saveData({{key, true}}, key); });
+}
+
+bool isPending(const std::string& key) {
+    const auto entry = Locksmith::loadDataForUserAccount(key);
+    return entry && PendingPurchases::isPending(*entry);
 }
 
 // Before a product's identifier: the key in the user defaults that marks its grace period as reported.
@@ -82,8 +94,12 @@ constexpr auto ignoreError = [](const std::exception_ptr&) {};
 
 IAPReceiptTrackingPluggable::~IAPReceiptTrackingPluggable() = default;
 
-IAPReceiptTrackingPlugin::IAPReceiptTrackingPlugin()
-    : userDefaults_(NSUserDefaults::standardUserDefaults()) {}
+IAPReceiptTrackingPlugin::IAPReceiptTrackingPlugin() : IAPReceiptTrackingPlugin(Delivery::atMostOnce) {}
+
+IAPReceiptTrackingPlugin::IAPReceiptTrackingPlugin(Delivery delivery)
+    : userDefaults_(NSUserDefaults::standardUserDefaults()),
+      pending_(delivery == Delivery::atLeastOnce ? std::make_unique<const PendingPurchases>(userDefaults_)
+                                                 : nullptr) {}
 
 IAPReceiptTrackingPlugin::~IAPReceiptTrackingPlugin() { disposable_.disposeAndClear(); }
 
@@ -98,6 +114,7 @@ void IAPReceiptTrackingPlugin::trackReceipts() {
     const auto analytics = requireService<AnalyticPluggable>();
     const auto install = requireService<FirstDatePluggable>();
     const auto records = requireService<IAPReceiptPluggable>();
+    sendLeftBehind(*analytics);
     const auto weak = weak_from_this();
     disposable_.exchange(debugged(preparedCategories(*records, *install), recordsLabel)
                              .subscribe(
@@ -134,14 +151,39 @@ void IAPReceiptTrackingPlugin::trackValidatedPurchase(const std::string& product
 void IAPReceiptTrackingPlugin::reportRecords(const Categories& prepared, AnalyticPluggable& analytics) const {
     for (const auto& category : prepared)
         for (std::size_t position = 0; position < category.receipts.size(); ++position) {
-            const auto& record = category.receipts[position];
-            if (!claim(std::to_string(record.transactionID))) continue;
-            const auto decision = decidePurchase(category, position, now());
-            if (isFirstPurchase(record))
-                recordFirstTransaction(decision, analytics);
-            else
-                recordConsecutiveTransaction(decision, analytics);
+            const auto key = std::to_string(category.receipts[position].transactionID);
+            const auto decide = [&] { return decidePurchase(category, position, now()); };
+            if (!pending_ || Corvantile::dryRun()) {
+                if (claim(key)) send(decide(), analytics);
+            } else if (!isMarked(key) && !isPending(key)) {
+                reportSafely(decide(), analytics);
+            }
         }
+}
+
+// A record that stays silent has nothing to lose.
+void IAPReceiptTrackingPlugin::reportSafely(const PurchaseDecision& decision,
+                                            AnalyticPluggable& analytics) const {
+    const auto& key = decision.transactionID;
+    if (decision.kind == PurchaseKind::expired) return void(saveMarker(key));
+    if (!isWritten([&] { pending_->save(decision); })) return;
+    send(decision, analytics);
+    isWritten([&] { pending_->settle(key); });
+}
+
+void IAPReceiptTrackingPlugin::sendLeftBehind(AnalyticPluggable& analytics) const {
+    if (!pending_ || Corvantile::dryRun()) return;
+    for (const auto& decision : pending_->takeLeftBehind()) {
+        send(decision, analytics);
+        isWritten([&] { pending_->settle(decision.transactionID); });
+    }
+}
+
+void IAPReceiptTrackingPlugin::send(const PurchaseDecision& decision, AnalyticPluggable& analytics) {
+    if (decision.countsIntoTotal())
+        recordFirstTransaction(decision, analytics);
+    else
+        recordConsecutiveTransaction(decision, analytics);
 }
 
 std::string IAPReceiptTrackingPlugin::recordFirstTransaction(const PurchaseDecision& decision,
@@ -152,8 +194,7 @@ std::string IAPReceiptTrackingPlugin::recordFirstTransaction(const PurchaseDecis
     else
         analytics.track(event);
     if (decision.reportsSubscription()) trackSubscription(decision, analytics);
-    if (decision.countsIntoTotal())
-        analytics.track(DefaultEvent::totalSubscription(decision.value, decision.currency).event());
+    analytics.track(DefaultEvent::totalSubscription(decision.value, decision.currency).event());
     return decision.name;
 }
 
