@@ -76,6 +76,15 @@ TEST_F(LostEvents, ReportsATransactionOnlyIfNoSinkGotAnyOfItsEvents) {
     EXPECT_THAT(takeTexts("router"), IsEmpty());
 }
 
+TEST_F(LostEvents, FollowsATransactionWhoseEventsAreSavedWithItsMarker) {
+    std::string app = forgetfulApp;
+    app.insert(app.find("TrackingPlugin\"") + 15, R"(, "configuration": {"atLeastOnce": true})");
+    begin(app.c_str());
+    play({"launch", "activate", "buy themes"});
+    EXPECT_THAT(takeTexts("router"),
+                Contains(AllOf(StartsWith("transaction "), HasSubstr("no sink got its events"))));
+}
+
 TEST_F(LostEvents, ReportsALaterPeriodThatIsOverBeforeItIsSeen) {
     const auto receipt = folder().write("receipt.json", R"({"status": 0, "latest_receipt_info": [
         {"transaction_id": "8", "original_transaction_id": "7", "product_id": "app.pro",

@@ -145,6 +145,16 @@ PlayRegistry::MakePlugIn readReceiptPlugin(const PlayConfiguration& configuratio
     };
 }
 
+PlayRegistry::MakePlugIn readTrackingPlugin(const PlayConfiguration& configuration) {
+    configuration.allow({"atLeastOnce"});
+    using Delivery = IAPReceiptTrackingPlugin::Delivery;
+    const auto delivery =
+        configuration.boolean("atLeastOnce", false) ? Delivery::atLeastOnce : Delivery::atMostOnce;
+    return [delivery](const PlayRegistry::LaunchSwitches&) {
+        return std::make_shared<IAPReceiptTrackingPlugin>(delivery);
+    };
+}
+
 } // namespace
 
 std::vector<IAPReceiptPlugin::Product> readReceiptProducts(const PlayConfiguration& configuration) {
@@ -178,7 +188,7 @@ void addPurchaseKinds(PlayRegistry& registry) {
         {.name = "IAPReceiptTrackingPlugin",
          .offers = {PlayRegistry::service<IAPReceiptTrackingPluggable>()},
          .needs = {AnalyticPluggable::typeName, FirstDatePluggable::typeName, IAPReceiptPluggable::typeName},
-         .read = readPlain<IAPReceiptTrackingPlugin>});
+         .read = readTrackingPlugin});
 }
 
 } // namespace corvantile::tool

@@ -26,11 +26,14 @@ EventValue::Map fieldsOfMarker(const std::string& account) {
     return {{"account", account}, {"transaction", transactionOf(account)}};
 }
 
-// Purchase analytics marks under an account that is the transaction's number, and repeats it inside.
+// Purchase analytics marks under an account that is the transaction's number, and repeats it inside; with
+// what it is about to send, if nothing may be lost.
 bool isPurchaseMarker(const KeychainDictionary& dictionary, std::string_view account) {
     const auto number = transactionOf(account);
     if (number.empty() || number.find_first_not_of("0123456789") != std::string::npos) return false;
-    return dictionary == KeychainDictionary{{std::string(account), true}};
+    auto marker = dictionary;
+    marker.erase("events");
+    return marker == KeychainDictionary{{std::string(account), true}};
 }
 
 class ObservedKeychain final : public Locksmith {
