@@ -11,6 +11,8 @@
 #include "CorvantilePlatform/Store/StoreRequests.hpp"
 
 #include <algorithm>
+#include <cstdint>
+#include <set>
 #include <utility>
 
 namespace corvantile {
@@ -28,6 +30,14 @@ std::vector<ReceiptProduct> catalogueOf(std::vector<IAPReceiptPlugin::Product> p
 bool wasBought(const SKPaymentTransaction& transaction) {
     const auto state = transaction.transactionState();
     return state == SKPaymentTransactionState::purchased || state == SKPaymentTransactionState::restored;
+}
+
+// All the transactions that `earlier` has, so that it need not be kept.
+bool shows(const StoreReceipt& receipt, const StoreReceipt& earlier) {
+    std::set<std::int64_t> shown;
+    for (const auto& record : receipt.transactions) shown.insert(record.transactionID);
+    return std::all_of(earlier.transactions.begin(), earlier.transactions.end(),
+                       [&](const auto& record) { return shown.contains(record.transactionID); });
 }
 
 } // namespace
@@ -53,35 +63,53 @@ IAPReceiptPlugin::~IAPReceiptPlugin() {
     productRequest_.disposeAndClear();
 }
 
-void IAPReceiptPlugin::didBecomeActive(UIApplication&) { refresh(); }
+void IAPReceiptPlugin::didBecomeActive(UIApplication&) { refresh(Cause::activation); }
 
 void IAPReceiptPlugin::willResignActive(UIApplication&) {
-    receiptRequest_.reset();
+    std::erase_if(receiptRequests_,
+                  [](const auto& entry) { return entry.second.cause == Cause::activation; });
     productRequest_.disposeAndClear();
 }
 
 void IAPReceiptPlugin::updatedTransactions(SKPaymentQueue&, const Transactions& transactions) {
     const auto isPurchase = [](const auto& transaction) { return wasBought(*transaction); };
-    if (std::any_of(transactions.begin(), transactions.end(), isPurchase)) refresh();
+    if (std::any_of(transactions.begin(), transactions.end(), isPurchase)) refresh(Cause::purchase);
 }
 
-// Replaces the request in flight, which may have been answered before the purchase that causes this one.
-void IAPReceiptPlugin::refresh() {
+// An activation's request in flight is replaced; one that a purchase has caused is not: the receipt that it
+// was given may be the only one that shows a consumable.
+void IAPReceiptPlugin::refresh(Cause cause) {
     askForProducts();
-    receiptRequest_ = StoreRequests::shared()->receipt(
-        reader_,
-        [weak = weak_from_this()](const std::optional<std::string>& json, const std::exception_ptr& error) {
+    std::erase_if(receiptRequests_,
+                  [](const auto& entry) { return entry.second.cause == Cause::activation; });
+    const auto number = ++lastReceiptRequest_;
+    const auto answer = [weak = weak_from_this(), number](Update update) {
+        postToMain(weak, [number, update = std::move(update)](IAPReceiptPlugin& self) {
+            self.takeAnswer(number, update);
+        });
+    };
+    receiptRequests_[number] = {
+        cause, StoreRequests::shared()->receipt(reader_, [answer](const std::optional<std::string>& json,
+                                                                  const std::exception_ptr& error) {
             if (error)
-                postToMain(weak, [error](IAPReceiptPlugin& self) {
+                answer([error](IAPReceiptPlugin& self) {
                     self.report({{"receipt", localizedDescription(error)}});
                 });
             else if (json)
-                readInBackground(weak, *json, &IAPReceiptPlugin::takeAnswer);
+                answer(readInBackground(*json, &IAPReceiptPlugin::takeIfChanged));
             else
-                postToMain(weak, [](IAPReceiptPlugin& self) {
+                answer([](IAPReceiptPlugin& self) {
                     if (!self.hasRecords_) self.takeReceipt({});
                 });
-        });
+        })};
+}
+
+// A store may answer a later request first: what an earlier one says then is out of date.
+void IAPReceiptPlugin::takeAnswer(std::uint64_t request, const Update& update) {
+    receiptRequests_.erase(request);
+    if (request < lastReceiptAnswer_) return;
+    lastReceiptAnswer_ = request;
+    update(*this);
 }
 
 void IAPReceiptPlugin::askForProducts() {
@@ -104,7 +132,7 @@ void IAPReceiptPlugin::askForProducts() {
 
 void IAPReceiptPlugin::setReceipt(std::string json) {
     reader_->async([weak = weak_from_this(), json = std::move(json)] {
-        readInBackground(weak, json, &IAPReceiptPlugin::takeReceipt);
+        postToMain(weak, readInBackground(json, &IAPReceiptPlugin::takeReceipt));
     });
 }
 
@@ -124,6 +152,7 @@ void IAPReceiptPlugin::setRecords(std::vector<ProductCategory> categories,
             postToMain(weak, [categories, renewals](IAPReceiptPlugin& self) {
                 self.hasRecords_ = true;
                 self.receipt_.reset();
+                self.waitingReceipts_.clear();
                 self.report({});
                 self.renewals_.onNext(renewals);
                 self.categories_.onNext(categories);
@@ -131,13 +160,13 @@ void IAPReceiptPlugin::setRecords(std::vector<ProductCategory> categories,
         });
 }
 
-void IAPReceiptPlugin::readInBackground(const Weak& weak, const std::string& json, Take take) {
+IAPReceiptPlugin::Update IAPReceiptPlugin::readInBackground(const std::string& json, Take take) {
     try {
         auto receipt = std::make_shared<StoreReceipt>(readStoreReceipt(json));
-        postToMain(weak, [receipt, take](IAPReceiptPlugin& self) { (self.*take)(std::move(*receipt)); });
+        return [receipt, take](IAPReceiptPlugin& self) { (self.*take)(std::move(*receipt)); };
     } catch (const NSError& error) {
         const Problems problems = {{"receipt", error.localizedDescription()}};
-        postToMain(weak, [problems](IAPReceiptPlugin& self) { self.report(problems); });
+        return [problems](IAPReceiptPlugin& self) { self.report(problems); };
     }
 }
 
@@ -149,14 +178,17 @@ void IAPReceiptPlugin::postToMain(const Weak& weak, Update update) {
 
 // An answer equal to the last one is no refresh: publishing it again would begin another pass over records
 // that the activation has gone through already.
-void IAPReceiptPlugin::takeAnswer(StoreReceipt answer) {
-    if (receipt_ == answer) return publishCategories(Refresh::no);
-    takeReceipt(std::move(answer));
+void IAPReceiptPlugin::takeIfChanged(StoreReceipt receipt) {
+    if (receipt_ == receipt) return publishCategories(Refresh::no);
+    takeReceipt(std::move(receipt));
 }
 
 void IAPReceiptPlugin::takeReceipt(StoreReceipt receipt) {
     hasRecords_ = true;
+    if (receipt_ && !isReceiptPublished_ && !shows(receipt, *receipt_))
+        waitingReceipts_.push_back(*std::move(receipt_));
     receipt_ = std::move(receipt);
+    isReceiptPublished_ = false;
     renewals_.onNext(receipt_->renewals);
     publishCategories(Refresh::yes);
 }
@@ -176,8 +208,15 @@ void IAPReceiptPlugin::takeProducts(const std::vector<std::shared_ptr<SKProduct>
 void IAPReceiptPlugin::publishCategories(Refresh refresh) {
     if (!receipt_) return;
     if (!areProductsKnown_ && !receipt_->transactions.empty()) return;
-    auto sorted = categorize(receipt_->transactions, catalogue_);
-    auto problems = receipt_->problems;
+    if (areProductsKnown_)
+        for (const auto& earlier : std::exchange(waitingReceipts_, {})) publish(earlier, Refresh::yes);
+    isReceiptPublished_ = true;
+    publish(*receipt_, refresh);
+}
+
+void IAPReceiptPlugin::publish(const StoreReceipt& receipt, Refresh refresh) {
+    auto sorted = categorize(receipt.transactions, catalogue_);
+    auto problems = receipt.problems;
     problems.insert(problems.end(), sorted.problems.begin(), sorted.problems.end());
     report(problems);
     if (refresh == Refresh::yes) categories_.onNext(sorted.categories);

@@ -8,7 +8,9 @@
 #include "CorvantileReactive/DisposableSlot.hpp"
 #include "CorvantileReactive/ReplaySubject.hpp"
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -40,7 +42,8 @@ public:
     ~IAPReceiptPlugin() override;
 
     void didBecomeActive(UIApplication& application) override;
-    // Cancels the requests in flight.
+    // Cancels the requests that an activation has begun. One that a purchase has caused goes on: a consumable
+    // that was finished meanwhile is in no later receipt.
     void willResignActive(UIApplication& application) override;
     void updatedTransactions(SKPaymentQueue& queue, const Transactions& transactions) override;
 
@@ -66,22 +69,35 @@ private:
     using Take = void (IAPReceiptPlugin::*)(StoreReceipt receipt);
     enum class Refresh { no, yes };
 
-    static void readInBackground(const Weak& weak, const std::string& json, Take take);
+    // What main then does with the receipt.
+    [[nodiscard]] static Update readInBackground(const std::string& json, Take take);
     static void postToMain(const Weak& weak, Update update);
 
-    void refresh();
+    enum class Cause { activation, purchase };
+    struct ReceiptRequest {
+        Cause cause;
+        std::shared_ptr<PlatformRequest> request;
+    };
+
+    void refresh(Cause cause);
+    void takeAnswer(std::uint64_t request, const Update& update);
     void askForProducts();
-    void takeAnswer(StoreReceipt answer);
+    void takeIfChanged(StoreReceipt receipt);
     void takeReceipt(StoreReceipt receipt);
     void takeProducts(const std::vector<std::shared_ptr<SKProduct>>& products);
     void publishCategories(Refresh refresh);
+    void publish(const StoreReceipt& receipt, Refresh refresh);
     void report(const Problems& problems);
 
     std::vector<ReceiptProduct> catalogue_;
     bool areProductsKnown_ = false;
     bool hasRecords_ = false;
     std::optional<StoreReceipt> receipt_; // nullopt after records that the host has set
-    std::shared_ptr<PlatformRequest> receiptRequest_;
+    bool isReceiptPublished_ = false;
+    std::vector<StoreReceipt> waitingReceipts_; // earlier ones, which wait for the products with it
+    std::map<std::uint64_t, ReceiptRequest> receiptRequests_; // in flight, by number
+    std::uint64_t lastReceiptRequest_ = 0;
+    std::uint64_t lastReceiptAnswer_ = 0; // the number of the latest request that was answered
     rx::DisposableSlot productRequest_;
     const std::shared_ptr<DispatchQueue> reader_;
     const rx::ReplaySubject<std::vector<ProductCategory>> categories_;

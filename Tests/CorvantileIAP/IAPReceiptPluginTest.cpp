@@ -132,6 +132,31 @@ TEST_F(IAPReceipt, ThatTheStoreCannotTellLeavesWhatWasKnown) {
     EXPECT_THAT(heard(), IsEmpty());
 }
 
+TEST_F(IAPReceipt, OfEachOfSeveralBatchesIsReadUnlessALaterOneIsAnsweredBefore) {
+    const auto failure = HasSubstr("products: "); // what was read waits until they are known
+    store().failNextProducts();
+    store().failNextProducts();
+    store().setRequestDelay(std::chrono::seconds(2));
+    store().deliver({store().makeTransaction("pro")});
+    platform_->runUntilIdle();
+    device_.store().setReceipt(
+        R"({"status": 0, "latest_receipt_info": [{"transaction_id": 7, )"
+        R"("original_transaction_id": 7, "purchase_date_ms": 0, "product_id": "extra"}]})");
+    store().deliver({store().makeTransaction("extra")});
+    platform_->advance(std::chrono::seconds(3));
+    EXPECT_THAT(heard(), testing::UnorderedElementsAre("renewals 1", "renewals 0", failure));
+    plugin_->setProducts({product("pro"), product("extra")});
+    EXPECT_THAT(heard(), ElementsAre("pro 2; ", "gold 1; "));
+
+    store().deliver({store().makeTransaction("extra")});
+    platform_->runUntilIdle();
+    store().setRequestDelay(std::chrono::seconds(1));
+    device_.store().setReceipt(receipt({"pro"}));
+    store().deliver({store().makeTransaction("pro")});
+    platform_->advance(std::chrono::seconds(3));
+    EXPECT_THAT(heard(), ElementsAre("renewals 1", "pro 1; "));
+}
+
 TEST_F(IAPReceipt, ComesFromTheHostToo) {
     plugin_->setProducts({product("pro")});
     plugin_->setReceipt(receipt({"pro", "extra", "gone", "gone"}));
@@ -160,6 +185,11 @@ TEST_F(IAPReceipt, IsNotWaitedForAfterResigningOrTheEnd) {
     plugin_->willResignActive(*UIApplication::shared());
     platform_->runUntilIdle();
     EXPECT_EQ(store().requestsUnderWay(), 0);
+
+    store().deliver({store().makeTransaction("pro")}); // its receipt may be the only one that shows it
+    platform_->runUntilIdle();
+    plugin_->willResignActive(*UIApplication::shared());
+    EXPECT_EQ(store().requestsUnderWay(), 1);
 
     activate();
     plugin_->setReceipt(receipt({"pro"}));
