@@ -115,6 +115,7 @@ TYPED_TEST(HTTPClientContract, CarriesARequestAndAnAnswerOfWhateverStatusByteFor
         this->exchange({.method = "POST", .url = this->server_.origin() + path, .body = bytes}, missing);
         EXPECT_EQ(missing.response.value().status, 404);
         EXPECT_EQ(missing.response->body, missingBody);
+        EXPECT_EQ(missing.response->isRedirected, path == std::string("/moved"));
     }
 }
 

@@ -35,8 +35,8 @@ public:
             return ScriptedReply{.response =
                                      HTTPResponse{201, {{"X-Reply", "yes"}}, request.body.value_or("")}};
         });
-        for (const char* const path : {"/missing", "/moved"})
-            http_.answer(origin() + path, {404, {}, missingBody});
+        for (const bool isMoved : {false, true})
+            http_.answer(origin() + (isMoved ? "/moved" : "/missing"), {404, {}, missingBody, isMoved});
         http_.fail(origin() + "/circle", HTTPFailure::tooManyRedirections);
         http_.hang(origin() + "/hang");
         http_.fail(origin() + "/broken", HTTPFailure::networkConnectionLost);

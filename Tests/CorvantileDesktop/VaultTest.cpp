@@ -1,5 +1,6 @@
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 
+#include "CorvantileDesktop/Keychain/detail/MasterKey.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Keychain/KeychainError.hpp"
 #include "Tests/CorvantileDesktop/FlushCount.hpp"
@@ -12,6 +13,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstdio>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -83,6 +86,26 @@ TEST_F(VaultTest, ReadsWhatTheFirstVersionWrote) {
                                                                      {"d", Date{725846400.1}},
                                                                      {"x", KeychainData{0, 255}}}));
     EXPECT_EQ(vault.load("\0"s, ""), KeychainDictionary{});
+}
+
+// A mapping's flags, as the system tells them.
+std::string flagsOfMapping(const void* address) {
+    std::ifstream maps("/proc/self/smaps");
+    bool isInside = false;
+    for (std::string line; std::getline(maps, line);) {
+        unsigned long begin = 0, end = 0;
+        if (std::sscanf(line.c_str(), "%lx-%lx ", &begin, &end) == 2)
+            isInside = reinterpret_cast<unsigned long>(address) - begin < end - begin;
+        if (isInside && line.starts_with("VmFlags:")) return line;
+    }
+    return "no mapping";
+}
+
+TEST_F(VaultTest, KeepsItsMasterKeyOutOfCoreDumps) {
+    prepare();
+    const auto master = MasterKey::read(*PrivateFolder::find(folder));
+
+    EXPECT_THAT(flagsOfMapping(master.value().key().data()), HasSubstr(" dd"));
 }
 
 TEST_F(VaultTest, FlushesOnceForEachSaveAlsoOnceALongLogWasEmptiedInTheBackground) {

@@ -22,7 +22,8 @@ namespace fs = std::filesystem;
 
 VaultOptions withAbsoluteFolder(VaultOptions options) {
     std::error_code error;
-    if (!options.folder.empty()) options.folder = fs::absolute(options.folder, error);
+    for (auto* const folder : {&options.folder, &options.keyFolder})
+        if (!folder->empty()) *folder = fs::absolute(*folder, error);
     return options;
 }
 
@@ -31,7 +32,8 @@ VaultOptions withAbsoluteFolder(VaultOptions options) {
 struct Vault::Parts {
     explicit Parts(VaultOptions given)
         : options(withAbsoluteFolder(std::move(given))),
-          sealing(options.folder, [this](const std::string& text) { print(text); }),
+          sealing(options.keyFolder.empty() ? options.folder : options.keyFolder,
+                  [this](const std::string& text) { print(text); }),
           reader(file()),
           writer(file(), reader,
                  {.report = [this](const std::string& text) { print(text); },
@@ -66,6 +68,8 @@ struct Vault::Parts {
 
     void requireUnlocked() const {
         if (locked.load()) throw keychainError(KeychainStatus::interactionNotAllowed);
+        if (!options.keyFolder.empty())
+            throw keychainError(KeychainStatus::notAvailable, "A copy for inspection takes no entries.");
     }
 
     // Runs what changes the vault. An error is printed even where the caller ignores it.

@@ -20,6 +20,10 @@ struct VaultOptions {
     // refused, since a keychain that forgets would let a purchase be reported once more at each launch.
     std::filesystem::path folder = {};
 
+    // Where the master key lies, if not in `folder`: then `folder` holds a copy for inspection, into which no
+    // key is ever copied, and nothing is saved.
+    std::filesystem::path keyFolder = {};
+
     // Gets a line, once, for each fault that a person has to put right. May be null.
     std::shared_ptr<Console> console = nullptr;
 

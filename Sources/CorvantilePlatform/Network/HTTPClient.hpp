@@ -33,6 +33,8 @@ struct HTTPResponse {
     int status = 0;
     HTTPHeaders headers = {};
     std::string body = {};
+    // Another address answered than the request was sent to. Platforms that cannot tell leave it false.
+    bool isRedirected = false;
 };
 
 // The domain of every error that an exchange fails with; the code is an HTTPFailure.

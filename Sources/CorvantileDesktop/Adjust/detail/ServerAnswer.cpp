@@ -101,9 +101,32 @@ void reportAttempt(AdjustDelegate& delegate, const OutboxPackage& package, const
     }
 }
 
+// The services answer with some hundred bytes. What is so large is no answer of theirs, and would take many
+// times as much memory to read.
+constexpr std::size_t largestServiceAnswer = 256UL * 1024;
+
+// After a redirection the answer is to another request: a POST may have gone on as a GET, without the
+// package.
+std::string whyNoAnswer(const HTTPResponse& response) {
+    const bool leadsElsewhere = response.status >= 300 && response.status < 400;
+    if (response.isRedirected || leadsElsewhere) return "The server sent the request elsewhere.";
+    if (response.body.size() > largestServiceAnswer)
+        return "The server answered with " + std::to_string(response.body.size()) + " bytes.";
+    return {};
+}
+
+ServerAnswer noAnswer(int status, const std::string& why) {
+    ServerAnswer answer;
+    answer.status = status;
+    answer.text = why;
+    answer.message = why;
+    return answer;
+}
+
 } // namespace
 
 ServerAnswer answerOf(const HTTPResponse& response) {
+    if (const auto why = whyNoAnswer(response); !why.empty()) return noAnswer(response.status, why);
     ServerAnswer answer;
     answer.status = response.status;
     answer.text = response.body;

@@ -117,6 +117,8 @@ void CurlTransfer::finish(CURLcode code) {
     }
     curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &number);
     response_.status = static_cast<int>(number);
+    curl_easy_getinfo(handle(), CURLINFO_REDIRECT_COUNT, &number);
+    response_.isRedirected = number > 0;
     delivery_->succeed(std::move(response_));
 }
 

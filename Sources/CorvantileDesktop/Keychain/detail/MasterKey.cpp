@@ -8,7 +8,10 @@
 
 #include <cstddef>
 #include <cstring>
+#include <new>
 #include <utility>
+
+#include <sys/mman.h>
 
 namespace corvantile {
 
@@ -32,16 +35,33 @@ std::string newFile() {
 
 } // namespace
 
-MasterKey::MasterKey(std::string file, FileIdentity identity) : file_(std::move(file)), identity_(identity) {}
-MasterKey::MasterKey(MasterKey&& other) noexcept : identity_(other.identity_) { file_.swap(other.file_); }
-MasterKey::~MasterKey() { wipe(file_); }
+SecretPage::SecretPage(std::string_view secret) : size_(secret.size()) {
+    void* const page = ::mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (page == MAP_FAILED) throw std::bad_alloc();
+    ::madvise(page, size_, MADV_DONTDUMP);
+    page_ = static_cast<char*>(page);
+    std::memcpy(page_, secret.data(), size_);
+}
+
+SecretPage::SecretPage(SecretPage&& other) noexcept
+    : page_(std::exchange(other.page_, nullptr)), size_(std::exchange(other.size_, 0)) {}
+
+SecretPage::~SecretPage() {
+    if (page_ == nullptr) return;
+    ::explicit_bzero(page_, size_);
+    ::munmap(page_, size_);
+}
+
+MasterKey::MasterKey(SecretPage file, FileIdentity identity) : file_(std::move(file)), identity_(identity) {}
 
 std::optional<MasterKey> MasterKey::read(const PrivateFolder& folder) {
     const auto identity = FileIdentity::of(folder.path() / fileName);
     auto file = folder.readPrivateFile(fileName, fileSize + 1);
     if (!identity || !file) return std::nullopt;
-    MasterKey key(std::move(*file), *identity);
-    if (key.file_.size() != fileSize || !key.file_.starts_with(signature)) return std::nullopt;
+    const bool isKey = file->size() == fileSize && file->starts_with(signature);
+    std::optional<MasterKey> key;
+    if (isKey) key.emplace(MasterKey(SecretPage(*file), *identity));
+    wipe(*file);
     return key;
 }
 
@@ -68,11 +88,9 @@ bool MasterKey::isStillIn(const std::filesystem::path& folder) const {
 }
 
 std::string_view MasterKey::identifier() const {
-    return std::string_view(file_).substr(signature.size(), identifierSize);
+    return file_.text().substr(signature.size(), identifierSize);
 }
 
-std::string_view MasterKey::key() const {
-    return std::string_view(file_).substr(signature.size() + identifierSize);
-}
+std::string_view MasterKey::key() const { return file_.text().substr(signature.size() + identifierSize); }
 
 } // namespace corvantile

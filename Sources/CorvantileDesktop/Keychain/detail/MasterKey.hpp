@@ -2,6 +2,7 @@
 
 #include "CorvantileDesktop/Keychain/detail/PrivateFolder.hpp"
 
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -10,7 +11,23 @@
 
 namespace corvantile {
 
-// The key that seals every entry of a vault, in a file of its own. Wiped from memory at its end.
+// A page of memory for a secret: left out of core dumps, wiped at its end.
+class SecretPage {
+public:
+    // Copies `secret`, which is no longer than a page. Throws std::bad_alloc.
+    explicit SecretPage(std::string_view secret);
+    SecretPage(SecretPage&& other) noexcept;
+    SecretPage& operator=(SecretPage&&) = delete;
+    ~SecretPage();
+
+    [[nodiscard]] std::string_view text() const { return {page_, size_}; }
+
+private:
+    char* page_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+// The key that seals every entry of a vault, in a file of its own.
 class MasterKey {
 public:
     static constexpr const char* fileName = "master.key";
@@ -24,10 +41,6 @@ public:
     [[nodiscard]] static MasterKey make(const PrivateFolder& folder,
                                         const std::function<void(const std::string&)>& report);
 
-    MasterKey(MasterKey&& other) noexcept;
-    MasterKey& operator=(MasterKey&&) = delete;
-    ~MasterKey();
-
     // The file still holds this key: it is there and has not been replaced.
     [[nodiscard]] bool isStillIn(const std::filesystem::path& folder) const;
 
@@ -36,9 +49,9 @@ public:
     [[nodiscard]] std::string_view key() const;
 
 private:
-    MasterKey(std::string file, FileIdentity identity);
+    MasterKey(SecretPage file, FileIdentity identity);
 
-    std::string file_;
+    SecretPage file_;
     FileIdentity identity_;
 };
 
