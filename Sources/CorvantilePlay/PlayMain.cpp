@@ -3,12 +3,9 @@
 #include "CorvantilePlay/detail/CommandLine/CommandLine.hpp"
 #include "CorvantilePlay/detail/Output/StandardOutput.hpp"
 #include "CorvantilePlay/detail/Output/ToolProcess.hpp"
-#include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <CLI/CLI.hpp>
 
-#include <exception>
-#include <iostream>
 #include <utility>
 
 namespace corvantile {
@@ -21,24 +18,19 @@ tool::ExitCode run(int argc, char** argv, PlayRegistry registry) {
     tool::buildCommandLine(app, call);
     try {
         app.parse(argc, argv);
-        tool::installSignalHandler();
-        return call.run();
     } catch (const CLI::ParseError& error) { // --help and --version, too
         return app.exit(error) == 0 ? tool::ExitCode::success : tool::ExitCode::usage;
-    } catch (const tool::UsageError& error) {
-        std::cerr << "corvantile: " << error.what() << '\n';
-        return tool::ExitCode::usage;
-    } catch (const std::exception& error) { // of the machine: no memory, no folder for temporary files
-        std::cerr << "corvantile: " << error.what() << '\n';
-        return tool::ExitCode::failed;
     }
+    tool::installSignalHandler();
+    return call.run();
 }
 
 } // namespace
 
 int playMain(int argc, char** argv, PlayRegistry registry) {
+    tool::forbidMemoryDumps();
     tool::StandardOutput output;
-    const auto code = run(argc, argv, std::move(registry));
+    const auto code = tool::endingWithStatus([&] { return run(argc, argv, std::move(registry)); });
     return static_cast<int>(output.close(code));
 }
 

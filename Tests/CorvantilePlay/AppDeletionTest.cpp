@@ -50,8 +50,8 @@ TEST(DeviceDeletion, DeletesAStateFolderAndNothingElse) {
     fs::remove_all(state);
     copyGoldenState(state);
     for (const auto* const name :
-         {"store.sqlite", "store.sqlite-wal", "receipt", "outbox.sqlite.new", "receipt.12-0.new",
-          "user-defaults.sqlite.set-aside-1-wal", "keychain/master.key.12-0.new"})
+         {"store.sqlite", "store.sqlite-wal", "receipt", "outbox.sqlite.new", "outbox.sqlite.claim",
+          "receipt.12-0.new", "user-defaults.sqlite.set-aside-1-wal", "keychain/master.key.12-0.new"})
         write(name);
     deleteDevice(state);
     EXPECT_TRUE(fs::is_empty(state));

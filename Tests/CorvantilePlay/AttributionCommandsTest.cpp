@@ -1,17 +1,27 @@
+#include "CorvantileDesktop/detail/Files/Descriptor.hpp"
 #include "CorvantilePlay/PlayRegistry.hpp"
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <sstream>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 namespace corvantile::tool::AttributionCommandsTest {
 
 using testing::AllOf;
+using testing::AnyOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 // Offline, so that a test decides when its packages leave.
@@ -149,6 +159,57 @@ TEST_F(AttributionCommands, SayWhatIsWrongWithTheAppsFiles) {
     folder().write("events.json", R"([{"name": "open"}])");
     EXPECT_THAT(errorOf("relaunch"), HasSubstr("events.json: expected event tokens"));
     EXPECT_THROW(beginWith(served), UsageError);
+
+    folder().write("../events.json", "[]");
+    auto outside = appWith(served);
+    outside.replace(outside.find(R"("events")"), 8, R"("../events")");
+    EXPECT_THROW(begin(outside.c_str()), UsageError);
+}
+
+// A connection to the played server, and what it answers to a request.
+class Client {
+public:
+    explicit Client(int port) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<std::uint16_t>(port));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        EXPECT_EQ(::connect(socket_.value(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    }
+    std::string answerTo(std::string_view request) {
+        while (!request.empty()) { // the server may stop reading
+            const auto sent = ::send(socket_.value(), request.data(), request.size(), MSG_NOSIGNAL);
+            if (sent <= 0) break;
+            request.remove_prefix(static_cast<std::size_t>(sent));
+        }
+        std::array<char, 256> answer{};
+        const auto count = ::recv(socket_.value(), answer.data(), answer.size(), 0);
+        return {answer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+    }
+
+private:
+    Descriptor socket_{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+};
+
+TEST_F(AttributionCommands, ServeAnAppBesideIdleConnectionsAndBodiesOfAnySize) {
+    play({"status"});
+    const std::string before = "http://127.0.0.1:";
+    int port = 0;
+    for (const auto& event : events())
+        if (const auto at = event.text.find(before); at != std::string::npos)
+            port = std::stoi(event.text.substr(at + before.size()));
+    std::vector<Client> idle;
+    for (int connection = 0; connection < 150; ++connection) idle.emplace_back(port);
+    play({"launch", "online", "deliver"});
+    EXPECT_EQ(events().back().text, "nothing waits in the outbox any more");
+
+    const std::string body(5 << 20, 'x');
+    EXPECT_THAT(Client(port).answerTo("POST /a HTTP/1.1\r\nContent-Length: 99999999999\r\n\r\n"),
+                Not(HasSubstr(" 200 ")));
+    EXPECT_THAT(Client(port).answerTo("POST /b HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n500000\r\n" +
+                                      body + "\r\n0\r\n\r\n"),
+                Not(HasSubstr(" 200 ")));
+    EXPECT_THAT(takeTexts("server"), Not(Contains(AnyOf(StartsWith("got /a"), StartsWith("got /b")))));
 }
 
 TEST_F(AttributionCommands, ExplainWhatTheyCannotDo) {

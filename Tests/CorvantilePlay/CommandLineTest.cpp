@@ -121,6 +121,9 @@ TEST_F(CommandLineTest, SaysWhyItFailsOnStandardError) {
         {"catalogue /nowhere", 2, "/nowhere: expected a StoreKit configuration file"},
         {"paly", 2, "corvantile: "},
         {"play --scrip x", 2, "corvantile: "},
+        {"'pa\x1b[2J\xC2\x9By'", 2, R"(pa\u{1B}[2J\u{9B}y)"},
+        {"play --script /dev/zero", 2, "/dev/zero: it cannot be read to its end: a line is longer than any"},
+        {"catalogue /dev/zero", 2, "it has more than 64 megabytes"},
         {"play --script /nowhere/x.play", 2, "/nowhere/x.play: expected a script"},
         {play() + "< /", 2, "standard input: it cannot be read to its end: Is a directory"},
         {"play --app /nowhere", 2, "/nowhere/app.json: expected an app description"},
@@ -134,8 +137,22 @@ TEST_F(CommandLineTest, SaysWhyItFailsOnStandardError) {
         const auto outcome = run(arguments);
         EXPECT_EQ(outcome.exitCode, exitCode);
         EXPECT_THAT(outcome.errors, AllOf(StartsWith("corvantile: "), HasSubstr(error)));
+        EXPECT_THAT(outcome.errors, Not(HasSubstr("\x1b")));
         EXPECT_TRUE(exitCode != 2 || outcome.output.empty()) << outcome.output;
     }
+}
+
+// A kill cannot remove what the tool has copied; the next call does, once nobody uses it.
+TEST_F(CommandLineTest, RemovesTemporaryFoldersThatAKillLeftBehindAndNoOthers) {
+    const auto temporary = folder_.app() / "tmp";
+    for (const auto* const name : {"corvantile-tool-leftbe", "corvantile-tool-in-use", "corvantile-tools"})
+        std::filesystem::create_directories(temporary / name);
+    const auto outcome = run.shell("cd '" + temporary.string() + "'; " +
+                                   "flock corvantile-tool-in-use sh -c \"sleep 3; TMPDIR=. " +
+                                   ToolRun::tool() + " doctor --state .\"; ls");
+    EXPECT_THAT(outcome.output, EndsWith("corvantile-tool-in-use\ncorvantile-tools\n"));
+    EXPECT_EQ(run.shell("TMPDIR=/nowhere " + ToolRun::tool()).errors,
+              "corvantile: there is no folder for temporary files; TMPDIR names one\n");
 }
 
 TEST_F(CommandLineTest, ShowsAnErrorOnceWhereBothStreamsAreOne) {

@@ -3,6 +3,8 @@
 
 #include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
 #include "CorvantilePlay/detail/Output/Consoles.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
@@ -113,6 +115,15 @@ TEST_F(Inspect, ChangesNothingAndSeesWhatARunningAppHasJustSet) {
     EXPECT_EQ(files(), before);
 }
 
+TEST_F(Inspect, CopiesNoMasterKeyAndWritesNoEntry) {
+    const StateCopy copy(state);
+    Vault vault(copy.keychain());
+
+    EXPECT_FALSE(fs::exists(copy.keychain().folder / "master.key"));
+    EXPECT_TRUE(vault.load(keyAccount, service));
+    EXPECT_THROW(vault.update({{"key", 1}}, keyAccount, service), NSError);
+}
+
 TEST_F(Inspect, SaysWhatIsWrong) {
     const auto vault = [&] { return Vault({.folder = state / "keychain"}); };
     const auto setKey = [&](KeychainValue key) {
@@ -135,6 +146,8 @@ TEST_F(Inspect, SaysWhatIsWrong) {
         {[&] { fs::resize_file(state / "user-defaults.sqlite", 5000); }, "wrong  user defaults: "},
         {[&] { folder_.write("state/keychain/vault.sqlite.set-aside-1", ""); }, "was set aside"},
         {[&] { folder_.write("state/vendor-identifier", "short\n"); }, "wrong  vendor identifier: "},
+        {[&] { fs::create_directory(state / "user-defaults.sqlite-shm"); }, "it is in the way of a file"},
+        {[&] { fs::create_directory(state / "keychain/vault.sqlite.new"); }, "it is in the way of a file"},
     };
     EXPECT_THAT(shown(showHealth), HasSubstr("ok     user defaults: 3 values"));
     for (const auto& [damage, finding] : cases) {

@@ -3,8 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cerrno>
+#include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace corvantile::tool::LineReaderTest {
@@ -36,6 +41,29 @@ TEST(LineReader, NeverWaitsForALineNorForTheEndOfTheLast) {
     EXPECT_TRUE(reader.isAtEnd());
     EXPECT_EQ(reader.next(), std::nullopt);
     ::close(ends[0]);
+}
+
+TEST(LineReader, EndsAtALineThatIsLongerThanAnyCommand) {
+    const std::string longest(LineReader::longestLine, 'a');
+    const auto readerOf = [](const std::string& text) {
+        const int file = ::memfd_create("lines", MFD_CLOEXEC);
+        EXPECT_EQ(::write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        ::lseek(file, 0, SEEK_SET);
+        return file;
+    };
+    for (const bool isTooLong : {false, true}) {
+        const int file =
+            readerOf("say so\n" + longest + std::string(isTooLong ? 1 << 17 : 0, 'b') + "\nquit");
+        LineReader reader(file);
+        std::vector<std::string> lines;
+        while (!reader.isAtEnd())
+            if (reader.isReady())
+                if (auto line = reader.next()) lines.push_back(std::move(*line));
+        EXPECT_EQ(lines, isTooLong ? std::vector<std::string>{"say so"}
+                                   : (std::vector<std::string>{"say so", longest, "quit"}));
+        EXPECT_EQ(reader.error(), isTooLong ? EMSGSIZE : 0);
+        ::close(file);
+    }
 }
 
 } // namespace corvantile::tool::LineReaderTest

@@ -6,6 +6,7 @@
 #include "CorvantilePlay/detail/Commands/Engine.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
 #include "CorvantilePlay/detail/Output/StandardOutput.hpp"
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -153,7 +154,7 @@ void buildCommandLine(CLI::App& app, Call& call) {
     app.set_version_flag("--version", "corvantile " CORVANTILE_VERSION);
     app.require_subcommand(0, 1);
     app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return "corvantile: " + std::string(error.what()) + "; corvantile --help lists what there is\n";
+        return "corvantile: " + visibleLine(error.what()) + "; corvantile --help lists what there is\n";
     });
     addPlay(app, call);
     addInspection(app, call, "records", "Show what the app has stored, records decrypted", showRecords);

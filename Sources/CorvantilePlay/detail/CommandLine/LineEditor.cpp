@@ -1,5 +1,7 @@
 #include "CorvantilePlay/detail/CommandLine/LineEditor.hpp"
 
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
+
 #include <algorithm>
 #include <cerrno>
 #include <clocale>
@@ -166,7 +168,7 @@ private:
         if (words.size() == 1 && !words.front().ends_with('/')) rest += ' ';
         if (!rest.empty()) return el_insertstr(editLine, rest.c_str()) == 0 ? CC_REFRESH : CC_REFRESH_BEEP;
         std::cout << '\n';
-        for (const auto& word : words) std::cout << word << "  ";
+        for (const auto& word : words) std::cout << visibleLine(word) << "  ";
         std::cout << std::endl;
         return CC_REDISPLAY;
     }

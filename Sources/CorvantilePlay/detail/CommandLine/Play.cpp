@@ -10,13 +10,12 @@
 #include "CorvantilePlay/detail/Output/OutputFormat.hpp"
 #include "CorvantilePlay/detail/Output/StandardOutput.hpp"
 #include "CorvantilePlay/detail/Output/ToolProcess.hpp"
-#include "CorvantilePlay/detail/Text/TerminalText.hpp"
+#include "CorvantilePlay/detail/Text/FileText.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -36,7 +35,9 @@ std::unique_ptr<OutputFormat> makeFormat(bool json) {
 }
 
 [[noreturn]] void failRead(const std::string& what, int error) {
-    throw UsageError(what + ": it cannot be read to its end: " + std::generic_category().message(error));
+    const auto why =
+        error == EMSGSIZE ? "a line is longer than any command" : std::generic_category().message(error);
+    throw UsageError(what + ": it cannot be read to its end: " + why);
 }
 
 // Beside the state folders of apps. No bundle identifier has an underscore.
@@ -59,35 +60,41 @@ public:
                    .isFresh = options.isFresh},
                   [this](const PlayEvent& event) { show(event); }) {}
 
-    ExitCode playScript(std::ifstream& script, const std::filesystem::path& file) {
-        std::string line;
-        for (int number = 1; !isOver() && std::getline(script, line); ++number) {
-            const Origin origin{"script", file.string() + ":" + std::to_string(number)};
-            if (!engine_.play(line, origin)) return ExitCode::failed;
-        }
-        if (script.bad()) failRead(file.string(), errno);
-        return outcome();
+    ExitCode playScript(const Descriptor& script, const std::filesystem::path& file) {
+        return playLines({script.value(), "script", file.string(), true});
     }
 
     ExitCode playInput() {
         if (isPrompting_) return playPrompt();
         const bool isTerminal = ::isatty(STDIN_FILENO) == 1;
-        LineReader reader(STDIN_FILENO);
-        for (int number = 1; !isOver() && !reader.isAtEnd();) {
-            engine_.runLoop([&] { return reader.isReady(); });
-            const auto line = reader.next();
-            if (!line) continue;
-            const Origin origin =
-                isTerminal ? Origin{} : Origin{"input", "standard input:" + std::to_string(number++)};
-            if (!engine_.play(*line, origin) && !isTerminal) failed_ = true;
-        }
-        if (reader.error() != 0) failRead("standard input", reader.error());
-        return outcome();
+        return playLines({STDIN_FILENO, isTerminal ? "" : "input", "standard input"});
     }
 
     [[nodiscard]] bool isOver() const { return engine_.isOver() || mustStop(); }
 
 private:
+    struct Source {
+        int descriptor;
+        std::string who;  // gives the commands; empty: a person at a terminal, who sees an error and goes on
+        std::string name; // before the number of a line
+        bool endsAtFailure = false;
+    };
+
+    ExitCode playLines(const Source& source) {
+        LineReader reader(source.descriptor);
+        for (int number = 1; !isOver() && !reader.isAtEnd();) {
+            if (!reader.isReady()) engine_.runLoop([&] { return reader.isReady(); });
+            const auto line = reader.next();
+            if (!line) continue;
+            const auto place = source.name + ":" + std::to_string(number++);
+            if (engine_.play(*line, source.who.empty() ? Origin{} : Origin{source.who, place})) continue;
+            failed_ = failed_ || !source.who.empty();
+            if (source.endsAtFailure) return ExitCode::failed;
+        }
+        if (reader.error() != 0) failRead(source.name, reader.error());
+        return outcome();
+    }
+
     ExitCode playPrompt() {
         ownedEditor_ = std::make_unique<LineEditor>(LineEditor::Options{
             .prompt = "corvantile> ",
@@ -117,8 +124,7 @@ private:
     // The terminal shows a typed command already.
     void print(const PlayEvent& event) {
         if (event.kind != "command" || event.who != Origin().who) format_->show(event);
-        if (event.kind == "error" && !areStandardStreamsOne())
-            std::cerr << "corvantile: " << visibleText(event.text) << '\n';
+        if (event.kind == "error" && !areStandardStreamsOne()) printError(event.text);
     }
 
     [[nodiscard]] ExitCode outcome() const {
@@ -134,19 +140,12 @@ private:
     bool failed_ = false;
 };
 
-std::ifstream openScript(const std::filesystem::path& file) {
-    std::ifstream script(file);
-    if (script.is_open() && !std::filesystem::is_directory(file)) return script;
-    throw UsageError(file.string() + ": expected a script, but it cannot be read: " +
-                     std::generic_category().message(script.is_open() ? EISDIR : errno));
-}
-
 } // namespace
 
 ExitCode play(const PlayOptions& options, const PlayRegistry& registry) {
     auto app = readApp(options.app, registry);
     if (options.script.empty()) return Session(std::move(app), options).playInput();
-    auto script = openScript(options.script);
+    const auto script = openFile(options.script, "a script");
     return Session(std::move(app), options).playScript(script, options.script);
 }
 
@@ -155,7 +154,7 @@ ExitCode playTour(const PlayRegistry& registry) {
     const PlayOptions options{.state = state.path()};
     auto app = readApp(options.app, registry);
     const auto file = app.folder / "tour.play";
-    auto script = openScript(file);
+    const auto script = openFile(file, "a script");
     Session session(std::move(app), options);
     const auto code = session.playScript(script, file);
     const bool hasPrompt = code == ExitCode::success && !session.isOver() && ::isatty(STDIN_FILENO) == 1;

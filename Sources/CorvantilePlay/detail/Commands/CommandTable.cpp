@@ -1,5 +1,6 @@
 #include "CorvantilePlay/detail/Commands/CommandTable.hpp"
 
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 
 #include <algorithm>
@@ -39,7 +40,7 @@ void Command::checkCount(Arguments given) const {
     if (given.size() < required)
         throw UsageError(name + " wants " + counts.required[given.size()] + ": " + usage());
     if (!counts.isOpen && given.size() > required + counts.optional)
-        throw UsageError(name + " does not want \"" + given[required + counts.optional].text +
+        throw UsageError(name + " does not want \"" + shortened(given[required + counts.optional].text) +
                          "\": " + usage());
 }
 
@@ -54,7 +55,7 @@ const Command& CommandTable::find(std::string_view name) const {
     Names names;
     for (const auto& command : commands_) names.push_back(command.name);
     const auto nearest = nearestName(name, names);
-    throw UsageError("there is no command \"" + std::string(name) +
+    throw UsageError("there is no command \"" + shortened(name) +
                      (nearest.empty() ? "\"; help lists them all" : "\": did you mean " + nearest + "?"));
 }
 

@@ -1,6 +1,11 @@
 #include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantileDesktop/Store/detail/StoreFile.hpp"
+#include "CorvantileLocalStore/LocalStore.hpp"
+#include "CorvantilePlatform/Foundation/Console.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
 #include "CorvantilePlay/PlayRegistry.hpp"
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
 #include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
@@ -12,6 +17,9 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -32,6 +40,22 @@ struct Finding {
     std::string text;
 };
 
+class CollectingConsole final : public Console {
+public:
+    void print(std::string_view text) override {
+        const std::lock_guard lock(mutex_);
+        lines_.emplace_back(text);
+    }
+    [[nodiscard]] std::vector<std::string> lines() const {
+        const std::lock_guard lock(mutex_);
+        return lines_;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<std::string> lines_;
+};
+
 class Doctor {
 public:
     Doctor(fs::path folder, const PlayRegistry& registry) : state_(std::move(folder)), registry_(registry) {}
@@ -40,10 +64,12 @@ public:
         for (const auto& [file, text] : state_.faults()) wrong(file, text);
         examineFolder();
         examineVendorIdentifier();
+        examineFiles();
         examineUserDefaults();
         examineOutbox();
         examineStore();
         examineKeychain();
+        if (!isAnythingWrong()) examineStart();
         return std::move(findings_);
     }
 
@@ -59,9 +85,10 @@ private:
         const auto faultsBefore = findings_.size();
         examineAccess("", S_IWGRP | S_IWOTH, "go-w");
         for (const auto* const file :
-             {"vendor-identifier", "user-defaults.sqlite", "user-defaults.sqlite-wal", "outbox.sqlite",
-              "outbox.sqlite-wal", "store.sqlite", "store.sqlite-wal", "receipt", "keychain",
-              "keychain/master.key", "keychain/vault.sqlite", "keychain/vault.sqlite-wal"})
+             {"vendor-identifier", "vendor-identifier.copy", "user-defaults.sqlite",
+              "user-defaults.sqlite-wal", "outbox.sqlite", "outbox.sqlite-wal", "store.sqlite",
+              "store.sqlite-wal", "receipt", "keychain", "keychain/master.key", "keychain/vault.sqlite",
+              "keychain/vault.sqlite-wal"})
             examineAccess(file, S_IRWXG | S_IRWXO, "go=");
         if (findings_.size() == faultsBefore) right("permissions", "nobody else gets in");
         for (const auto& folder : {state_.original(), state_.original() / "keychain"}) reportSetAside(folder);
@@ -74,6 +101,64 @@ private:
         if (status.st_uid != ::geteuid()) wrong(path.string(), "another user owns it");
         if ((status.st_mode & forbidden) != 0)
             wrong(path.string(), std::string("other users get in; chmod ") + remedy + " keeps them out");
+    }
+
+    [[nodiscard]] bool isAnythingWrong() const {
+        return std::any_of(findings_.begin(), findings_.end(),
+                           [](const Finding& finding) { return !finding.isRight; });
+    }
+
+    // A database's log, its shared memory, or a file that is being begun: the app opens or replaces them.
+    void examineFiles() {
+        static constexpr std::string_view endings[] = {".sqlite", "-wal", "-shm", ".new"};
+        for (const auto& folder : {state_.original(), state_.original() / "keychain"}) {
+            std::error_code error;
+            for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+                const auto name = at->path().filename().string();
+                const bool isOurs =
+                    name.find(".sqlite") != std::string::npos &&
+                    name.find(".set-aside-") == std::string::npos &&
+                    std::any_of(std::begin(endings), std::end(endings),
+                                [&](std::string_view ending) { return name.ends_with(ending); });
+                if (isOurs) examineFile(at->path());
+            }
+        }
+    }
+
+    void examineFile(const fs::path& file) {
+        std::error_code ignored;
+        if (!fs::is_regular_file(file, ignored))
+            wrong(file.string(), "it is in the way of a file of that name; move it elsewhere");
+        else if (::access(file.c_str(), R_OK | W_OK) != 0)
+            wrong(file.string(), "this user cannot read and write it");
+    }
+
+    // The app's own code has the last word: a process of it starts on the copy.
+    void examineStart() {
+        const auto console = std::make_shared<CollectingConsole>();
+        const auto catalogue = state_.folder() / "catalogue.storekit";
+        std::ofstream(catalogue) << R"({"version": {"major": 4, "minor": 0}, "products": []})";
+        try {
+            DesktopPlatform platform({.bundleIdentifier = "doctor",
+                                      .stateFolder = state_.folder(),
+                                      .console = console,
+                                      .adjust = {.isOffline = true},
+                                      .store = {.catalogue = catalogue}});
+            static_cast<void>(platform.ports().userDefaults->dictionaryRepresentation());
+            static_cast<void>(platform.adjust().packages());
+            if (fs::exists(state_.store())) static_cast<void>(platform.store().purchases());
+        } catch (const NSError& error) {
+            console->print(error.localizedDescription());
+        }
+        for (const auto& line : console->lines()) wrong("start", ofTheOriginal(line));
+        if (console->lines().empty()) right("start", "the app opens it all");
+    }
+
+    [[nodiscard]] std::string ofTheOriginal(std::string line) const {
+        const auto copy = state_.folder().string();
+        for (auto at = line.find(copy); at != std::string::npos; at = line.find(copy))
+            line.replace(at, copy.size(), state_.original().string());
+        return line;
     }
 
     // What was set aside is lost to the app until a person has looked at it.
@@ -143,7 +228,7 @@ private:
     }
 
     void examineKeychain() {
-        const auto inspection = Vault({.folder = state_.keychain()}).inspect();
+        const auto inspection = Vault(state_.keychain()).inspect();
         if (inspection.faults.empty() && state_.faultOf("keychain").empty())
             right("keychain", std::to_string(inspection.entries.size()) + " entries");
         for (const auto& fault : inspection.faults) wrong("keychain", fault);

@@ -44,7 +44,8 @@ JSON fieldsOf(const StoredValue& value) {
 }
 
 std::string textLines(const StoredValue& value) {
-    auto text = value.name + "  " + std::to_string(value.size) + " bytes" + (value.isRecord ? "" : ", plain");
+    auto text = visibleLine(value.name) + "  " + std::to_string(value.size) + " bytes" +
+                (value.isRecord ? "" : ", plain");
     if (value.json) text += "\n" + dumped(parseJSON<JSON>(*value.json), 2);
     if (!value.fault.empty()) text += "\nwrong: " + value.fault;
     return visibleText(text, 2);
@@ -84,17 +85,18 @@ JSON fieldsOf(const VaultInspection::Entry& entry, bool reveal) {
 }
 
 std::string textLines(const VaultInspection::Entry& entry, bool reveal) {
-    auto text = entry.service + "  " + entry.account;
+    auto text = visibleLine(entry.service) + "  " + visibleLine(entry.account);
     if (!entry.fault.empty()) text += "\nwrong: " + entry.fault;
     const auto values = entry.dictionary ? valuesOf(*entry.dictionary, reveal) : JSON::object();
     for (const auto& [key, value] : values.items())
-        text += "\n" + key + ": " + value["type"].get<std::string>() +
+        text += "\n" + visibleLine(key) + ": " + value["type"].get<std::string>() +
                 (reveal ? " " + dumped(value["value"]) : "");
     return visibleText(text, 2);
 }
 
 std::string textLines(const OutboxEntry& package) {
-    return visibleText(describe(package.created) + "  " + package.identifier + "\n" + describe(package), 2);
+    return describe(package.created) + "  " + visibleLine(package.identifier) + "\n  " +
+           visibleLine(describe(package));
 }
 
 } // namespace
@@ -123,7 +125,7 @@ ExitCode showRecords(const InspectOptions& options, const PlayRegistry& registry
 
 ExitCode showKeychain(const InspectOptions& options, const PlayRegistry& registry, CommandOutput& output) {
     const StateCopy state(inspectedFolder(options, registry));
-    const auto inspection = Vault({.folder = state.keychain()}).inspect();
+    const auto inspection = Vault(state.keychain()).inspect();
     for (const auto& entry : inspection.entries) {
         output.show("entry", fieldsOf(entry, options.reveal), textLines(entry, options.reveal));
         if (!entry.dictionary)

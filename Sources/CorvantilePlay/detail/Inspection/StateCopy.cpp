@@ -37,7 +37,7 @@ void setPermissions(const fs::path& copy, const fs::path& original, fs::perms of
 
 StateCopy::StateCopy(fs::path original) : original_(checked(std::move(original))) {
     fs::create_directory(folder());
-    copyFile("vendor-identifier");
+    for (const auto* const file : {"vendor-identifier", "vendor-identifier.copy"}) copyFile(file);
     copyFile("receipt");
     for (const auto* const database : {"user-defaults.sqlite", "outbox.sqlite", "store.sqlite"})
         copyDatabase(database);
@@ -52,11 +52,10 @@ std::string StateCopy::faultOf(std::string_view beginning) const {
 
 void StateCopy::copyKeychain() {
     std::error_code error;
-    if (fs::status(original_ / "keychain", error).type() == fs::file_type::not_found) return;
+    if (fs::status(original_ / keychainFolder, error).type() == fs::file_type::not_found) return;
     if (error) return faults_.push_back({"keychain", "it cannot be read: " + error.message()});
-    fs::create_directory(keychain());
-    setPermissions(keychain(), original_ / "keychain", fs::perms::owner_all);
-    copyFile("keychain/master.key");
+    fs::create_directory(keychain().folder);
+    setPermissions(keychain().folder, original_ / keychainFolder, fs::perms::owner_all);
     copyDatabase("keychain/vault.sqlite");
 }
 

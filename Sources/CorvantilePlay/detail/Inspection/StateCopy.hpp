@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 
 #include <filesystem>
@@ -9,7 +10,8 @@
 
 namespace corvantile::tool {
 
-// A copy of what an app keeps in its state folder, for its user alone, gone with this. Whoever looks looks at
+// A copy of what an app keeps in its state folder, for its user alone, gone with this. The master key of the
+// keychain stays where it is. Whoever looks looks at
 // the copy: a database that is opened makes files beside itself and takes locks, and in the state folder
 // nothing is to be made, changed or locked.
 class StateCopy {
@@ -24,7 +26,10 @@ public:
 
     [[nodiscard]] const std::filesystem::path& original() const { return original_; }
     [[nodiscard]] std::filesystem::path folder() const { return copy_.path() / "state"; }
-    [[nodiscard]] std::filesystem::path keychain() const { return folder() / "keychain"; }
+    // For a vault that reads the copy's entries.
+    [[nodiscard]] VaultOptions keychain() const {
+        return {.folder = folder() / keychainFolder, .keyFolder = original_ / keychainFolder};
+    }
     [[nodiscard]] std::filesystem::path userDefaults() const { return folder() / "user-defaults.sqlite"; }
     [[nodiscard]] std::filesystem::path outbox() const { return folder() / "outbox.sqlite"; }
     [[nodiscard]] std::filesystem::path store() const { return folder() / "store.sqlite"; }
@@ -38,6 +43,8 @@ private:
     void copyFile(const std::string& name);
     void copyDatabase(const std::string& name);
     void copyKeychain();
+
+    static constexpr const char* keychainFolder = "keychain";
 
     const std::filesystem::path original_;
     const TemporaryFolder copy_;

@@ -30,7 +30,10 @@ public:
     RecordOpener(const StateCopy& state, const std::string& bundleIdentifier)
         : platform_({.bundleIdentifier = bundleIdentifier,
                      .stateFolder = state.folder(),
-                     .console = std::make_shared<SilentConsole>()}) {}
+                     .console = std::make_shared<SilentConsole>(),
+                     .decorate = [vault = std::make_shared<Vault>(state.keychain())](Ports& ports) {
+                         ports.keychain = vault;
+                     }}) {}
 
     [[nodiscard]] std::optional<std::string> open(const std::string& sealed) {
         return preference_->decrypt(sealed);
@@ -56,7 +59,7 @@ StorageKeys findStorageKeys(const StateCopy& state) {
     StorageKeys keys{{},
                      state.faultOf("keychain").empty() ? "the keychain holds no storage key"
                                                        : "the keychain cannot be read"};
-    for (const auto& entry : Vault({.folder = state.keychain()}).inspect().entries) {
+    for (const auto& entry : Vault(state.keychain()).inspect().entries) {
         if (entry.account != "realm_encryption_key") continue;
         const bool holdsKey = entry.dictionary && entry.dictionary->contains("key") &&
                               entry.dictionary->at("key").as<std::string>() != nullptr;

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "CorvantileDesktop/detail/Files/Descriptor.hpp"
+
 #include <filesystem>
 #include <string>
 
 namespace corvantile::tool {
 
-// A fresh empty folder that goes with this. A UsageError when none can be made.
+// A fresh empty folder that goes with this, or, where a kill left it behind, with the next of its kind. A
+// UsageError when none can be made.
 class TemporaryFolder {
 public:
     TemporaryFolder();
@@ -17,6 +20,7 @@ public:
 
 private:
     std::string path_;
+    Descriptor lock_; // held as long as somebody uses the folder
 };
 
 } // namespace corvantile::tool

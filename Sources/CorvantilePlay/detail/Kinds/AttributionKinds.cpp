@@ -3,10 +3,9 @@
 #include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlay/detail/Kinds/Kinds.hpp"
+#include "CorvantilePlay/detail/Text/FileText.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 
-#include <fstream>
-#include <iterator>
 #include <optional>
 
 namespace corvantile::tool {
@@ -40,25 +39,15 @@ void followAdNetworkPlugin(const PlayRegistry::PlugIn& plugIn, PlayReporter& rep
         .follow("info", adNetwork->info(), [](const AdNetworkInfo& info) { return publicationOf(info); });
 }
 
-// Why the framework would end the process over the file; empty when it would not.
-std::string errorOfTokens(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    const std::string json(std::istreambuf_iterator<char>(stream), {});
-    if (!stream.is_open() || stream.bad()) return "it cannot be read";
+// Throws where the framework would end the process over the file.
+void checkTokens(const std::filesystem::path& file) {
+    constexpr const char* expected = R"(event tokens, such as [{"token": "abc123", "name": "store"}])";
+    const auto json = readFileText(file, expected);
     try {
         JSONDecoder::decodeArray(json, [](const auto& row) { static_cast<void>(AdjustEvent::decode(row)); });
-        return {};
     } catch (const NSError& error) {
-        return error.localizedDescription();
+        throw UsageError(file.string() + ": expected " + expected + ", but " + error.localizedDescription());
     }
-}
-
-void checkTokens(const std::filesystem::path& file) {
-    const auto error = errorOfTokens(file);
-    if (!error.empty())
-        throw UsageError(file.string() +
-                         R"(: expected event tokens, such as [{"token": "abc123", "name": "store"}], but )" +
-                         error);
 }
 
 PlayRegistry::MakeSink readAdjustAnalyticComponent(const PlayConfiguration& configuration) {
@@ -73,6 +62,11 @@ PlayRegistry::MakeSink readAdjustAnalyticComponent(const PlayConfiguration& conf
                 AdjustAnalyticComponent::EventTokens(table.begin(), table.end()), sink.ignoredEventNames);
         };
     const auto name = configuration.text("eventTokenFile");
+    // As the framework looks for it: a name with a path in it would find nothing, and end the app.
+    if (name.find('/') != std::string::npos || name.find("..") != std::string::npos)
+        configuration.fail("eventTokenFile", "expected a JSON file of this folder without its ending, but "
+                                             "found \"" +
+                                                 name + "\"");
     const auto file = configuration.folder() / (name + ".json");
     checkTokens(file);
     return [name, file](const PlayRegistry::SinkSettings& sink, PlayReporter&) {

@@ -19,13 +19,13 @@ void CommandOutput::show(std::string_view kind, const nlohmann::ordered_json& fi
 }
 
 void CommandOutput::print(std::string_view text) {
-    if (!isJSON_) streams_.out << text << '\n';
+    if (!isJSON_) streams_.out << visibleText(text) << '\n';
 }
 
 void CommandOutput::showError(const std::string& text, const nlohmann::ordered_json& fields) {
     auto all = fields;
     all["error"] = text;
-    show("error", all, "wrong: " + visibleText(text));
+    show("error", all, "wrong: " + visibleText(text, 2));
     noteError(text);
 }
 
@@ -33,7 +33,7 @@ void CommandOutput::noteError(const std::string& text) {
     hasFailed_ = true;
     if (streams_.areOne) return;
     streams_.out.flush(); // in the order of what happened
-    streams_.errors << "corvantile: " << visibleText(text) << '\n';
+    streams_.errors << "corvantile: " << visibleText(text, 2) << '\n';
 }
 
 void CommandOutput::flush() { streams_.out.flush(); }

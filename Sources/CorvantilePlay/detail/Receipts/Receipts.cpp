@@ -54,7 +54,7 @@ ReportedBefore reportedBefore(const std::filesystem::path& stateFolder) {
     if (const auto fault = state.faultOf("keychain"); !fault.empty())
         throw UsageError(stateFolder.string() + ": the keychain: " + fault);
     ReportedBefore before;
-    for (const auto& entry : Vault({.folder = state.keychain()}).inspect().entries) {
+    for (const auto& entry : Vault(state.keychain()).inspect().entries) {
         if (!entry.dictionary) continue;
         if (isMarker(*entry.dictionary)) before.marked.insert(entry.account);
         if (const auto date = firstDateIn(entry)) before.firstDate = date;

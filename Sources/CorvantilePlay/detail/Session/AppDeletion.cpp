@@ -22,13 +22,14 @@ constexpr std::string_view ofTheDevice[] = {"user-defaults.sqlite", "outbox.sqli
 constexpr std::string_view ofTheKeychain[] = {"master.key", "vault.sqlite"};
 constexpr const char* keychainFolder = "keychain";
 
-// The file, a database's logs, files that were moved aside and ones that a killed process was about to put in
-// place. `receipt.json` does not belong to the app: it is another program's.
+// The file, a database's logs, the claim on the outbox, files that were moved aside and ones that a killed
+// process was about to put in place. `receipt.json` does not belong to the app: it is another program's.
 bool belongsTo(std::string_view file, std::string_view name) {
     if (!name.starts_with(file)) return false;
     const auto rest = name.substr(file.size());
-    return rest.empty() || rest == "-wal" || rest == "-shm" || rest == "-journal" || rest == ".copy" ||
-           rest.starts_with(".set-aside-") || (rest.starts_with('.') && rest.ends_with(".new"));
+    return rest.empty() || rest == "-wal" || rest == "-shm" || rest == "-journal" || rest == ".claim" ||
+           rest == ".copy" || rest.starts_with(".set-aside-") ||
+           (rest.starts_with('.') && rest.ends_with(".new"));
 }
 
 bool belongsToOneOf(std::span<const std::string_view> files, std::string_view name) {

@@ -42,6 +42,14 @@ ServiceAnswer answerTo(std::string_view path) {
 }
 
 constexpr std::size_t keptArrivals = 100;
+constexpr std::size_t keptBytes = 16 * 1024 * 1024; // of all of them
+
+// A receipt in a form is the largest body that an app sends.
+constexpr std::size_t largestBody = 4 * 1024 * 1024;
+
+// A connection that sends nothing keeps a thread for as long as this.
+constexpr time_t idleSeconds = 1;
+constexpr std::size_t serverThreads = 64;
 
 // What every package of the attribution SDK carries says nothing about this one.
 bool isOfEveryPackage(std::string_view field) {
@@ -66,6 +74,12 @@ Arrival arrivalOf(const httplib::Request& request, const std::string& body) {
     return arrival;
 }
 
+std::size_t sizeOf(const Arrival& arrival) {
+    auto size = arrival.path.size();
+    for (const auto& [name, value] : arrival.fields) size += name.size() + value.size();
+    return size;
+}
+
 } // namespace
 
 std::string describe(const Arrival& arrival) {
@@ -74,6 +88,10 @@ std::string describe(const Arrival& arrival) {
 
 struct FakeServer::Parts {
     explicit Parts(Reporter& teller) : reporter(teller) {
+        server.new_task_queue = [] { return new httplib::ThreadPool(serverThreads); };
+        server.set_keep_alive_timeout(idleSeconds);
+        server.set_keep_alive_max_count(1);
+        server.set_payload_max_length(largestBody);
         // Forms are read as bytes: the library's own reading of them ends at eight kilobytes.
         const char* const everything = ".*";
         server.Get(everything, [this](const httplib::Request& request, httplib::Response& response) {
@@ -82,11 +100,15 @@ struct FakeServer::Parts {
         server.Post(everything, [this](const httplib::Request& request, httplib::Response& response,
                                        const httplib::ContentReader& read) {
             std::string body;
-            read([&body](const char* bytes, std::size_t count) {
+            const bool isWhole = read([&body](const char* bytes, std::size_t count) {
+                if (count > largestBody - body.size()) return false;
                 body.append(bytes, count);
                 return true;
             });
-            serve(request, body, response);
+            if (isWhole)
+                serve(request, body, response);
+            else
+                response.status = 413;
         });
     }
 
@@ -103,8 +125,12 @@ struct FakeServer::Parts {
     void note(const Arrival& arrival) {
         {
             const std::lock_guard lock(mutex);
-            if (arrivals.size() == keptArrivals) arrivals.pop_front();
             arrivals.push_back(arrival);
+            arrivalBytes += sizeOf(arrival);
+            while (arrivals.size() > keptArrivals || (arrivalBytes > keptBytes && arrivals.size() > 1)) {
+                arrivalBytes -= sizeOf(arrivals.front());
+                arrivals.pop_front();
+            }
         }
         EventValue::Map fields{{"path", arrival.path},
                                {"fields", EventValue::Map(arrival.fields.begin(), arrival.fields.end())}};
@@ -129,6 +155,7 @@ struct FakeServer::Parts {
     bool isHanging = false;
     std::optional<ServiceAnswer> answer; // to everything; missing: as each path has it
     std::deque<Arrival> arrivals;
+    std::size_t arrivalBytes = 0;
 };
 
 FakeServer::FakeServer(Reporter& reporter) : parts_(std::make_unique<Parts>(reporter)) {

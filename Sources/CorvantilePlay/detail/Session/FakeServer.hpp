@@ -42,7 +42,7 @@ public:
     // Requests stay unanswered until `answer`.
     void hang();
 
-    // The last hundred.
+    // The last hundred, or fewer large ones.
     [[nodiscard]] std::vector<Arrival> arrivals() const;
 
 private:

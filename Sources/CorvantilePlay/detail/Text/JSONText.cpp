@@ -1,5 +1,6 @@
 #include "CorvantilePlay/detail/Text/JSONText.hpp"
 
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
 
 #include <nlohmann/json.hpp>
@@ -40,7 +41,7 @@ struct ToJSON {
 } // namespace
 
 std::string dumped(const JSON& json, int indentation) {
-    return json.dump(indentation, ' ', false, JSON::error_handler_t::replace);
+    return visibleJSON(json.dump(indentation, ' ', false, JSON::error_handler_t::replace));
 }
 
 JSON toJSON(const EventValue& value) { return std::visit(ToJSON(), value.variant()); }

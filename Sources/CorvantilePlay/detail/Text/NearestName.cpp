@@ -1,11 +1,16 @@
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
 
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
+
 #include <algorithm>
 #include <cstddef>
 
 namespace corvantile::tool {
 
 namespace {
+
+// What is longer is no misspelt name, and comparing takes as long as text times name.
+constexpr std::size_t longestName = 200;
 
 char lowered(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; }
 
@@ -38,6 +43,7 @@ std::size_t distance(std::string_view left, std::string_view right) {
 
 std::string nearestName(std::string_view text, const Names& names) {
     std::string nearest;
+    if (text.size() > longestName) return nearest;
     auto least = std::max<std::size_t>(text.size() / 3, 1) + 1; // more than that is another word
     for (const auto& name : names) {
         const auto away = isBeginning(text, name) ? 1 : distance(text, name);
@@ -50,7 +56,7 @@ std::string nearestName(std::string_view text, const Names& names) {
 
 std::string unknownName(std::string_view what, std::string_view text, const Names& names) {
     const auto nearest = nearestName(text, names);
-    return "there is no " + std::string(what) + " \"" + std::string(text) + "\"; known: " + listed(names) +
+    return "there is no " + std::string(what) + " \"" + shortened(text) + "\"; known: " + listed(names) +
            (nearest.empty() ? "" : "; did you mean " + nearest + "?");
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CorvantilePlay/detail/Text/TerminalText.hpp"
+
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -15,7 +17,7 @@ public:
 
 // For text that a person wrote: `expected how many, such as 3, but found "x"`.
 [[nodiscard]] inline UsageError unexpectedValue(std::string_view expected, std::string_view found) {
-    return UsageError("expected " + std::string(expected) + ", but found \"" + std::string(found) + "\"");
+    return UsageError("expected " + std::string(expected) + ", but found \"" + shortened(found) + "\"");
 }
 
 } // namespace corvantile::tool
