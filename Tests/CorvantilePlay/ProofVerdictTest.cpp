@@ -79,9 +79,9 @@ TEST_F(ProofVerdictTest, AllowsTheLossOfOneTransactionAndNothingElse) {
 }
 
 TEST_F(ProofVerdictTest, MissesAMarker) {
-    Vault({.folder = stateIn(folder.path()) / "keychain"}).remove("200000000000009", scenarioBundle);
+    Vault({.folder = stateIn(folder.path()) / "keychain"}).remove("200000000000011", scenarioBundle);
 
-    EXPECT_THAT(verdictOn({}, {}).faults, ElementsAre(HasSubstr("marker 200000000000009")));
+    EXPECT_THAT(verdictOn({}, {}).faults, ElementsAre(HasSubstr("marker 200000000000011")));
 }
 
 } // namespace corvantile::tool::ProofVerdictTest

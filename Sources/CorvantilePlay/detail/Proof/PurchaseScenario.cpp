@@ -18,8 +18,13 @@ const std::vector<ScenarioStage>& scenarioStages() {
         {.kind = validate,
          .product = "themes",
          .records = {{"validated_200000000000008", "ostrel_in_app_purchase", false, false}}},
-        // The second month: a renewal is an event and nothing else.
-        {.kind = wait, .day = 40, .records = {{"200000000000009", "renew_pro", false, false}}},
+        // The second month of both: two transactions are open in one pass. A renewal is an event and nothing
+        // else.
+        {.kind = wait,
+         .day = 40,
+         .records = {{"200000000000011", "renew_pro", false, false},
+                     {"200000000000009", "renew_cloud", false, false}}},
+        {.kind = stopRenewing, .product = "cloud"},
         // The third is not paid, of which no transaction tells: the app sees it in the receipt.
         {.kind = failBilling, .product = "pro"},
         {.kind = wait, .day = 72},
@@ -41,7 +46,7 @@ std::string scenarioCatalogue() {
     "introductoryOffer": {"paymentMode": "free", "subscriptionPeriod": "P1W"}}]},
   {"id": "2", "name": "Cloud", "subscriptions": [
    {"productID": "cloud", "type": "RecurringSubscription", "displayPrice": "29.99",
-    "recurringSubscriptionPeriod": "P1Y", "subscriptionGroupID": "2"}]}]}
+    "recurringSubscriptionPeriod": "P1M", "subscriptionGroupID": "2"}]}]}
 )";
 }
 

@@ -17,11 +17,12 @@ struct ScenarioRecord {
 
 struct ScenarioStage {
     enum class Kind {
-        buy,         // `product`
-        wait,        // until `day`, counted from the first purchase; what falls due meanwhile happens
-        failBilling, // of `product`
-        validate,    // the host has had the purchase of `product` confirmed
-        reopen,      // the app resigns and becomes active
+        buy,          // `product`
+        wait,         // until `day`, counted from the first purchase; what falls due meanwhile happens
+        stopRenewing, // `product` ends with its period
+        failBilling,  // of `product`
+        validate,     // the host has had the purchase of `product` confirmed
+        reopen,       // the app resigns and becomes active
     };
     Kind kind;
     std::string product = {};

@@ -16,8 +16,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <exception>
-#include <iostream>
 #include <memory>
 #include <set>
 
@@ -72,6 +70,9 @@ private:
             return step("lives on until day " + std::to_string(stage.day),
                         [&] { store.advance(target - store.now()); });
         }
+        case Kind::stopRenewing:
+            if (!renews(stage.product)) break;
+            return step("cancels " + stage.product, [&] { store.setRenews(stage.product, false); });
         case Kind::failBilling:
             if (store.settings().failingBilling.contains(stage.product)) break;
             return step("fails to pay " + stage.product, [&] { store.setBillingFails(stage.product, true); });
@@ -88,6 +89,13 @@ private:
     template <class Act>
     void step(const std::string& what, Act act) {
         steps_->take("customer " + what, act);
+    }
+
+    [[nodiscard]] bool renews(const std::string& product) {
+        const auto subscriptions = app_.platform().store().subscriptions();
+        return std::any_of(subscriptions.begin(), subscriptions.end(), [&](const auto& subscription) {
+            return subscription.productIdentifier == product && subscription.renews;
+        });
     }
 
     [[nodiscard]] bool isBought(const std::string& product) {
@@ -124,13 +132,8 @@ private:
 } // namespace
 
 ExitCode playScenario(const ScenarioOptions& options) {
-    try {
-        ScenarioPlay(options).play();
-        return ExitCode::success;
-    } catch (const std::exception& failure) {
-        std::cerr << "corvantile: " << failure.what() << '\n';
-        return ExitCode::failed;
-    }
+    ScenarioPlay(options).play();
+    return ExitCode::success;
 }
 
 } // namespace corvantile::tool

@@ -23,7 +23,7 @@ struct ScenarioOptions {
     return folder / "sink.txt";
 }
 
-// `failed`, and a line on standard error, when something that had to happen does not.
+// Throws when something that had to happen does not.
 [[nodiscard]] ExitCode playScenario(const ScenarioOptions& options);
 
 } // namespace corvantile::tool

@@ -10,8 +10,9 @@
 
 namespace corvantile::tool {
 
-// Names the moments before and after everything that a process writes, and ends the process as a power cut
-// would at one of them: nothing runs any more, not even a destructor. Threads: any.
+// Names the moments before and after everything that a process writes, and kills the process at one of them:
+// nothing runs any more, not even a destructor. What the system has taken stays; a power loss is not played.
+// Threads: any.
 class WriteSteps {
 public:
     using Listener = std::function<void(const std::string& moment)>;
