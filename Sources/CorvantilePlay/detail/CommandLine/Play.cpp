@@ -151,7 +151,7 @@ ExitCode play(const PlayOptions& options, const PlayRegistry& registry) {
 
 ExitCode playTour(const PlayRegistry& registry) {
     const TemporaryFolder state;
-    const PlayOptions options{.state = state.path()};
+    const PlayOptions options{.state = state.path() / "state"}; // the folder itself is locked
     auto app = readApp(options.app, registry);
     const auto file = app.folder / "tour.play";
     const auto script = openFile(file, "a script");

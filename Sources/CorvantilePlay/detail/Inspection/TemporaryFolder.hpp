@@ -20,7 +20,7 @@ public:
 
 private:
     std::string path_;
-    Descriptor lock_; // held as long as somebody uses the folder
+    Descriptor lock_; // held as long as somebody uses the folder: no state folder, which an app locks
 };
 
 } // namespace corvantile::tool
