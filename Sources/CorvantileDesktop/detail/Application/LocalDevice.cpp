@@ -107,6 +107,19 @@ std::optional<std::string> newIdentifier() {
     return uuidText(bytes);
 }
 
+// Writes the first file. nullopt when that fails and there is no copy either.
+std::optional<std::string> madeAgain(const IdentifierFiles& files) {
+    const auto identifier = files.second ? files.second : newIdentifier();
+    const bool isWritten = identifier && writeNewFile(files.file, *identifier + "\n") == WriteResult::written;
+    return isWritten ? identifier : files.second;
+}
+
+const char* consequence(const IdentifierFiles& files, bool hasIdentifier) {
+    if (files.second) return "The vendor identifier is known from its copy.";
+    if (hasIdentifier) return "A new vendor identifier was made, which finds no record of the former one.";
+    return "There is no vendor identifier.";
+}
+
 } // namespace
 
 LocalDevice::LocalDevice(fs::path stateFolder, std::string systemVersion, std::shared_ptr<Console> console)
@@ -128,30 +141,19 @@ std::optional<std::string> LocalDevice::repaired() const {
     const bool isLocked = folder && lockFile(folder) == 0;
     const IdentifierFiles files(stateFolder_);
     auto identifier = files.identifier();
-    const auto fault = faultOf(files);
-    const bool isFirstRight = files.first && !files.isFirstDamaged();
-    if (!identifier && files.isMissingFirst()) identifier = newIdentifier();
+    if (!isLocked) return identifier;
 
-    std::string outcome;
-    if (isLocked && files.isFirstReplaceable()) {
+    auto outcome = faultOf(files);
+    if (files.isFirstReplaceable()) {
         const auto kept = quarantine(files.file);
-        if (!identifier && kept) identifier = newIdentifier(); // what is gone is gone
-        if (!identifier ||
-            (writeNewFile(files.file, *identifier + "\n") != WriteResult::written && !files.second))
-            identifier.reset();
-        if (kept) outcome = " It was set aside as " + kept->filename().string() + ".";
-    } else if (!isFirstRight && !files.second) {
-        identifier.reset(); // it could not be kept
+        if (kept) outcome += " and was set aside as " + kept->filename().string();
+        identifier = madeAgain(files);
     }
-    if (isLocked && identifier && files.second != identifier)
+    if (identifier && files.second != identifier)
         static_cast<void>(replaceFile(files.copyFile, copyOf(*identifier)));
-    if (!fault.empty())
-        printAfterLocks(console_,
-                        "Corvantile: " + files.file.string() + " " + fault + "." + outcome +
-                            (files.second ? " The vendor identifier is known from its copy."
-                             : identifier ? " A new vendor identifier was made, which finds no record "
-                                            "of the former one."
-                                          : " There is no vendor identifier."));
+    if (!outcome.empty())
+        printAfterLocks(console_, "Corvantile: " + files.file.string() + " " + outcome + ". " +
+                                      consequence(files, identifier.has_value()));
     return identifier;
 }
 

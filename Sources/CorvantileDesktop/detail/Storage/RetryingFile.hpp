@@ -32,8 +32,8 @@ struct RetryingFileOptions {
 // that will not pass, and opened again later. What it refuses stays in its owner's memory until `catchUp`
 // writes it. The console gets one line when such a time begins and one when it ends, and one for a file that
 // was moved aside; its owner calls it under a ReportingLock. Not for the keychain, which refuses what is not
-// on the disk. Threads: one at a time. Errors: none. `File` is made of a SqliteDatabase, and has `format`,
-// `hasMoved` and `logPages`.
+// on the disk. Threads: one at a time. Errors: none. `File` is made of a SqliteDatabase, and has `format` and
+// `database`.
 template <class File>
 class RetryingFile {
 public:

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -112,6 +113,7 @@ std::optional<std::string> SqliteDatabase::bytesOf(const std::filesystem::path& 
     sqlite3_int64 size = 0;
     std::string bytes;
     if (code == SQLITE_OK) code = opened->pMethods->xFileSize(opened, &size);
+    if (size > std::numeric_limits<int>::max()) code = SQLITE_TOOBIG;
     if (code == SQLITE_OK) {
         bytes.resize(static_cast<std::size_t>(size));
         code = opened->pMethods->xRead(opened, bytes.data(), static_cast<int>(size), 0);
