@@ -56,9 +56,11 @@ std::vector<std::string_view> unusableCompanions(const fs::path& file, const Sta
     std::vector<std::string_view> found;
     for (const auto suffix : companions) {
         const auto name = companion(file, suffix);
-        if (!isTaken(name)) continue;
+        std::error_code error;
+        const auto type = fs::status(name, error).type();
+        if (type == fs::file_type::not_found) continue; // also when another process deletes it just now
         const bool isForbidden = ::access(name.c_str(), R_OK | W_OK) != 0 && errno == EACCES;
-        if (!isRegular(name) || (isForbidden && !(format.isDurable && suffix == "-wal")))
+        if (type != fs::file_type::regular || (isForbidden && !(format.isDurable && suffix == "-wal")))
             found.push_back(suffix);
     }
     return found;
