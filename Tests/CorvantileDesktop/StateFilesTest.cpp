@@ -158,11 +158,15 @@ TYPED_TEST(StateFiles, AreFreedOfWhatStandsInTheWayOfTheirCompanions) {
 }
 
 TYPED_TEST(StateFiles, KeepACopyWhereTheirLogIsDamagedAndSayThatWorkIsLost) {
-    this->saveAndDie(8);
     const auto log = beside(this->file, "-wal");
-    auto damaged = bytesOf(log);
-    damaged[damaged.size() / 2 / 4120 * 4120 + 100] ^= 1;
-    writeFile(log, damaged);
+    const auto damageLog = [&] {
+        auto bytes = bytesOf(log);
+        bytes[bytes.size() / 2 / 4120 * 4120 + 100] ^= 1;
+        writeFile(log, bytes);
+        return bytes;
+    };
+    this->saveAndDie(8);
+    const auto damaged = damageLog();
     const auto main = bytesOf(this->file);
     EXPECT_THAT(this->faultOf(), HasSubstr("log is damaged"));
 
@@ -177,7 +181,9 @@ TYPED_TEST(StateFiles, KeepACopyWhereTheirLogIsDamagedAndSayThatWorkIsLost) {
     EXPECT_FALSE(fs::exists(log)); // emptied at the orderly end
 
     this->console->lines.clear();
-    this->saveAndDie(2, 8);
+    this->saveAndDie(8, 8);
+    static_cast<void>(damageLog());
+    this->saveAndDie(1, 16);
     this->open().save("newer", "text");
     EXPECT_THAT(this->console->lines, IsEmpty()); // what was cut off is not found again
 }
