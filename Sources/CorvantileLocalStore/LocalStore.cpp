@@ -138,8 +138,12 @@ Date LocalStore::timeForApp() { return session_->timeForApp(); }
 void LocalStore::setListener(Listener listener) { session_->setListener(std::move(listener)); }
 
 std::int64_t LocalStore::addPayment(const std::string& productIdentifier, int quantity) {
-    return session_->perform([&] { return session_->engine.payments().add(productIdentifier, quantity); });
+    return session_->perform(
+        [&] { return session_->claimed(session_->engine.payments().add(productIdentifier, quantity)); });
 }
+
+bool LocalStore::claim(std::int64_t number) { return session_->options.storage->claim(number); }
+void LocalStore::release(std::int64_t number) { session_->options.storage->release(number); }
 
 void LocalStore::settle(std::int64_t number) {
     session_->command([&] { session_->engine.payments().settle(number, session_->now()); });
@@ -152,7 +156,8 @@ void LocalStore::finish(std::int64_t number) {
 void LocalStore::restore() {
     session_->command([&] {
         session_->engine.countRequest();
-        session_->engine.payments().restore(session_->now());
+        for (const auto number : session_->engine.payments().restore(session_->now()))
+            session_->claimed(number);
     });
 }
 
@@ -166,11 +171,12 @@ StoreRequests::Products LocalStore::products(const ProductIdentifiers& identifie
     return found;
 }
 
-std::optional<std::string> LocalStore::receiptForApp() {
+std::optional<std::string> LocalStore::receiptForApp(const std::function<std::set<std::string>()>& hidden) {
     return session_->perform([&] {
         if (session_->ledger.settings().isOffline)
             throw storeError(storeFailure(SKErrorCode::cloudServiceNetworkConnectionFailed));
-        return receiptJSON(session_->ledger, session_->options.bundleIdentifier, session_->now());
+        return receiptJSON(session_->ledger, session_->options.bundleIdentifier, session_->now(),
+                           hidden ? hidden() : std::set<std::string>());
     });
 }
 
@@ -185,7 +191,7 @@ std::optional<std::string> LocalStore::promotion() {
 std::optional<std::int64_t> LocalStore::answerPromotion(const std::string& productIdentifier, bool goesOn) {
     return session_->perform([&]() -> std::optional<std::int64_t> {
         if (!session_->engine.answerPromotion(productIdentifier) || !goesOn) return std::nullopt;
-        return session_->engine.payments().add(productIdentifier, 1);
+        return session_->claimed(session_->engine.payments().add(productIdentifier, 1));
     });
 }
 

@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,7 @@ public:
     struct News {
         std::vector<StoreTransaction> updated{}; // in the queue's order
         std::vector<StoreTransaction> removed{}; // finished
+        std::vector<std::int64_t> claimed{};     // of those, what this process has just added for itself
         bool isAll = false;                      // `updated` is the whole queue, just read from the storage
         bool hasPromotions = false;              // some product waits for the app's answer
     };
@@ -122,7 +124,15 @@ public:
     void finish(std::int64_t number);
     void restore();
     [[nodiscard]] StoreRequests::Products products(const ProductIdentifiers& identifiers);
-    [[nodiscard]] std::optional<std::string> receiptForApp();
+    // Without the consumables that `hidden` returns, called with the store locked: those that no observer has
+    // been given yet. An app sees them from then on, until they are finished.
+    [[nodiscard]] std::optional<std::string>
+    receiptForApp(const std::function<std::set<std::string>()>& hidden = nullptr);
+    // Hands a waiting transaction to this process, for as long as it lives. False: a living process has it.
+    // The same for 0: who asks its app about promotions. What this process adds itself, it has. Threads: any,
+    // also the listener's.
+    [[nodiscard]] bool claim(std::int64_t number);
+    void release(std::int64_t number);
     // The next product that waits for the app's answer.
     [[nodiscard]] std::optional<std::string> promotion();
     // The payment's number when the app goes on with it, or nullopt when it does not or nobody asks any more.

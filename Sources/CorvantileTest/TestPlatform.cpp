@@ -54,8 +54,9 @@ struct TestPlatform::Parts {
                    .paymentQueue = store,
                    .storeRequests = store};
         if (localStore) {
-            made.paymentQueue = LocalPaymentQueue::make(localStore, queues->main(), console);
-            made.storeRequests = std::make_shared<LocalStoreRequests>(localStore);
+            const auto payments = LocalPaymentQueue::make(localStore, queues->main(), console);
+            made.paymentQueue = payments;
+            made.storeRequests = std::make_shared<LocalStoreRequests>(localStore, payments);
             if (options.localStore->setsAppTime)
                 made.clock = std::make_shared<LocalStoreClock>(localStore, made.clock);
         }

@@ -37,6 +37,9 @@ public:
     [[nodiscard]] std::unique_ptr<Platform> launchAnother() {
         return std::make_unique<DesktopPlatform>(prepare(folder_.path()));
     }
+    static bool runUntil(Platform& other, const std::function<bool()>& done) {
+        return static_cast<DesktopPlatform&>(other).runMainLoopUntil(done, std::chrono::seconds(10));
+    }
     [[nodiscard]] LocalStore& store() { return platform_->store(); }
     void setKeychainLocked(bool locked) { platform_->vault().setLocked(locked); }
 

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -210,6 +211,46 @@ TYPED_TEST(PaymentQueueContract, AnswersWhatIsAskedOfTheStoreOnceOnItsQueueUnles
 
     ask().reset();
     EXPECT_THAT(this->news(), ElementsAre("1", "error"));
+}
+
+template <class Harness>
+class SharedPaymentQueueContract : public PaymentQueueContract<Harness> {};
+TYPED_TEST_SUITE(SharedPaymentQueueContract, LocalStoreHarnesses);
+
+TYPED_TEST(SharedPaymentQueueContract, HandsATransactionToOneLivingProcessAtATime) {
+    auto other = this->launchAnother();
+    auto& otherQueue = *other->ports().paymentQueue;
+    const auto runBoth = [&] {
+        for (int round = 0; round < 20; ++round) {
+            bool hasRun = false;
+            other->ports().queues->main()->async([&] { hasRun = true; });
+            ASSERT_TRUE(this->harness().runUntil(*other, [&] { return hasRun; }));
+            this->turn();
+        }
+    };
+    this->harness().holdNextPayment();
+    otherQueue.addPayment(std::make_shared<SKPayment>("gold"));
+    this->harness().purchase({"silver"});
+    this->b_.observe(otherQueue);
+    runBoth();
+    EXPECT_THAT(std::exchange(this->journal_, {}), ElementsAre("b open gold", "b bought silver"));
+
+    this->a_.observe(this->queue());
+    this->harness().promote("gold");
+    this->queue().addPayment(std::make_shared<SKPayment>("gold"));
+    runBoth();
+    const auto askedBoth = std::exchange(this->journal_, {});
+    EXPECT_EQ(std::count(askedBoth.begin(), askedBoth.end(), "a asked gold") +
+                  std::count(askedBoth.begin(), askedBoth.end(), "b asked gold"),
+              1);
+    EXPECT_EQ(std::count(askedBoth.begin(), askedBoth.end(), "a bought gold"), 1);
+    EXPECT_EQ(std::count(askedBoth.begin(), askedBoth.end(), "b bought gold"), 0);
+    EXPECT_EQ(this->queue().transactions().size(), 1u);
+
+    this->b_.registration.reset();
+    other.reset(); // what was cut off there goes on here
+    EXPECT_TRUE(this->runUntil([&] { return this->journal_.size() >= 3; }));
+    EXPECT_THAT(this->news(), ElementsAre("a open gold", "a bought silver", "a bought gold"));
 }
 
 } // namespace corvantile::PaymentQueueContractTest

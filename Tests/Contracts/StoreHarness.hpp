@@ -64,8 +64,10 @@ public:
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
 using StoreHarnesses =
     testing::Types<ScriptedStoreHarness, LocalStoreHarness<TestHarness>, LocalStoreHarness<DesktopHarness>>;
+using LocalStoreHarnesses = testing::Types<LocalStoreHarness<TestHarness>, LocalStoreHarness<DesktopHarness>>;
 #else
 using StoreHarnesses = testing::Types<ScriptedStoreHarness, LocalStoreHarness<TestHarness>>;
+using LocalStoreHarnesses = testing::Types<LocalStoreHarness<TestHarness>>;
 #endif
 
 } // namespace corvantile

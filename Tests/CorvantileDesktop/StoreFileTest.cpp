@@ -12,6 +12,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <filesystem>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -22,24 +25,98 @@ namespace corvantile::StoreFileTest {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
+LocalStore openStore(const std::filesystem::path& folder, bool hasPast = false) {
+    Catalogue catalogue;
+    catalogue.add({.identifier = "gold", .price = NSDecimalNumber(1)});
+    return LocalStore(
+        {.catalogue = std::move(catalogue),
+         .clock = std::make_shared<SystemClock>(),
+         .storage = std::make_shared<StoreFile>(StoreFileOptions{.file = folder / "store.sqlite",
+                                                                 .console = {},
+                                                                 .inBackground = [](const auto&) {},
+                                                                 .hasPast = hasPast})});
+}
+
+// The keychain's markers of what a lost store had sold would silence purchases of the same numbers.
+TEST(StoreFiles, ThatAreBegunAnewUseNoNumberTwice) {
+    const TemporaryFolder folder;
+    const auto store = folder.path() / "store.sqlite", counters = folder.path() / "store-counters";
+    const auto isFromTheStart = [&](bool hasPast) {
+        auto opened = openStore(folder.path(), hasPast);
+        opened.buyElsewhere("gold");
+        return opened.purchases().front().identifier == "200000000000001";
+    };
+    const auto lose = [&] {
+        for (const auto* const suffix : {"", "-wal", "-shm"}) std::filesystem::remove(beside(store, suffix));
+    };
+    ASSERT_TRUE(isFromTheStart(false));
+    std::string last = "200000000000001";
+    std::int64_t lastPlace = 1;
+    const struct {
+        const char* what;
+        std::function<void()> damage;
+    } cases[] = {
+        {"an earlier version's, then no store",
+         [&] {
+             std::filesystem::remove(counters);
+             static_cast<void>(openStore(folder.path()).now());
+             lose();
+         }},
+        {"no store", lose},
+        {"no store again", lose},
+        {"a damaged store", [&] { lose(), writeFile(store, "none"); }},
+        {"a damaged store and no numbers",
+         [&] {
+             lose();
+             writeFile(store, "none");
+             std::filesystem::remove(counters);
+         }},
+        {"no store and wrong numbers",
+         [&] {
+             lose();
+             writeFile(counters, "CVSN1\n1 200000000000001\n1 200000000000009\n");
+         }},
+        {"no settings", [&] { alter(store, "DELETE FROM records"); }},
+        {"a folder for numbers, then no store",
+         [&] {
+             std::filesystem::remove(counters);
+             std::filesystem::create_directories(counters / "inside");
+             static_cast<void>(openStore(folder.path()).now());
+             lose();
+         }},
+    };
+    for (const auto& [what, damage] : cases) {
+        SCOPED_TRACE(what);
+        damage();
+        auto opened = openStore(folder.path());
+        const auto purchases = opened.purchases().size(), transactions = opened.transactions().size();
+        for (int bought = 0; bought < 3; ++bought) opened.buyElsewhere("gold");
+        const auto latest = opened.purchases().back();
+        EXPECT_GT(opened.purchases()[purchases].identifier, last);
+        EXPECT_GT(opened.transactions()[transactions].number, lastPlace);
+        EXPECT_EQ(latest.identifier.size(), last.size()); // they are compared as texts
+        last = latest.identifier;
+        lastPlace = opened.transactions().back().number;
+    }
+    std::filesystem::remove_all(folder.path());
+    EXPECT_FALSE(isFromTheStart(true));
+}
+
 TEST(StoreFiles, AreSharedByProcessesThatBuyAtOnceAndSeeEachOthersPurchases) {
     const TemporaryFolder folder;
-    const auto open = [&] {
-        Catalogue catalogue;
-        catalogue.add({.identifier = "gold", .price = NSDecimalNumber(1)});
-        return LocalStore(
-            {.catalogue = std::move(catalogue),
-             .clock = std::make_shared<SystemClock>(),
-             .storage = std::make_shared<StoreFile>(StoreFileOptions{.file = folder.path() / "store.sqlite",
-                                                                     .console = {},
-                                                                     .inBackground = [](const auto&) {}})});
-    };
-    auto one = open();
-    auto other = open();
+    auto one = openStore(folder.path());
+    auto other = openStore(folder.path());
 
+    std::set<std::int64_t> payments[2];
     atOnce(2, [&](int number) {
-        for (int round = 0; round < 50; ++round) (number == 0 ? one : other).buyElsewhere("gold");
+        auto& store = number == 0 ? one : other;
+        for (int round = 0; round < 50; ++round) {
+            store.buyElsewhere("gold");
+            payments[number].insert(store.addPayment("gold", 1));
+        }
     });
+    for (const auto payment : payments[0]) EXPECT_TRUE(one.claim(payment) && !other.claim(payment));
+    for (const auto payment : payments[1]) EXPECT_TRUE(other.claim(payment) && !one.claim(payment));
 
     std::set<std::string> identifiers;
     for (const auto& purchase : one.purchases()) identifiers.insert(purchase.identifier);

@@ -69,7 +69,7 @@ struct TextsInStore {
         : store({.file = file, .console = std::move(console), .inBackground = [](const auto&) {}}) {}
     void save(const std::string& name, const std::string& text) {
         do static_cast<void>(store.load());
-        while (!store.commit({{name, text}}));
+        while (!store.commit({{name, text}}, {}));
     }
     [[nodiscard]] bool holds(const std::string& name) { return store.load().contains(name); }
     static const StateFormat& format() { return StoreFile::format; }

@@ -125,9 +125,9 @@ class FailingStorage final : public StoreStorage {
 public:
     Rows load() override { return kept_.load(); }
     bool hasChangedElsewhere() override { return false; }
-    bool commit(const Changes& changes) override {
+    bool commit(const Changes& changes, const Claims& claimed) override {
         if (isFull) throw localStoreError(LocalStoreErrorCode::storage, "The disk is full.");
-        return kept_.commit(changes);
+        return kept_.commit(changes, claimed);
     }
     bool isFull = false;
 

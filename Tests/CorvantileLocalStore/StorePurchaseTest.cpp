@@ -150,7 +150,7 @@ TEST_F(StorePurchases, StandInTheReceiptAsTheRealStoreWritesThem) {
 TEST_F(StorePurchases, PassOverWhatCannotBeReadAndUseNoNumberTwice) {
     const auto before = shop.pay(coins);
     ASSERT_TRUE(shop.storage->commit(
-        {{"settings", "{"}, {"purchase/900000000000000", "?"}, {"future/thing", "left alone"}}));
+        {{"settings", "{"}, {"purchase/900000000000000", "?"}, {"future/thing", "left alone"}}, {}));
     shop.launch();
 
     const auto later = shop.pay(coins);

@@ -137,7 +137,7 @@ TEST(StoreClock, RenewsAfterAJumpOfExactlyThePeriodWhereverItBegan) {
                 StoreStorage::Changes rows;
                 rows["clock"] = R"({"device": )" + time + R"(, "store": )" + time +
                                 R"(, "rate": 0, "seen": )" + time + "}";
-                ASSERT_TRUE(shop.storage->commit(rows));
+                ASSERT_TRUE(shop.storage->commit(rows, {}));
             }
             shop.store->setClockRate(0);
             shop.pay("plan"); // three days free, then by the week

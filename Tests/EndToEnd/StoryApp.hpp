@@ -33,15 +33,24 @@ constexpr const char* storyCatalogue = R"({"version": {"major": 4, "minor": 0},
             {"productID": "cloud", "type": "RecurringSubscription", "displayPrice": "29.99",
              "recurringSubscriptionPeriod": "P1Y", "subscriptionGroupID": "2"}]}]})";
 
+// The plug-in that hears of a purchase first. What `consumables` finishes the records do not see any more,
+// whichever thread reads the receipt.
+enum class FirstToHear { consumables, records };
+
 // Makes the app on the current platform and launches it.
-inline void launchStoryApp(const std::shared_ptr<RecordingSink>& backEnd) {
+inline void launchStoryApp(const std::shared_ptr<RecordingSink>& backEnd,
+                           FirstToHear first = FirstToHear::consumables) {
     const auto router = std::make_shared<AnalyticPlugin>();
     const auto firstDate = std::make_shared<FirstDatePlugin>();
     const auto adjust = std::make_shared<AdjustPlugin>("storystory12", true);
-    // Before the records: what it finishes they do not see any more, whichever thread reads the receipt.
-    const auto consumables = std::make_shared<ConsumablePlugin>(std::vector<std::string>{"gems"});
+    std::shared_ptr<ConsumablePlugin> consumables;
+    const auto makeConsumables = [&] {
+        consumables = std::make_shared<ConsumablePlugin>(std::vector<std::string>{"gems"});
+    };
+    if (first == FirstToHear::consumables) makeConsumables();
     const auto records = std::make_shared<IAPReceiptPlugin>(
         std::vector<IAPReceiptPlugin::Product>{{"pro", "plan"}, {"cloud"}, {"themes"}, {"gems"}});
+    if (!consumables) makeConsumables();
     const auto tracking = std::make_shared<IAPReceiptTrackingPlugin>();
     const auto application = UIApplication::shared();
     application->setDelegate(std::make_shared<PluggableApplicationDelegate>(

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -128,6 +129,34 @@ TYPED_TEST(YearOfPurchases, SendsWhatTheRulesSayAndNothingTwice) {
                      "theme1", "renew1",          "grace1",          "renew1",          "renew1",
                      "renew1", "renew1",          "renew1"};
     EXPECT_EQ(story.sdk(), sent);
+}
+
+// Whether a consumable's purchase is reported is decided by who hears of it first, also before the products
+// are known and where batches follow each other at once.
+TYPED_TEST(YearOfPurchases, ReportConsumablesExactlyIfTheRecordsHearOfThemFirst) {
+    for (const auto first : {FirstToHear::records, FirstToHear::consumables}) {
+        auto& story = this->process;
+        const auto countOf = [&](const std::string& line) {
+            const auto lines = this->backEnd->lines();
+            return std::count(lines.begin(), lines.end(), line);
+        };
+        const auto reported = countOf("total_subscription currency=USD value=0.99");
+        const auto consumed = countOf("consumes gems");
+        story.launch();
+        for (int bought = 0; bought < 5; ++bought) story.store().buyElsewhere("gems");
+        launchStoryApp(this->backEnd, first);
+        for (int bought = 0; bought < 5; ++bought) TestFixture::buy("gems");
+        const int expected = first == FirstToHear::records ? 10 : 0;
+        story.settle([&] {
+            return countOf("consumes gems") == consumed + 10 &&
+                   countOf("total_subscription currency=USD value=0.99") >= reported + expected;
+        });
+        TestFixture::buy("themes"); // is reported after everything that came before
+        story.settle([&] { return countOf("total_subscription currency=USD value=9.99") == 1; });
+        EXPECT_EQ(countOf("consumes gems"), consumed + 10);
+        EXPECT_EQ(countOf("total_subscription currency=USD value=0.99"), reported + expected);
+        story.terminate();
+    }
 }
 
 } // namespace corvantile::YearOfPurchasesTest

@@ -114,12 +114,13 @@ ObservedPaymentQueue::addTransactionObserver(SKPaymentTransactionObserver& obser
 
 // The transactions first, then what is posted: a change in between is known as posted at least.
 void ObservedPaymentQueue::welcome() {
-    auto waiting = transactions();
+    auto waiting = takeWaiting();
     std::unique_lock lock(observers_->mutex);
     observers_->leaveOutPosted(waiting);
     const auto arrivals = observers_->takeArrivals();
     lock.unlock();
     if (waiting.empty()) return;
+    willDeliver(waiting);
     for (const auto& place : arrivals)
         place->call([&](auto& observer) { observer.updatedTransactions(*this, waiting); });
 }
@@ -139,7 +140,9 @@ void ObservedPaymentQueue::deliverUpdated() {
     const auto batch = std::move(observers_->updates.front());
     observers_->updates.pop_front();
     lock.unlock();
-    for (const auto& place : observers_->arrived())
+    const auto arrived = observers_->arrived();
+    if (!arrived.empty()) willDeliver(*batch);
+    for (const auto& place : arrived)
         place->call([&](auto& observer) { observer.updatedTransactions(*this, *batch); });
 }
 
@@ -184,6 +187,10 @@ void ObservedPaymentQueue::postStorePayment(std::shared_ptr<SKPayment> payment,
         answered(isWanted);
     });
 }
+
+ObservedPaymentQueue::Transactions ObservedPaymentQueue::takeWaiting() { return transactions(); }
+
+void ObservedPaymentQueue::willDeliver(const Transactions&) {}
 
 bool ObservedPaymentQueue::hasObservers() const {
     const std::lock_guard lock(observers_->mutex);

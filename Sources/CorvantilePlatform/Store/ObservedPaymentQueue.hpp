@@ -39,6 +39,12 @@ protected:
     void postStorePayment(std::shared_ptr<SKPayment> payment, std::shared_ptr<SKProduct> product,
                           std::function<void(bool isWanted)> answered);
 
+    // What waits for observers that arrive now; `transactions`, unless some of it is not for this process.
+    [[nodiscard]] virtual Transactions takeWaiting();
+
+    // Called on main, without a lock, right before a batch goes to the observers.
+    virtual void willDeliver(const Transactions& batch);
+
     [[nodiscard]] bool hasObservers() const;
 
 private:

@@ -39,7 +39,8 @@ public:
                                                                     std::shared_ptr<DispatchQueue> queue,
                                                                     ProductsCompletion completion) = 0;
 
-    // The store's present answer; it has nothing to do with the opaque bytes in the bundle.
+    // The store's present answer; it has nothing to do with the opaque bytes in the bundle. A store of this
+    // machine (desktop, test) answers as things stand during the call; the phone's promises no such moment.
     [[nodiscard]] virtual std::shared_ptr<PlatformRequest> receipt(std::shared_ptr<DispatchQueue> queue,
                                                                    ReceiptCompletion completion) = 0;
 };

@@ -17,16 +17,19 @@ namespace {
 class DeviceStoreStorage final : public StoreStorage {
 public:
     explicit DeviceStoreStorage(std::shared_ptr<const DeviceLink> link) : link_(std::move(link)) {}
+    ~DeviceStoreStorage() override { shelf().releaseAll(this); }
 
-    Rows load() override { return link_->device().storeShelf().rows(version_); }
-    bool hasChangedElsewhere() override {
-        return !link_->isCut() && link_->device().storeShelf().version() != version_;
+    Rows load() override { return shelf().rows(version_); }
+    bool hasChangedElsewhere() override { return !link_->isCut() && shelf().version() != version_; }
+    bool commit(const Changes& changes, const Claims& claimed) override {
+        return link_->isCut() || shelf().commit(changes, version_, claimed, this);
     }
-    bool commit(const Changes& changes) override {
-        return link_->isCut() || link_->device().storeShelf().commit(changes, version_);
-    }
+    bool claim(std::int64_t number) override { return !link_->isCut() && shelf().claim(number, this); }
+    void release(std::int64_t number) override { shelf().release(number, this); }
 
 private:
+    [[nodiscard]] StoreShelf& shelf() const { return link_->device().storeShelf(); }
+
     const std::shared_ptr<const DeviceLink> link_;
     std::uint64_t version_ = 0;
 };

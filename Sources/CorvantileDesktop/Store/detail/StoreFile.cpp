@@ -1,15 +1,19 @@
 #include "CorvantileDesktop/Store/detail/StoreFile.hpp"
 
+#include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 #include "CorvantileLocalStore/LocalStoreError.hpp"
 #include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 
 #include <sqlite3.h>
 
+#include <system_error>
 #include <utility>
 
 namespace corvantile {
 
 namespace {
+
+constexpr const char* countersName = "store-counters";
 
 // A SqliteError leaves here as the store's own error.
 template <class Act>
@@ -64,12 +68,20 @@ struct StoreFile::Connection {
     }
 
     // False: another connection has committed since `loaded`.
-    [[nodiscard]] bool commit(const Changes& changes, std::int64_t loaded) const {
+    [[nodiscard]] bool commit(const Changes& changes, std::int64_t loaded, const Claims& claimed,
+                              ClaimFile& claims) const {
         bool isUpToDate = false;
-        database->transact([&] {
-            isUpToDate = dataVersion() == loaded;
-            if (isUpToDate) write(changes);
-        });
+        try {
+            database->transact([&] {
+                isUpToDate = dataVersion() == loaded;
+                if (!isUpToDate) return;
+                write(changes);
+                for (const auto number : claimed) static_cast<void>(claims.claim(number));
+            });
+        } catch (const SqliteError&) {
+            for (const auto number : claimed) claims.release(number); // they do not exist
+            throw;
+        }
         return isUpToDate;
     }
 
@@ -83,6 +95,9 @@ struct StoreFile::Connection {
 StoreFile::StoreFile(StoreFileOptions options)
     : file_(std::move(options.file)),
       console_(std::move(options.console)),
+      hasPast_(options.hasPast),
+      counters_(file_.parent_path() / countersName),
+      claims_(file_.parent_path() / "store-claims"),
       trimmer_(file_, format, std::move(options.inBackground)) {}
 
 StoreFile::~StoreFile() = default;
@@ -91,6 +106,7 @@ void StoreFile::open() {
     connection_.reset();
     auto opened = openOrBeginState(file_, format, nullptr, isDoubtful_);
     if (!opened.loss.empty()) printAfterLocks(console_, "The store began anew: " + opened.loss);
+    haveCommitsBeenLost_ = !opened.reports.empty();
     for (const auto& line : opened.reports) printAfterLocks(console_, "The store: " + line);
     connection_ = std::make_unique<Connection>(std::move(opened.database));
 }
@@ -122,6 +138,18 @@ StoreStorage::Rows StoreFile::rows() {
 
 StoreStorage::Rows StoreFile::rowsOfImage() const { return Connection(openStateImage(file_, format)).load(); }
 
+std::optional<StoreStorage::Counters> StoreFile::counters(bool areRead) {
+    if (!std::exchange(haveCommitsBeenLost_, false) && areRead) return std::nullopt;
+    if (auto kept = counters_.read()) return kept;
+    const auto file = file_.parent_path() / countersName;
+    std::error_code error;
+    const bool hasPast =
+        hasPast_ ||
+        std::filesystem::symlink_status(file, error).type() != std::filesystem::file_type::not_found ||
+        !quarantinedFiles(file_).empty() || !quarantinedFiles(file).empty();
+    return hasPast ? std::optional(countersByTime()) : std::nullopt;
+}
+
 bool StoreFile::hasChangedElsewhere() {
     return translated(file_, [&] {
         return !connection_ || connection_->database->hasMoved() ||
@@ -129,10 +157,10 @@ bool StoreFile::hasChangedElsewhere() {
     });
 }
 
-bool StoreFile::commit(const Changes& changes) {
+bool StoreFile::commit(const Changes& changes, const Claims& claimed) {
     return translated(file_, [&] {
         if (!connection_) throw SqliteError(SQLITE_READONLY, "its folder is read-only");
-        if (!connection_->commit(changes, loadedVersion_)) return false;
+        if (!connection_->commit(changes, loadedVersion_, claimed, claims_)) return false;
         trimmer_.noteWrite(*connection_->database);
         return true;
     });

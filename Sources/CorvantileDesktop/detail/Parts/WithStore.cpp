@@ -11,6 +11,7 @@
 
 #include <exception>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace corvantile {
@@ -34,12 +35,17 @@ std::function<void(const std::string&)> receiptWriter(std::filesystem::path file
     };
 }
 
-std::shared_ptr<StoreStorage> storageIn(std::filesystem::path file, const Ports& made) {
+std::shared_ptr<StoreStorage> storageIn(const DesktopOptions& options, const Ports& made) {
+    auto file = inState(options, "store.sqlite");
     if (file.empty()) return std::make_shared<InMemoryStoreStorage>();
+    // Looked for now, before this launch makes one. The markers of purchases may be in it.
+    std::error_code error;
+    const bool hasKeychain = std::filesystem::exists(inState(options, "keychain") / "vault.sqlite", error);
     return std::make_shared<StoreFile>(
         StoreFileOptions{.file = std::move(file),
                          .console = made.console,
-                         .inBackground = inBackground(*made.queues, "corvantile.store")});
+                         .inBackground = inBackground(*made.queues, "corvantile.store"),
+                         .hasPast = hasKeychain});
 }
 
 std::shared_ptr<LocalStore> makeStore(const DesktopOptions& options, const Ports& made) {
@@ -55,7 +61,7 @@ std::shared_ptr<LocalStore> makeStore(const DesktopOptions& options, const Ports
         made.console->print("The store sells nothing: " + error.localizedDescription());
         store.catalogueError = std::current_exception();
     }
-    store.storage = storageIn(inState(options, "store.sqlite"), made);
+    store.storage = storageIn(options, made);
     return std::make_shared<LocalStore>(std::move(store));
 }
 
@@ -65,8 +71,9 @@ LocalStore& DesktopPlatform::store() const { return *parts_->store; }
 
 void DesktopPlatform::Parts::addStore(Ports& made, const DesktopOptions& options) {
     store = makeStore(options, made);
-    made.paymentQueue = LocalPaymentQueue::make(store, made.queues->main(), made.console);
-    made.storeRequests = std::make_shared<LocalStoreRequests>(store);
+    const auto queue = LocalPaymentQueue::make(store, made.queues->main(), made.console);
+    made.paymentQueue = queue;
+    made.storeRequests = std::make_shared<LocalStoreRequests>(store, queue);
     if (options.store.setsAppTime && !options.store.catalogue.empty())
         made.clock = std::make_shared<LocalStoreClock>(store, made.clock);
 }

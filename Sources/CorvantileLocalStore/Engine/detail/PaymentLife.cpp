@@ -130,15 +130,16 @@ void PaymentLife::finish(std::int64_t number) {
     ledger_.removeTransaction(number);
 }
 
-void PaymentLife::restore(Date now) {
+std::vector<std::int64_t> PaymentLife::restore(Date now) {
     std::set<std::string> waiting;
     for (const auto& [number, transaction] : ledger_.transactions()) {
         if (transaction.identifier) waiting.insert(*transaction.identifier);
         if (transaction.originalIdentifier) waiting.insert(*transaction.originalIdentifier);
     }
+    std::vector<std::int64_t> numbers;
     for (const auto& [identifier, purchase] : ledger_.purchases()) {
         if (comesInPieces(purchase.kind) || purchase.refundDate || waiting.contains(identifier)) continue;
-        ledger_.put(StoreTransaction{.number = ledger_.makeNumber(),
+        ledger_.put(StoreTransaction{.number = numbers.emplace_back(ledger_.makeNumber()),
                                      .productIdentifier = purchase.productIdentifier,
                                      .quantity = purchase.quantity,
                                      .state = State::restored,
@@ -146,6 +147,7 @@ void PaymentLife::restore(Date now) {
                                      .originalIdentifier = identifier,
                                      .date = now});
     }
+    return numbers;
 }
 
 void PaymentLife::decideNext(const std::string& productIdentifier, NextPayment next) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace corvantile {
 
@@ -30,7 +31,8 @@ public:
     void finish(std::int64_t number);
 
     // Queues what was bought, is no consumable, was not refunded and does not wait in the queue anyhow.
-    void restore(Date now);
+    // Returns their numbers.
+    std::vector<std::int64_t> restore(Date now);
 
     void decideNext(const std::string& productIdentifier, NextPayment next);
     // The oldest payment for the product that was deferred or held.

@@ -26,13 +26,16 @@ std::string inZone(Date date, seconds offset, const char* zone) {
     return timestamp(date, offset).substr(0, wholeSeconds.size()).append(" ").append(zone);
 }
 
-bool isLeftOut(const StorePurchase& purchase) {
-    return purchase.kind == ProductKind::consumable && purchase.isFinished;
-}
-
 // Every date stands there in three forms.
 class ReceiptWriter {
 public:
+    explicit ReceiptWriter(const std::set<std::string>& hidden) : hidden_(hidden) {}
+
+    [[nodiscard]] bool isLeftOut(const StorePurchase& purchase) const {
+        return purchase.kind == ProductKind::consumable &&
+               (purchase.isFinished || hidden_.contains(purchase.identifier));
+    }
+
     void put(Object& row, const std::string& key, Date date) {
         const auto milliseconds = std::llround(date.secondsSinceUnixEpoch() * 1000.0);
         row[key] = inZone(date, seconds(0), "Etc/GMT");
@@ -101,22 +104,23 @@ public:
     }
 
 private:
+    const std::set<std::string>& hidden_;
     PacificTime pacific_;
 };
 
 } // namespace
 
 std::optional<std::string> receiptJSON(const StoreLedger& ledger, const std::string& bundleIdentifier,
-                                       Date now) {
+                                       Date now, const std::set<std::string>& hidden) {
     const auto& purchases = ledger.purchases();
     if (purchases.empty()) return std::nullopt;
-    ReceiptWriter writer;
+    ReceiptWriter writer(hidden);
     Object answer{{"status", 0},
                   {"environment", "Sandbox"},
                   {"receipt", writer.appReceipt(ledger, bundleIdentifier, now)}};
     auto& latest = answer["latest_receipt_info"] = Object::array();
     std::for_each(purchases.rbegin(), purchases.rend(), [&](const auto& entry) {
-        if (!isLeftOut(entry.second)) latest.push_back(writer.latest(entry.second));
+        if (!writer.isLeftOut(entry.second)) latest.push_back(writer.latest(entry.second));
     });
     answer["latest_receipt"] = base64(receiptBytes(ledger, bundleIdentifier));
     auto& renewals = answer["pending_renewal_info"] = Object::array();

@@ -46,6 +46,7 @@ StoreLedger::StoreLedger(const StoreStorage::Rows& rows, std::vector<std::string
     if (const auto found = rows.find(settingsKey); found != rows.end()) {
         auto read = recordFromText<StoreSettings>(found->second);
         if (!read) unreadable.push_back(found->first);
+        hasCounters_ = read.has_value();
         settings_ = std::move(read).value_or(StoreSettings());
     }
     for (const auto& [key, text] : rows) {
@@ -75,6 +76,17 @@ StoreLedger::StoreLedger(const StoreStorage::Rows& rows, std::vector<std::string
     for (const auto& [number, transaction] : transactions_)
         settings_.nextIdentifier =
             std::max(settings_.nextIdentifier, numberAtEnd(transaction.identifier.value_or("")) + 1);
+}
+
+StoreStorage::Counters StoreLedger::counters() const {
+    return {.number = settings_.nextNumber, .identifier = settings_.nextIdentifier};
+}
+
+void StoreLedger::raiseCounters(const StoreStorage::Counters& counters) {
+    auto raised = settings_;
+    raised.nextNumber = std::max(raised.nextNumber, counters.number);
+    raised.nextIdentifier = std::max(raised.nextIdentifier, counters.identifier);
+    put(std::move(raised));
 }
 
 const StorePurchase* StoreLedger::purchase(std::string_view identifier) const {

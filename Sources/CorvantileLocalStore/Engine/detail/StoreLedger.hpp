@@ -32,6 +32,11 @@ public:
     // What cannot be read is left out, and its keys go to `unreadable`.
     StoreLedger(const StoreStorage::Rows& rows, std::vector<std::string>& unreadable);
 
+    // Whether the counters were read. Where they were not, they may be lower than what was counted.
+    [[nodiscard]] bool hasCounters() const { return hasCounters_; }
+    [[nodiscard]] StoreStorage::Counters counters() const;
+    void raiseCounters(const StoreStorage::Counters& counters);
+
     [[nodiscard]] const Purchases& purchases() const { return purchases_; }
     [[nodiscard]] const Transactions& transactions() const { return transactions_; }
     [[nodiscard]] const Subscriptions& subscriptions() const { return subscriptions_; }
@@ -65,6 +70,7 @@ private:
     Transactions transactions_;
     Subscriptions subscriptions_;
     StoreSettings settings_;
+    bool hasCounters_ = false;
     std::optional<StoreClockSetting> clock_;
 
     std::set<std::string> changedPurchases_;

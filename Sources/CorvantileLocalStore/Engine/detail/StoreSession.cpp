@@ -43,6 +43,9 @@ void StoreSession::refresh() {
     ledger = StoreLedger(options.storage->load(), unreadable);
     for (const auto& key : unreadable)
         printAfterLocks(options.console, "The store passes over a record that it cannot read: " + key);
+    if (const auto counters = options.storage->counters(ledger.hasCounters()))
+        ledger.raiseCounters(*counters);
+    if (ledger.hasCounters()) options.storage->keepCounters(ledger.counters());
     setClock();
     isLoaded_ = true;
     writeReceipt();
@@ -71,12 +74,15 @@ bool StoreSession::commit() {
     if (!ledger.hasChanges()) return true;
     ledger.put(clock->setting());
     auto changes = ledger.takeChanges();
+    options.storage->keepCounters(ledger.counters());
     isLoaded_ = false; // until it is written down: what fails is read again
-    if (!options.storage->commit(changes.rows)) return false;
+    if (!options.storage->commit(changes.rows, claimed_)) return false;
     isLoaded_ = true;
     isRateKept_ = true;
     if (changes.hasNewPurchases) writeReceipt();
-    announce({.updated = std::move(changes.updated), .removed = std::move(changes.removed)});
+    announce({.updated = std::move(changes.updated),
+              .removed = std::move(changes.removed),
+              .claimed = std::exchange(claimed_, {})});
     return true;
 }
 

@@ -7,12 +7,14 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Foundation/detail/ReportingLock.hpp"
 
+#include <cstdint>
 #include <exception>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace corvantile {
 
@@ -50,6 +52,9 @@ public:
     // What the clock shows, without looking for what others have changed.
     Date timeForApp();
 
+    // The act has made this transaction for this process. Returns the number.
+    std::int64_t claimed(std::int64_t number) { return claimed_.emplace_back(number); }
+
     [[nodiscard]] Date deviceNow() const;
     Date now();
 
@@ -67,6 +72,7 @@ private:
     void writeReceipt();
 
     std::mutex mutex_;
+    std::vector<std::int64_t> claimed_; // in the act that runs
     LocalStore::Listener listener_;
     std::string writtenReceipt_;
     bool isLoaded_ = false;
@@ -77,6 +83,7 @@ template <class Act>
 auto StoreSession::perform(Act act) {
     const ReportingLock lock(mutex_);
     for (;;) {
+        claimed_.clear();
         refresh();
         engine.subscriptions().catchUp(now());
         std::optional<std::invoke_result_t<Act>> result;

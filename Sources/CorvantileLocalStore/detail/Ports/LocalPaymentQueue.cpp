@@ -7,6 +7,7 @@
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 
+#include <chrono>
 #include <mutex>
 #include <utility>
 
@@ -15,6 +16,11 @@ namespace corvantile {
 namespace {
 
 using State = SKPaymentTransactionState;
+
+// How often a process looks whether the one is gone that has what it would deliver.
+constexpr std::chrono::seconds otherProcesses{1};
+
+constexpr std::int64_t promotions = 0; // the claim of who asks about them
 
 } // namespace
 
@@ -33,6 +39,8 @@ struct LocalPaymentQueue::Parts {
     bool hasPromotions = false;
     bool isAsking = false;
     bool isTimeKeeperPosted = false;
+    bool isReceiving = false; // its observers have been given what waited, or are about to
+    bool isWatchingOthers = false;
 };
 
 std::shared_ptr<LocalPaymentQueue> LocalPaymentQueue::make(std::shared_ptr<LocalStore> store,
@@ -81,17 +89,52 @@ void LocalPaymentQueue::complain(const std::string& reason) const {
     if (parts_->console && before != reason) parts_->console->print("The store fails: " + reason);
 }
 
+// With the mutex held: what no other process has is this one's from now on, and what was cut off there goes
+// on here. Returns what is new to it.
+template <class Concerns>
+std::set<std::int64_t> LocalPaymentQueue::claimWaiting(Concerns isConcerned) {
+    auto& parts = *parts_;
+    auto fresh = parts.queued.claimAll(
+        [&](std::int64_t number) { return isConcerned(number) && parts.store->claim(number); });
+    for (const auto number : parts.queued.purchasing(fresh)) settleLater(number);
+    if (!parts.queued.areAllOurs()) watchOthers();
+    return fresh;
+}
+
+// With the mutex held.
+void LocalPaymentQueue::watchOthers() {
+    if (std::exchange(parts_->isWatchingOthers, true)) return;
+    parts_->mainQueue->asyncAfter(otherProcesses, [weak = weak_from_this()] {
+        const auto self = std::static_pointer_cast<LocalPaymentQueue>(weak.lock());
+        if (!self) return;
+        {
+            const std::lock_guard lock(self->parts_->mutex);
+            self->parts_->isWatchingOthers = false;
+        }
+        static_cast<void>(self->takeWaiting());
+    });
+}
+
 void LocalPaymentQueue::hear(const LocalStore::News& news) {
     auto& parts = *parts_;
     const std::lock_guard lock(parts.mutex);
     const bool isBeginning = !std::exchange(parts.hasBegun, true);
     auto difference = parts.queued.take(news);
     parts.hasPromotions = news.hasPromotions;
+    for (const auto number : difference.removedNumbers) parts.store->release(number);
     if (isBeginning) {
-        // What waited is delivered to whoever arrives; what was cut off goes on.
-        for (const auto number : parts.queued.purchasing()) settleLater(number);
+        // What was cut off goes on; what waited is delivered to whoever arrives.
+        const auto open = parts.queued.purchasing(difference.updated);
+        const auto cutOff = parts.queued.claimAll(
+            [&](std::int64_t number) { return open.contains(number) && parts.store->claim(number); });
+        for (const auto number : cutOff) settleLater(number);
     } else {
-        postUpdated(std::move(difference.updated));
+        // What waited before is for the welcome of the first observer.
+        const auto isConcerned = [&](std::int64_t number) {
+            return parts.isReceiving || difference.updated.contains(number);
+        };
+        if (hasObservers()) difference.updated.merge(claimWaiting(isConcerned));
+        if (hasObservers()) postUpdated(parts.queued.ours(difference.updated));
         for (auto& transaction : difference.removed) postRemoved(std::move(transaction));
     }
     if (parts.hasPromotions) post([](LocalPaymentQueue& self) { self.askAboutPromotion(); });
@@ -155,9 +198,29 @@ void LocalPaymentQueue::begin() const {
 LocalPaymentQueue::Transactions LocalPaymentQueue::transactions() const {
     attempt([&] { parts_->store->catchUp(); });
     const std::lock_guard lock(parts_->mutex);
+    return parts_->isReceiving && hasObservers() ? parts_->queued.ours() : parts_->queued.all();
+}
+
+LocalPaymentQueue::Transactions LocalPaymentQueue::takeWaiting() {
+    attempt([&] { parts_->store->catchUp(); });
+    const std::lock_guard lock(parts_->mutex);
     // Somebody may have arrived who can answer.
     if (parts_->hasPromotions) post([](LocalPaymentQueue& self) { self.askAboutPromotion(); });
-    return parts_->queued.all();
+    if (!hasObservers()) return {};
+    const auto fresh = claimWaiting([](std::int64_t) { return true; });
+    // Those who are here already get it as a batch, and who arrives now gets that batch too.
+    if (std::exchange(parts_->isReceiving, true)) postUpdated(parts_->queued.ours(fresh));
+    return parts_->queued.ours();
+}
+
+std::set<std::string> LocalPaymentQueue::undelivered() const {
+    const std::lock_guard lock(parts_->mutex);
+    return hasObservers() ? parts_->queued.undelivered() : std::set<std::string>();
+}
+
+void LocalPaymentQueue::willDeliver(const Transactions& batch) {
+    const std::lock_guard lock(parts_->mutex);
+    parts_->queued.noteDelivered(batch);
 }
 
 // Lets happen what is due, and wakes up for what comes next.
@@ -179,6 +242,7 @@ void LocalPaymentQueue::askAboutPromotion() {
     std::optional<std::string> chosen;
     if (!hasObservers() || !attempt([&] { chosen = parts_->store->promotion(); }) || !chosen) return;
     const std::lock_guard lock(parts_->mutex);
+    if (!parts_->store->claim(promotions)) return watchOthers();
     if (std::exchange(parts_->isAsking, true)) return;
     const auto& catalogue = parts_->store->catalogue();
     const auto* const product = catalogue.product(*chosen);

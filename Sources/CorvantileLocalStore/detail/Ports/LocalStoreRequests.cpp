@@ -1,6 +1,7 @@
 #include "CorvantileLocalStore/detail/Ports/LocalStoreRequests.hpp"
 
 #include "CorvantileLocalStore/LocalStore.hpp"
+#include "CorvantileLocalStore/detail/Ports/LocalPaymentQueue.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 
 #include <utility>
@@ -24,7 +25,9 @@ void complete(const Ask& ask, const Completion& completion) {
 
 } // namespace
 
-LocalStoreRequests::LocalStoreRequests(std::shared_ptr<LocalStore> store) : store_(std::move(store)) {}
+LocalStoreRequests::LocalStoreRequests(std::shared_ptr<LocalStore> store,
+                                       std::shared_ptr<const LocalPaymentQueue> queue)
+    : store_(std::move(store)), queue_(std::move(queue)) {}
 LocalStoreRequests::~LocalStoreRequests() = default;
 
 std::shared_ptr<PlatformRequest> LocalStoreRequests::products(const ProductIdentifiers& identifiers,
@@ -37,8 +40,15 @@ std::shared_ptr<PlatformRequest> LocalStoreRequests::products(const ProductIdent
 
 std::shared_ptr<PlatformRequest> LocalStoreRequests::receipt(std::shared_ptr<DispatchQueue> queue,
                                                              ReceiptCompletion completion) {
-    return postAnswer(*queue, [store = store_, completion = std::move(completion)] {
-        complete([&] { return store->receiptForApp(); }, completion);
+    std::optional<std::string> text;
+    std::exception_ptr error;
+    complete([&] { return store_->receiptForApp([this] { return queue_->undelivered(); }); },
+             [&](std::optional<std::string> answer, const std::exception_ptr& failure) {
+                 text = std::move(answer);
+                 error = failure;
+             });
+    return postAnswer(*queue, [text = std::move(text), error, completion = std::move(completion)] {
+        completion(text, error);
     });
 }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <set>
 #include <utility>
 
 namespace corvantile {
@@ -27,15 +26,16 @@ std::shared_ptr<SKPaymentTransaction> transactionOf(const StoreTransaction& reco
 QueuedTransactions::Difference QueuedTransactions::take(const LocalStore::News& news) {
     Difference difference;
     for (const auto& record : news.updated) update(record, difference);
-    for (const auto& record : news.removed)
-        if (auto gone = remove(record.number)) difference.removed.push_back(std::move(gone));
-    if (!news.isAll) return difference;
-    std::set<std::int64_t> left;
-    for (const auto& record : news.updated) left.insert(record.number);
-    std::vector<std::int64_t> finished;
-    for (const auto& [number, entry] : entries_)
-        if (!isUnwritten(number) && !left.contains(number)) finished.push_back(number);
-    for (const auto number : finished) difference.removed.push_back(remove(number));
+    for (const auto number : news.claimed) entries_.at(number).isOurs = true;
+    for (const auto& record : news.removed) difference.removedNumbers.insert(record.number);
+    if (news.isAll) {
+        Numbers left;
+        for (const auto& record : news.updated) left.insert(record.number);
+        for (const auto& [number, entry] : entries_)
+            if (!isUnwritten(number) && !left.contains(number)) difference.removedNumbers.insert(number);
+    }
+    for (const auto number : difference.removedNumbers)
+        if (auto gone = remove(number)) difference.removed.push_back(std::move(gone));
     return difference;
 }
 
@@ -43,16 +43,16 @@ void QueuedTransactions::update(const StoreTransaction& record, Difference& diff
     auto& entry = entries_[record.number];
     if (entry.transaction && entry.record == record) return;
     numbers_.erase(entry.transaction.get());
-    entry = {record, transactionOf(record)};
+    entry = {record, transactionOf(record), entry.isOurs};
     numbers_.emplace(entry.transaction.get(), record.number);
-    difference.updated.push_back(entry.transaction);
+    difference.updated.insert(record.number);
 }
 
 std::shared_ptr<SKPaymentTransaction> QueuedTransactions::addUnwritten(SKPaymentTransaction::Facts facts) {
     auto transaction = std::make_shared<SKPaymentTransaction>(std::move(facts));
     const auto number = nextUnwritten_++;
     numbers_.emplace(transaction.get(), number);
-    entries_.emplace(number, Entry{{}, transaction});
+    entries_.emplace(number, Entry{.record = {}, .transaction = transaction, .isOurs = true});
     return transaction;
 }
 
@@ -83,12 +83,54 @@ std::shared_ptr<SKPaymentTransaction> QueuedTransactions::remove(std::int64_t nu
     return transaction;
 }
 
-std::vector<std::int64_t> QueuedTransactions::purchasing() const {
-    std::vector<std::int64_t> numbers;
+QueuedTransactions::Numbers QueuedTransactions::claimAll(const Claim& claim) {
+    Numbers fresh;
+    for (auto& [number, entry] : entries_) {
+        if (entry.isOurs || !claim(number)) continue;
+        entry.isOurs = true;
+        fresh.insert(number);
+    }
+    return fresh;
+}
+
+QueuedTransactions::Transactions QueuedTransactions::ours() const {
+    Transactions found;
     for (const auto& [number, entry] : entries_)
-        if (entry.record.state == SKPaymentTransactionState::purchasing && !isUnwritten(number))
-            numbers.push_back(number);
-    return numbers;
+        if (entry.isOurs) found.push_back(entry.transaction);
+    return found;
+}
+
+QueuedTransactions::Transactions QueuedTransactions::ours(const Numbers& numbers) const {
+    Transactions found;
+    for (const auto number : numbers)
+        if (const auto& entry = entries_.at(number); entry.isOurs) found.push_back(entry.transaction);
+    return found;
+}
+
+bool QueuedTransactions::areAllOurs() const {
+    return std::all_of(entries_.begin(), entries_.end(),
+                       [](const auto& entry) { return entry.second.isOurs; });
+}
+
+void QueuedTransactions::noteDelivered(const Transactions& transactions) {
+    for (const auto& transaction : transactions)
+        if (const auto found = numbers_.find(transaction.get()); found != numbers_.end())
+            entries_.at(found->second).isDelivered = true;
+}
+
+std::set<std::string> QueuedTransactions::undelivered() const {
+    std::set<std::string> identifiers;
+    for (const auto& [number, entry] : entries_)
+        if (!entry.isDelivered && entry.record.identifier) identifiers.insert(*entry.record.identifier);
+    return identifiers;
+}
+
+QueuedTransactions::Numbers QueuedTransactions::purchasing(const Numbers& numbers) const {
+    Numbers found;
+    for (const auto number : numbers)
+        if (!isUnwritten(number) && entries_.at(number).record.state == SKPaymentTransactionState::purchasing)
+            found.insert(number);
+    return found;
 }
 
 } // namespace corvantile

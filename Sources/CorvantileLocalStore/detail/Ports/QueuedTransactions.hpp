@@ -4,11 +4,13 @@
 #include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
+#include <string>
 #include <unordered_map>
-#include <vector>
 
 namespace corvantile {
 
@@ -17,9 +19,12 @@ class QueuedTransactions {
 public:
     using Transactions = SKPaymentQueue::Transactions;
 
+    using Numbers = std::set<std::int64_t>;
+
     struct Difference {
-        Transactions updated{}; // a new object for each
+        Numbers updated{}; // a new object for each
         Transactions removed{};
+        Numbers removedNumbers{};
     };
 
     // What is different from what was known.
@@ -30,14 +35,28 @@ public:
 
     [[nodiscard]] Transactions all() const;
 
+    // Whose a transaction is: this process's, once `claim` has returned true for it, or perhaps another's.
+    using Claim = std::function<bool(std::int64_t number)>;
+    // Tries to claim each that is not ours, and returns those that are from now on.
+    Numbers claimAll(const Claim& claim);
+    [[nodiscard]] Transactions ours() const;
+    [[nodiscard]] bool areAllOurs() const;
+    // Those of them that are ours.
+    [[nodiscard]] Transactions ours(const Numbers& numbers) const;
+
+    // The observers of this process are given these.
+    void noteDelivered(const Transactions& transactions);
+    // The identifiers of those that they have not been given.
+    [[nodiscard]] std::set<std::string> undelivered() const;
+
     // nullopt when it does not wait any more.
     [[nodiscard]] std::optional<std::int64_t> number(const SKPaymentTransaction& transaction) const;
     // Of a transaction that the store knows nothing of.
     [[nodiscard]] static bool isUnwritten(std::int64_t number) { return number >= firstUnwritten; }
     std::shared_ptr<SKPaymentTransaction> remove(std::int64_t number);
 
-    // Payments that nobody has decided.
-    [[nodiscard]] std::vector<std::int64_t> purchasing() const;
+    // Those of them that nobody has decided.
+    [[nodiscard]] Numbers purchasing(const Numbers& numbers) const;
 
 private:
     static constexpr std::int64_t firstUnwritten = std::int64_t{1} << 62; // behind everything else
@@ -45,6 +64,8 @@ private:
     struct Entry {
         StoreTransaction record;
         std::shared_ptr<SKPaymentTransaction> transaction;
+        bool isOurs = false;
+        bool isDelivered = false; // as it stands now
     };
     void update(const StoreTransaction& record, Difference& difference);
 

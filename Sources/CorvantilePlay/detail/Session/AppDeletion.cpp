@@ -17,8 +17,9 @@ namespace fs = std::filesystem;
 // receipt is.
 constexpr std::string_view ofTheApp[] = {"user-defaults.sqlite", "outbox.sqlite", "vendor-identifier",
                                          "receipt"};
-constexpr std::string_view ofTheDevice[] = {"user-defaults.sqlite", "outbox.sqlite", "vendor-identifier",
-                                            "receipt", "store.sqlite"};
+constexpr std::string_view ofTheDevice[] = {
+    "user-defaults.sqlite", "outbox.sqlite",  "vendor-identifier", "receipt",
+    "store.sqlite",         "store-counters", "store-claims"};
 constexpr std::string_view ofTheKeychain[] = {"master.key", "vault.sqlite"};
 constexpr const char* keychainFolder = "keychain";
 
