@@ -113,4 +113,24 @@ TEST_F(StoreCommands, RefuseWhatTheStoreCannotDo) {
     });
 }
 
+TEST_F(StoreCommands, WarnOfConsumablesInTwoListsAtLaunch) {
+    const std::string app = shopApp;
+    const std::string consumables =
+        R"({"kind": "ConsumablePlugin", "configuration": {"consumableProductIDs": ["app.coins"]}},)";
+    auto recordsFirst = app, apart = app;
+    recordsFirst.replace(app.find(consumables), consumables.size(), "");
+    recordsFirst.insert(recordsFirst.find(R"({"kind": "IAPReceiptTrackingPlugin")"), consumables);
+    apart.replace(app.find(R"(, {"identifier": "app.coins"})"), 29, "");
+    const auto warnings = [&](const std::string& description) {
+        begin(description.c_str());
+        play({"launch"});
+        auto texts = takeTexts("host");
+        std::erase_if(texts, [](const auto& text) { return !text.starts_with("app.coins is in the lists"); });
+        return texts;
+    };
+    EXPECT_THAT(warnings(app), ElementsAre(HasSubstr("here no purchase of it is reported")));
+    EXPECT_THAT(warnings(recordsFirst), ElementsAre(HasSubstr("here its purchases are reported")));
+    EXPECT_THAT(warnings(apart), IsEmpty());
+}
+
 } // namespace corvantile::tool::StoreCommandsTest

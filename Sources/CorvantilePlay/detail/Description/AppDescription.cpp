@@ -163,6 +163,25 @@ const PlugInDescription* AppDescription::plugIn(std::string_view kind) const {
     return found == plugIns.end() ? nullptr : &*found;
 }
 
+std::vector<std::string> AppDescription::consumableWarnings() const {
+    const auto* const consumables = plugIn("ConsumablePlugin");
+    const auto* const records = plugIn("IAPReceiptPlugin");
+    if (consumables == nullptr || records == nullptr) return {};
+    const bool areRecordsFirst = records < consumables; // both lie in the list
+    std::vector<std::string> warnings;
+    const auto finished = consumables->configuration.texts("consumableProductIDs");
+    for (const auto& product : records->configuration.objects("products")) {
+        const auto identifier = product.text("identifier");
+        if (std::find(finished.begin(), finished.end(), identifier) == finished.end()) continue;
+        warnings.push_back(
+            identifier + " is in the lists of IAPReceiptPlugin and of ConsumablePlugin, which finishes it: " +
+            (areRecordsFirst ? "here its purchases are reported, since IAPReceiptPlugin comes first"
+                             : "here no purchase of it is reported, since ConsumablePlugin comes first") +
+            "; the phone promises no order");
+    }
+    return warnings;
+}
+
 std::vector<std::string> kindsOffering(const PlayRegistry& registry, std::string_view service) {
     std::vector<std::string> names;
     for (const auto& kind : registry.plugIns())

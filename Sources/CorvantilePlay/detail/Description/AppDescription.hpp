@@ -44,6 +44,8 @@ struct AppDescription {
     // The first plug-in of the kind, which is the one that others find; null without one.
     [[nodiscard]] const PlugInDescription* plugIn(std::string_view kind) const;
     [[nodiscard]] bool hasPlugIn(std::string_view kind) const { return plugIn(kind) != nullptr; }
+    // For each product that both ConsumablePlugin and IAPReceiptPlugin are to see, what comes of that.
+    [[nodiscard]] std::vector<std::string> consumableWarnings() const;
     // A catalogue is named, whatever is in it.
     [[nodiscard]] bool hasStore() const { return !store.catalogue.empty(); }
 };

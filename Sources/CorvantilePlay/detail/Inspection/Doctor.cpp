@@ -7,6 +7,7 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
 #include "CorvantilePlay/PlayRegistry.hpp"
+#include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
 #include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
 #include "CorvantilePlay/detail/Inspection/StoredValues.hpp"
@@ -87,8 +88,8 @@ private:
         for (const auto* const file :
              {"vendor-identifier", "vendor-identifier.copy", "user-defaults.sqlite",
               "user-defaults.sqlite-wal", "outbox.sqlite", "outbox.sqlite-wal", "store.sqlite",
-              "store.sqlite-wal", "receipt", "keychain", "keychain/master.key", "keychain/vault.sqlite",
-              "keychain/vault.sqlite-wal"})
+              "store.sqlite-wal", "store-counters", "store-claims", "receipt", "keychain",
+              "keychain/master.key", "keychain/vault.sqlite", "keychain/vault.sqlite-wal"})
             examineAccess(file, S_IRWXG | S_IRWXO, "go=");
         if (findings_.size() == faultsBefore) right("permissions", "nobody else gets in");
         for (const auto& folder : {state_.original(), state_.original() / "keychain"}) reportSetAside(folder);
@@ -262,6 +263,11 @@ ExitCode showHealth(const InspectOptions& options, const PlayRegistry& registry,
         output.show("check", fieldsOf(finding), textLine(finding));
         if (!finding.isRight) output.noteError(finding.what + ": " + finding.text);
     }
+    // An app that is named, or whose own folder this is.
+    if (options.state.empty() || !options.app.empty())
+        for (const auto& warning : readApp(options.app, registry).consumableWarnings())
+            output.show("check", fieldsOf({"consumables", true, warning}),
+                        visibleText("note   consumables: " + warning, 7));
     return output.end();
 }
 

@@ -93,6 +93,7 @@ void AppProcess::reportStart(const AppDescription& app) {
                       {"debug", Corvantile::debug()},
                       {"dryRun", Corvantile::dryRun()},
                       {"plugins", EventValue::List(names.begin(), names.end())}});
+    for (const auto& warning : app.consumableWarnings()) reporter_.report("host", "warning", warning);
 }
 
 // The framework's listener is registered first and called first: it knows the status before this reports it.
