@@ -1,0 +1,271 @@
+#include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
+#include "CorvantileDesktop/DesktopPlatform.hpp"
+#include "CorvantileLocalStore/LocalStore.hpp"
+#include "CorvantilePlatform/Adjust/ADJConfig.hpp"
+#include "CorvantilePlatform/Adjust/ADJEvent.hpp"
+#include "CorvantilePlatform/Application/UIDevice.hpp"
+#include "CorvantilePlatform/Foundation/NSError.hpp"
+#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
+#include "CorvantilePlatform/Keychain/Locksmith.hpp"
+#include "Tests/CorvantileDesktop/ChildProcess.hpp"
+#include "Tests/CorvantileDesktop/StoreFiles.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+// What damage to a state folder does to the next session: all is kept, or the loss is reported and a copy
+// kept.
+// `.ci/attack` sets CORVANTILE_ATTACK_ROUNDS; without it these tests are skipped.
+namespace corvantile::AttackTest {
+
+namespace fs = std::filesystem;
+
+constexpr const char* catalogue = R"({"version": {"major": 4, "minor": 0},
+    "products": [{"productID": "gold", "type": "Consumable", "displayPrice": "1"}]})";
+
+int rounds() {
+    const char* const asked = std::getenv("CORVANTILE_ATTACK_ROUNDS");
+    return asked == nullptr ? 0 : std::atoi(asked);
+}
+
+unsigned seed() {
+    const char* const asked = std::getenv("CORVANTILE_ATTACK_SEED");
+    return asked == nullptr ? 1 : static_cast<unsigned>(std::atoi(asked));
+}
+
+class Attack : public testing::Test {
+protected:
+    void SetUp() override {
+        if (rounds() == 0) GTEST_SKIP() << "CORVANTILE_ATTACK_ROUNDS says how long";
+        writeFile(home.path() / "shop.storekit", catalogue);
+    }
+
+    [[nodiscard]] DesktopOptions options(int descriptor) const {
+        return {.stateFolder = state,
+                .consoleDescriptor = descriptor,
+                .adjust = {.isOffline = true},
+                .store = {.catalogue = home.path() / "shop.storekit"}};
+    }
+
+    // Writes something to every file. What one port refuses, the others still take.
+    static void work(DesktopPlatform& platform, const std::string& name, int count) {
+        const auto& ports = platform.ports();
+        const auto attempt = [](auto act) {
+            try {
+                act();
+            } catch (const NSError&) { // reported by the port
+            }
+        };
+        auto config = ports.adjust->makeConfig("abcdefghijkl", ADJEnvironmentSandbox);
+        ports.adjust->launch(std::move(config));
+        for (int number = 0; number < count; ++number) {
+            const auto key = name + std::to_string(number);
+            attempt([&] { ports.keychain->save({{"key", key}}, key, "attack"); });
+            ports.userDefaults->setValue(key + std::string(300, '.'), key);
+            attempt([&] { platform.store().buyElsewhere("gold"); });
+            ports.adjust->trackEvent(ADJEvent("abcdef"));
+        }
+        static_cast<void>(ports.device->identifierForVendor());
+    }
+
+    using Contents = std::set<std::string>;
+    static Contents contents(DesktopPlatform& platform, const std::string& name, int count) {
+        Contents found;
+        const auto& ports = platform.ports();
+        for (int number = 0; number < count; ++number) {
+            const auto key = name + std::to_string(number);
+            if (ports.keychain->load(key, "attack")) found.insert("keychain " + key);
+            if (ports.userDefaults->valueForKey(key)) found.insert("defaults " + key);
+        }
+        try {
+            for (const auto& purchase : platform.store().purchases())
+                found.insert("purchase " + purchase.identifier);
+        } catch (const NSError&) { // reported by the store
+        }
+        for (const auto& package : platform.adjust().packages())
+            found.insert("package " + package.identifier);
+        found.insert("vendor " + ports.device->identifierForVendor().value_or(""));
+        return found;
+    }
+
+    // A session in a process of its own: what it printed, then a line for each thing that it found, then
+    // "end".
+    struct Session {
+        Contents found;
+        std::string console;
+        bool hasEnded = false;
+    };
+    Session session(const std::string& former, const std::string& own) const {
+        ChildProcess child([&](int out) {
+            Contents found;
+            {
+                DesktopPlatform platform(options(out));
+                found = contents(platform, former, 5);
+                work(platform, own, 2);
+                platform.runMainLoopFor(std::chrono::milliseconds(5));
+            }
+            std::string text;
+            for (const auto& thing : found) text += "\n=" + thing;
+            text += "\nend\n";
+            for (std::size_t at = 0; at < text.size();)
+                at += static_cast<std::size_t>(
+                    std::max<ssize_t>(::write(out, text.data() + at, text.size() - at), 0));
+        });
+        Session seen;
+        std::istringstream lines(child.readAll());
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with('='))
+                seen.found.insert(line.substr(1));
+            else if (line == "end")
+                seen.hasEnded = true;
+            else if (!line.empty() && !line.starts_with("Corvantile: Adjust"))
+                seen.console += line + "\n";
+        }
+        return seen;
+    }
+
+    [[nodiscard]] std::vector<fs::path> files() const {
+        std::vector<fs::path> found;
+        for (const auto& entry : fs::recursive_directory_iterator(state))
+            if (entry.is_regular_file()) found.push_back(fs::relative(entry.path(), state));
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+
+    void prepare() {
+        fs::remove_all(prepared);
+        fs::remove_all(state);
+        {
+            DesktopPlatform platform(options(console));
+            work(platform, "former", 5);
+            before = contents(platform, "former", 5);
+        }
+        fs::rename(state, prepared);
+    }
+    void restore() const {
+        fs::remove_all(state);
+        fs::copy(prepared, state, fs::copy_options::recursive);
+    }
+
+    // Everything is kept; or the console names what is lost, and a copy lies there.
+    void expectKeptOrReported(bool canKeepCopy) const {
+        const auto seen = session("former", "later");
+        EXPECT_TRUE(seen.hasEnded) << "the session has crashed: " << seen.console;
+        if (std::includes(seen.found.begin(), seen.found.end(), before.begin(), before.end())) return;
+        std::string lost;
+        for (const auto& thing : before)
+            if (!seen.found.contains(thing)) lost += thing + ", ";
+        EXPECT_NE(seen.console, "") << "lost without a word: " << lost;
+        if (!canKeepCopy) return;
+        bool isCopied = false;
+        for (const auto& entry : fs::recursive_directory_iterator(state))
+            isCopied |= entry.path().filename().string().find(".set-aside-") != std::string::npos;
+        EXPECT_TRUE(isCopied) << "no copy of what is lost: " << lost << "; printed: " << seen.console;
+    }
+
+    const TemporaryFolder home;
+    const fs::path state = home.path() / "state", prepared = home.path() / "prepared";
+    const int console = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    Contents before;
+};
+
+TEST_F(Attack, FlippedBytesAreSurvived) {
+    prepare();
+    restore();
+    const auto all = files();
+    std::mt19937 random(seed());
+    for (int round = 0; round < rounds(); ++round) {
+        const auto& file = all[random() % all.size()];
+        restore();
+        auto bytes = bytesOf(state / file);
+        if (bytes.empty()) continue;
+        const auto place = random() % bytes.size();
+        bytes[place] = static_cast<char>(bytes[place] ^ (1 << (random() % 8)));
+        SCOPED_TRACE(file.string() + ", byte " + std::to_string(place));
+        writeFile(state / file, bytes);
+        expectKeptOrReported(true);
+    }
+}
+
+TEST_F(Attack, DamagedFilesAreSurvived) {
+    prepare();
+    restore();
+    const auto all = files();
+    std::mt19937 random(seed());
+    const struct {
+        const char* what;
+        std::function<void(const fs::path& file)> damage;
+        bool canKeepCopy = true;
+        bool mustReport = true;
+    } damages[] = {
+        {"cut", [&](const fs::path& file) { fs::resize_file(file, random() % (fs::file_size(file) + 1)); }},
+        {"cut to nothing", [](const fs::path& file) { fs::resize_file(file, 0); }, false},
+        {"other text", [](const fs::path& file) { writeFile(file, "These are no records.\n"); }},
+        {"a page of zeros",
+         [](const fs::path& file) {
+             auto bytes = bytesOf(file);
+             writeFile(file, bytes.replace(bytes.size() / 2, 4096, 4096, '\0'));
+         }},
+        {"a folder", [](const fs::path& file) { fs::remove(file), fs::create_directories(file / "inside"); }},
+        {"a FIFO", [](const fs::path& file) { fs::remove(file), ::mkfifo(file.c_str(), 0600); }},
+        {"a link to nothing",
+         [](const fs::path& file) { fs::remove(file), fs::create_symlink("nowhere", file); }},
+        {"no rights", [](const fs::path& file) { fs::permissions(file, fs::perms::none); }},
+        // Nobody can tell a file that a person deleted from one that was never there.
+        {"deleted", [](const fs::path& file) { fs::remove(file); }, false, false},
+    };
+    int left = rounds();
+    for (const auto& [what, damage, canKeepCopy, mustReport] : damages)
+        for (const auto& file : all) {
+            if (left-- == 0) return;
+            restore();
+            SCOPED_TRACE(file.string() + ": " + what);
+            damage(state / file);
+            if (mustReport) {
+                expectKeptOrReported(canKeepCopy);
+            } else {
+                EXPECT_TRUE(session("former", "later").hasEnded);
+            }
+            EXPECT_TRUE(session("later", "last").found.contains("keychain later0"))
+                << "the state is no longer usable";
+        }
+}
+
+TEST_F(Attack, ProcessesAtOnceLoseNothing) {
+    for (int round = 0; round < rounds(); ++round) {
+        SCOPED_TRACE(round);
+        fs::remove_all(state);
+        const auto write = [&](const char* name) {
+            return [&, name](int) {
+                DesktopPlatform platform(options(console));
+                work(platform, name, 5);
+                static_cast<void>(platform.ports().userDefaults->synchronize());
+            };
+        };
+        {
+            ChildProcess one(write("one")), other(write("other"));
+            static_cast<void>(one.readAll() + other.readAll());
+        }
+        DesktopPlatform platform(options(console));
+        for (const auto* const name : {"one", "other"})
+            EXPECT_EQ(contents(platform, name, 5).size(), 5u + 5 + 10 + 12 + 1) << name;
+    }
+}
+
+} // namespace corvantile::AttackTest
