@@ -59,6 +59,7 @@ protected:
     [[nodiscard]] DesktopOptions options(int descriptor) const {
         return {.stateFolder = state,
                 .consoleDescriptor = descriptor,
+                .reportsUnreadableEntries = true,
                 .adjust = {.isOffline = true},
                 .store = {.catalogue = home.path() / "shop.storekit"}};
     }
@@ -99,7 +100,7 @@ protected:
         } catch (const NSError&) { // reported by the store
         }
         for (const auto& package : platform.adjust().packages())
-            found.insert("package " + package.identifier);
+            if (package.kind == PackageKind::event) found.insert("package " + package.identifier);
         found.insert("vendor " + ports.device->identifierForVendor().value_or(""));
         return found;
     }
@@ -134,7 +135,8 @@ protected:
                 seen.found.insert(line.substr(1));
             else if (line == "end")
                 seen.hasEnded = true;
-            else if (!line.empty() && !line.starts_with("Corvantile: Adjust"))
+            else if (!line.empty() && !line.starts_with("Corvantile: Adjust has queued") &&
+                     !line.starts_with("Corvantile: Adjust queues"))
                 seen.console += line + "\n";
         }
         return seen;
@@ -172,7 +174,11 @@ protected:
         for (const auto& thing : before)
             if (!seen.found.contains(thing)) lost += thing + ", ";
         EXPECT_NE(seen.console, "") << "lost without a word: " << lost;
-        if (!canKeepCopy) return;
+        // A single record that cannot be read stays where it is.
+        const bool isInPlace = seen.console.find("passes over a record") != std::string::npos ||
+                               seen.console.find("cannot be read") != std::string::npos ||
+                               seen.console.find("cannot be decrypted") != std::string::npos;
+        if (!canKeepCopy || isInPlace) return;
         bool isCopied = false;
         for (const auto& entry : fs::recursive_directory_iterator(state))
             isCopied |= entry.path().filename().string().find(".set-aside-") != std::string::npos;
@@ -242,7 +248,9 @@ TEST_F(Attack, DamagedFilesAreSurvived) {
             } else {
                 EXPECT_TRUE(session("former", "later").hasEnded);
             }
-            EXPECT_TRUE(session("later", "last").found.contains("keychain later0"))
+            // A keychain that cannot be opened is not replaced, and refuses what it is given.
+            const auto last = session("later", "last");
+            EXPECT_TRUE(last.hasEnded && (last.found.contains("keychain later0") || !last.console.empty()))
                 << "the state is no longer usable";
         }
 }
@@ -264,7 +272,7 @@ TEST_F(Attack, ProcessesAtOnceLoseNothing) {
         }
         DesktopPlatform platform(options(console));
         for (const auto* const name : {"one", "other"})
-            EXPECT_EQ(contents(platform, name, 5).size(), 5u + 5 + 10 + 12 + 1) << name;
+            EXPECT_EQ(contents(platform, name, 5).size(), 5u + 5 + 10 + 10 + 1) << name;
     }
 }
 
