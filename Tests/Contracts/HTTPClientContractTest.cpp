@@ -4,9 +4,7 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tests/Contracts/HTTPServers.hpp"
 #include "Tests/Contracts/Harness.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <atomic>
 #include <chrono>
@@ -20,8 +18,6 @@
 namespace corvantile::HTTPClientContractTest {
 
 using namespace std::chrono_literals;
-using testing::Contains;
-using testing::Pair;
 
 int codeOf(const std::exception_ptr& error) {
     if (!error) return 0;

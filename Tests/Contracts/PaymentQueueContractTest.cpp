@@ -3,9 +3,7 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
 #include "Tests/Contracts/StoreHarness.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
 #include <atomic>
@@ -19,8 +17,6 @@
 
 namespace corvantile::PaymentQueueContractTest {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Transactions = SKPaymentQueue::Transactions;
 using Reports = std::vector<std::string>;
 

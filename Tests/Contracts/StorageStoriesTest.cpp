@@ -11,18 +11,13 @@
 #include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
 #include "Tests/Contracts/Harness.hpp"
-
-#include <gmock/gmock.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <chrono>
 #include <memory>
 #include <optional>
 
 namespace corvantile::StorageStoriesTest {
-
-using testing::HasSubstr;
-using testing::Not;
-using testing::SizeIs;
 
 // What the stream replays.
 template <class T>

@@ -5,6 +5,7 @@
 #include "CorvantileTest/ScriptedAds.hpp"
 #include "CorvantileTest/ScriptedHTTP.hpp"
 #include "HostCore/detail/URLText.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <chrono>
@@ -12,9 +13,6 @@
 namespace corvantile::AdNetworkPluginTest {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
 
 constexpr const char* endpoint = "https://api-adservices.apple.com/api/v1/";
 

@@ -2,14 +2,10 @@
 #include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
 #include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantileTest/RecordingAdjust.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::AdjustTest {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::UnorderedElementsAre;
 
 class HostDelegate final : public AdjustDelegate {};
 

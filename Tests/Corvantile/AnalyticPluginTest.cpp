@@ -3,6 +3,7 @@
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 #include "Tests/Corvantile/RecordingAnalytics.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <functional>
@@ -11,11 +12,6 @@
 #include <utility>
 
 namespace corvantile::AnalyticPluginTest {
-
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 class LoudConsole final : public ConsoleComponent {};
 

@@ -1,15 +1,13 @@
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 
 #include "CorvantilePlatform/Foundation/Console.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <cmath>
 #include <limits>
 
 namespace corvantile::ConsoleComponentTest {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class Printing : public ProcessTest {
 protected:

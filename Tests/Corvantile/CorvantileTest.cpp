@@ -9,11 +9,10 @@
 #include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "HostCore/HostCore.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::CorvantileTest {
-
-using testing::Eq;
 
 class EmptyDelegate : public UIApplicationDelegate {};
 

@@ -9,6 +9,7 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantileTest/ScriptedRandom.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <chrono>
@@ -19,10 +20,6 @@
 namespace corvantile::DatabasePluginTest {
 
 using namespace std::chrono_literals;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 // A host's own store: holds the settings only, and takes nothing, of which it makes a note. What it throws is
 // no NSError.

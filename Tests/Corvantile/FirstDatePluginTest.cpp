@@ -5,6 +5,7 @@
 #include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantilePlatform/Keychain/KeychainError.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <chrono>
@@ -12,11 +13,6 @@
 namespace corvantile::FirstDatePluginTest {
 
 using namespace std::chrono_literals;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 constexpr const char* service = "com.example.app";
 constexpr Date noon = Date::fromUnixSeconds(1704196800.25); // 2024-01-02 12:00:00.250 UTC

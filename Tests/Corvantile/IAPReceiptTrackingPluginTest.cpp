@@ -6,14 +6,10 @@
 #include "CorvantileTest/ForEachSeed.hpp"
 #include "HostCore/HostCore.hpp"
 #include "Tests/Corvantile/PurchaseFakes.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::IAPReceiptTrackingPluginTest {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 using Delivery = IAPReceiptTrackingPlugin::Delivery;
 

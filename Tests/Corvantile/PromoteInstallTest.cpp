@@ -1,17 +1,13 @@
 #include "Corvantile/Config/PromoteInstall.hpp"
 
 #include "CorvantilePlatform/Foundation/NSError.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <cstdint>
 #include <string>
 #include <utility>
 
 namespace corvantile::PromoteInstallTest {
-
-using testing::HasSubstr;
 
 constexpr const char* texts =
     R"("appID": "1", "appName": "n", "messageTitle": "t", "messageBody": "b", "noButtonTitle": "no")";

@@ -5,6 +5,7 @@
 #include "Corvantile/Plugin/Database/Setting.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <limits>
@@ -12,9 +13,6 @@
 #include <vector>
 
 namespace corvantile::RecordStoreTest {
-
-using testing::Pair;
-using testing::UnorderedElementsAre;
 
 constexpr std::string_view key = "0123456789abcdef";
 constexpr std::string_view iv = "fedcba9876543210";

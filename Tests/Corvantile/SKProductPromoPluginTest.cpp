@@ -4,12 +4,11 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Store/SKProduct.hpp"
 #include "CorvantileTest/ScriptedStore.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::SKProductPromoPluginTest {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using State = SKPaymentTransactionState;
 
 class Promotion : public ProcessTest {

@@ -6,16 +6,12 @@
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantileTest/ForEachSeed.hpp"
 #include "CorvantileTest/ScriptedStore.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <functional>
 
 namespace corvantile::SKProductRequestPluginTest {
-
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 using Trace = std::vector<std::string>;
 

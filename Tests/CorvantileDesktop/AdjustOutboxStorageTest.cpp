@@ -2,6 +2,7 @@
 #include "Tests/CorvantileDesktop/AdjustOutboxFixture.hpp"
 #include "Tests/CorvantileDesktop/ChildProcess.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -12,10 +13,6 @@
 namespace corvantile::AdjustOutboxStorageTest {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 // Killed between the answer and its record, a package is sent once more, and no other is.
 TEST_F(AdjustOutbox, SendsEachPackageInOrderWhoeverIsKilledWhileDelivering) {

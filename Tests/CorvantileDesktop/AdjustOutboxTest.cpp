@@ -1,5 +1,6 @@
 #include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
 #include "Tests/CorvantileDesktop/AdjustOutboxFixture.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -10,10 +11,6 @@
 namespace corvantile::AdjustOutboxTest {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 ADJEvent paid(double amount, std::string currency) {
     ADJEvent event("paid01");

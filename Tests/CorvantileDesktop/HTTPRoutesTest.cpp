@@ -6,9 +6,7 @@
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
 #include "Tests/CorvantileDesktop/LoopbackServer.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <openssl/evp.h>
 #include <openssl/x509.h>
@@ -24,9 +22,6 @@
 namespace corvantile::HTTPRoutesTest {
 
 using namespace std::chrono_literals;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
 
 TEST(HTTPRoutes, LeadExactlyTheirOriginElsewhere) {
     HTTPRoutes routes;

@@ -3,9 +3,7 @@
 #include "Tests/CorvantileDesktop/FlushCount.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <filesystem>
 #include <functional>
@@ -19,9 +17,6 @@ namespace corvantile::SQLiteUserDefaultsTest {
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 class SQLiteUserDefaultsTest : public testing::Test {
 protected:

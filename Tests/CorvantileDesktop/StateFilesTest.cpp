@@ -5,9 +5,7 @@
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 #include "Tests/CorvantileDesktop/TextFiles.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <chrono>
 #include <cstddef>
@@ -27,11 +25,6 @@
 namespace corvantile::StateFilesTest {
 
 namespace fs = std::filesystem;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 using Damage = void (*)(const fs::path& file);
 

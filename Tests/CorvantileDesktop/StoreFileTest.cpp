@@ -8,9 +8,7 @@
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <cstdint>
 #include <filesystem>
@@ -22,8 +20,6 @@
 
 namespace corvantile::StoreFileTest {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 LocalStore openStore(const std::filesystem::path& folder, bool hasPast = false) {
     Catalogue catalogue;

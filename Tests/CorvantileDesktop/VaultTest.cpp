@@ -7,9 +7,7 @@
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <atomic>
 #include <cstdint>
@@ -29,11 +27,6 @@ namespace corvantile::VaultTest {
 namespace fs = std::filesystem;
 
 using namespace std::string_literals;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 constexpr const char* service = "com.example.app";
 constexpr auto privateFile = fs::perms::owner_read | fs::perms::owner_write;

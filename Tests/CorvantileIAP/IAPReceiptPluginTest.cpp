@@ -3,14 +3,10 @@
 #include "CorvantileIAP/InappHelper.hpp"
 #include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantileTest/ScriptedStore.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::IAPReceiptPluginTest {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 std::shared_ptr<SKProduct> product(const std::string& identifier) {
     return std::make_shared<SKProduct>(identifier, NSDecimalNumber(1), PriceLocale{});

@@ -1,9 +1,7 @@
 #include "CorvantileIAP/StoreReceipt.hpp"
 
 #include "CorvantilePlatform/Foundation/NSError.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <cmath>
 #include <cstdint>
@@ -14,12 +12,7 @@
 
 namespace corvantile::StoreReceiptTest {
 
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Property;
-using testing::StartsWith;
 using testing::Throws;
 
 constexpr Date invalid = DecodingDefaults::invalidDate;

@@ -8,9 +8,7 @@
 #include "CorvantileTest/TestDevice.hpp"
 #include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <memory>
 #include <string>
@@ -19,8 +17,6 @@
 namespace corvantile::LocalPaymentQueueTest {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class Listener final : public SKPaymentTransactionObserver {
 public:

@@ -1,7 +1,5 @@
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -9,8 +7,6 @@
 
 namespace corvantile::StorePurchaseTest {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using State = SKPaymentTransactionState;
 
 class StorePurchases : public testing::Test {

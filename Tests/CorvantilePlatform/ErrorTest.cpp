@@ -1,8 +1,6 @@
 #include "CorvantilePlatform/FatalError.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <exception>
 #include <stdexcept>
@@ -10,8 +8,6 @@
 #include <string_view>
 
 namespace corvantile::ErrorTest {
-
-using testing::Eq;
 
 TEST(NSError, HasATextForPeopleAndDescribesDomainCodeTextAndUserInfo) {
     const NSError described("SKErrorDomain", 2,

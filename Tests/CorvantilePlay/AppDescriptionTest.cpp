@@ -1,14 +1,11 @@
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
-
-#include <gmock/gmock.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <string>
 
 namespace corvantile::tool::AppDescriptionTest {
-
-using testing::HasSubstr;
 
 // What is said about an app.json of this text; empty when nothing is wrong with it.
 std::string complaint(const std::string& text) {

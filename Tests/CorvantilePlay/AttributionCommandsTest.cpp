@@ -4,6 +4,7 @@
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
 #include <array>
@@ -16,13 +17,7 @@
 
 namespace corvantile::tool::AttributionCommandsTest {
 
-using testing::AllOf;
 using testing::AnyOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 // Offline, so that a test decides when its packages leave.
 std::string appWith(const std::string& members) {

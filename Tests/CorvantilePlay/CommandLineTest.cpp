@@ -2,8 +2,7 @@
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
 #include "Tests/CorvantilePlay/ToolRun.hpp"
-
-#include <gmock/gmock.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <csignal>
 #include <fstream>
@@ -12,12 +11,6 @@
 #include <utility>
 
 namespace corvantile::tool::CommandLineTest {
-
-using testing::AllOf;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 // Without what differs from moment to moment and from machine to machine.
 std::string normalised(std::string output) {

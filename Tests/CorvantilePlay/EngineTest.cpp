@@ -1,12 +1,8 @@
 #include "CorvantilePlatform/Platform.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::EngineTest {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 // An app with a console and a recording sink, neither of which is registered at launch.
 constexpr const char* sampleApp = R"({

@@ -1,13 +1,10 @@
 #include "Tests/CorvantilePlay/GoldenState.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::GoldenStateTest {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsSupersetOf;
-using testing::Not;
-using testing::StartsWith;
 
 class GoldenState : public EngineFixture {
 protected:

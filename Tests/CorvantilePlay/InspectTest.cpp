@@ -9,8 +9,7 @@
 #include "CorvantilePlay/detail/Output/Consoles.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
-
-#include <gmock/gmock.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <functional>
 #include <map>
@@ -22,7 +21,6 @@
 namespace corvantile::tool::InspectTest {
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
 
 constexpr const char* settingName = "appconfig_Setting_2F7B6BDA-AEED-4BA3-9DFE-0C3AEDDFC5CB";
 constexpr const char* keyAccount = "realm_encryption_key";

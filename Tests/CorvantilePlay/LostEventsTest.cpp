@@ -1,17 +1,11 @@
 #include "CorvantilePlay/detail/Session/MarkedTransactions.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <thread>
 
 namespace corvantile::tool::LostEventsTest {
-
-using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 // An app that sells, and whose sinks are registered by command: what a host forgets.
 constexpr const char* forgetfulApp = R"({

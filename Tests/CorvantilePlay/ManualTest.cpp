@@ -2,9 +2,9 @@
 #include "CorvantilePlay/detail/CommandLine/Completion.hpp"
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <CLI/CLI.hpp>
-#include <gmock/gmock.h>
 
 #include <array>
 #include <cstdio>
@@ -14,11 +14,6 @@
 #include <string>
 
 namespace corvantile::tool::ManualTest {
-
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 // What a line prints in the shell, standard error too.
 std::string printedBy(const std::string& line) {

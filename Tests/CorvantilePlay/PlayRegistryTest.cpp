@@ -8,8 +8,7 @@
 #include "CorvantileReactive/DisposeBag.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
-
-#include <gmock/gmock.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <memory>
 #include <string>
@@ -17,9 +16,6 @@
 
 namespace corvantile::tool::PlayRegistryTest {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsSupersetOf;
 
 class GreeterPluggable : public virtual PluggableApplicationDelegateService {

@@ -1,7 +1,6 @@
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
 #include "Tests/CorvantilePlay/ToolRun.hpp"
-
-#include <gmock/gmock.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <array>
 #include <chrono>
@@ -16,8 +15,6 @@
 
 namespace corvantile::tool::PromptTest {
 
-using testing::HasSubstr;
-using testing::Not;
 using namespace std::chrono_literals;
 
 // The tool on a terminal of its own.

@@ -4,9 +4,7 @@
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 #include "CorvantilePlay/detail/Proof/PurchaseScenario.hpp"
 #include "CorvantilePlay/detail/Proof/ScenarioPlay.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
 #include <fstream>
@@ -15,10 +13,6 @@
 
 // A proof that finds nothing must be able to find something.
 namespace corvantile::tool::ProofVerdictTest {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 class ProofVerdictTest : public testing::Test {
 protected:

@@ -5,15 +5,12 @@
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
-
-#include <gmock/gmock.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <sstream>
 #include <string>
 
 namespace corvantile::tool::ReceiptsTest {
-
-using testing::HasSubstr;
 
 // Transactions in no order: a trial of 2023-12-30, its conversion, a renewal that is over and one that is
 // not, a purchase for good, and one of a product that nobody sells.

@@ -1,12 +1,8 @@
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::StorageCommandsTest {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 constexpr const char* goldenApp = R"({
     "bundleIdentifier": "com.example.golden",

@@ -1,13 +1,8 @@
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::StoreCommandsTest {
-
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 constexpr const char* shopApp = R"({
     "bundleIdentifier": "com.example.app",

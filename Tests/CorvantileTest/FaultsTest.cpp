@@ -2,17 +2,13 @@
 #include "CorvantileTest/RecordingConsole.hpp"
 #include "CorvantileTest/TestDevice.hpp"
 #include "CorvantileTest/TestPlatform.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <memory>
 #include <string>
 
 // What a test can do to the device under an app.
 namespace corvantile::FaultsTest {
-
-using testing::ElementsAre;
 
 using Dictionary = NSUserDefaults::Dictionary;
 

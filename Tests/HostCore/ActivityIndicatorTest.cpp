@@ -4,6 +4,7 @@
 #include "CorvantileReactive/Factories.hpp"
 #include "CorvantileReactive/PublishSubject.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <memory>
@@ -13,9 +14,6 @@
 #include <vector>
 
 namespace corvantile::ActivityIndicatorTest {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class Activity : public ProcessTest {
 protected:

@@ -2,6 +2,7 @@
 
 #include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <functional>
@@ -13,7 +14,6 @@
 
 namespace corvantile::PluggableApplicationDelegateTest {
 
-using testing::ElementsAre;
 using Journal = std::vector<std::string>;
 using Error = const std::exception_ptr&;
 using Bytes = const std::vector<std::uint8_t>&;
