@@ -27,13 +27,6 @@ public:
         platform_.reset();
         platform_ = std::make_unique<DesktopPlatform>(prepare(folder_.path()));
     }
-    // Takes away what goes with the app; the keychain stays.
-    void reinstall() {
-        platform_.reset();
-        for (const auto& entry : std::filesystem::directory_iterator(folder_.path() / "state"))
-            if (entry.path().filename() != "keychain") std::filesystem::remove_all(entry);
-        relaunch();
-    }
     [[nodiscard]] std::unique_ptr<Platform> launchAnother() {
         return std::make_unique<DesktopPlatform>(prepare(folder_.path()));
     }

@@ -21,7 +21,6 @@ public:
     [[nodiscard]] Platform& platform() { return *platform_; }
     [[nodiscard]] bool runUntil(const std::function<bool()>& done) { return platform_->runUntil(done); }
     void relaunch() { platform_ = TestPlatform::relaunch(std::move(platform_)); }
-    void reinstall() { platform_ = TestPlatform::reinstall(std::move(platform_)); }
     [[nodiscard]] std::unique_ptr<Platform> launchAnother() {
         return TestPlatform::launch(device_, options_);
     }

@@ -79,7 +79,6 @@ TEST_F(Events, HaveAConnectionStatusAmongParametersThatAreThere) {
 TEST_F(Events, DefaultEventsHaveTheirNamesAndParameters) {
     const auto err =
         std::make_exception_ptr(NSError("keychain", -25299, {{"NSLocalizedDescription", "Duplicate."}}));
-    const NSDecimalNumber one(1);
     const struct {
         DefaultEvent event;
         std::string name;
@@ -88,15 +87,10 @@ TEST_F(Events, DefaultEventsHaveTheirNamesAndParameters) {
         {DefaultEvent::locksmithUpdateFirstdate(err),
          "locksmith_update_firstdate",
          {{{"error", "Duplicate."}}}},
-        {DefaultEvent::totalSubscription(one, "USD"),
-         "total_subscription",
-         {{{"value", one}, {"currency", "USD"}}}},
-        {DefaultEvent::gracePeriodEnter("p.1"), "enter_grace_period", {{{"value", "p.1"}}}},
         {DefaultEvent::manageSubscription(), "manage_subscription", {}},
         {DefaultEvent::store(), "store", {}},
         {DefaultEvent::directStore(), "direct_store", {}},
         {DefaultEvent::directStoreClick(), "direct_store_click", {}},
-        {DefaultEvent::ostrelValidatedInAppPurchase(), "ostrel_in_app_purchase", {}},
     };
     for (const auto& [known, name, params] : cases) {
         auto event = known.event();

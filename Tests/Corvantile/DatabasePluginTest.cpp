@@ -105,6 +105,25 @@ TEST_F(Storage, LoadsDefaultsExactlyASecondAfterLaunchAndThenResetsOnceAsAskedBe
                 ElementsAre("appconfig_Application_" + id, "appconfig_Setting_" + id, "appconfig_uuidKey"));
 }
 
+TEST_F(Storage, KeepsRecordsEncryptedUntilAReinstallAndTheirKeyBeyondIt) {
+    launchAndLoad();
+    database_->update({{}, true, false});
+    database_->resetApplication();
+    const auto stamped = news().back();
+    for (const auto& [name, value] : device_.defaults().values())
+        EXPECT_THAT(std::get<std::string>(value), Not(HasSubstr("\""))) << name;
+    EXPECT_THAT(launchAndLoad(), ElementsAre(stamped, "setting quiet", "loaded"));
+
+    const auto entries = device_.keychain().entries();
+    const auto identifier = device_.vendorIdentifier();
+    preference_.reset(), database_.reset(); // no plug-in outlives its process
+    platform_ = TestPlatform::reinstall(std::move(platform_));
+    EXPECT_THAT(launchAndLoad(), ElementsAre(never_, "setting review", "loaded"));
+    EXPECT_THAT(storedKeys(), SizeIs(3)); // nothing of the user before
+    EXPECT_EQ(device_.keychain().entries(), entries);
+    EXPECT_NE(device_.vendorIdentifier(), identifier);
+}
+
 TEST_F(Storage, StandsADefaultInForARecordThatCannotBeRead) {
     launchAndLoad();
     device_.defaults().set("appconfig_Application_" + *device_.vendorIdentifier(), "damaged");

@@ -20,7 +20,6 @@
 
 namespace corvantile::StoreFileTest {
 
-
 LocalStore openStore(const std::filesystem::path& folder, bool hasPast = false) {
     Catalogue catalogue;
     catalogue.add({.identifier = "gold", .price = NSDecimalNumber(1)});
