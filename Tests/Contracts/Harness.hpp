@@ -21,9 +21,9 @@ namespace corvantile {
 // A harness launches ContractApp on its platform. It offers `Platform& platform()` and
 // `bool runUntil(const std::function<bool()>& done)`, which runs the main thread's work and answers false
 // when `done` is still false after ten seconds of the platform's time; `relaunch()` in the same place;
-// `launchAnother()`, a second process beside the first, which it must not outlive, and `runUntil(other, done)`
-// for that one; `store()`, a local one that sells "gold" and "silver"; and `setKeychainLocked(bool)`. Its end
-// is the process's.
+// `launchAnother()`, a second process beside the first, which it must not outlive, and `runUntil(other,
+// done)` for that one; `store()`, a local one that sells "gold" and "silver"; and `setKeychainLocked(bool)`.
+// Its end is the process's.
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
 using Harnesses = testing::Types<TestHarness, DesktopHarness>;
 #else

@@ -23,13 +23,14 @@ namespace corvantile::StoreFileTest {
 LocalStore openStore(const std::filesystem::path& folder, bool hasPast = false) {
     Catalogue catalogue;
     catalogue.add({.identifier = "gold", .price = NSDecimalNumber(1)});
-    return LocalStore(
-        {.catalogue = std::move(catalogue),
-         .clock = std::make_shared<SystemClock>(),
-         .storage = std::make_shared<StoreFile>(StoreFileOptions{.file = folder / "store.sqlite",
-                                                                 .console = {},
-                                                                 .inBackground = [](const auto&) {},
-                                                                 .hasPast = hasPast})});
+    auto storage = std::make_shared<StoreFile>(StoreFileOptions{.file = folder / "store.sqlite",
+                                                                .console = {},
+                                                                .inBackground = [](const auto&) {},
+                                                                .hasPast = hasPast});
+    storage->beginCounters();
+    return LocalStore({.catalogue = std::move(catalogue),
+                       .clock = std::make_shared<SystemClock>(),
+                       .storage = std::move(storage)});
 }
 
 // The keychain's markers of what a lost store had sold would silence purchases of the same numbers.
@@ -95,6 +96,21 @@ TEST(StoreFiles, ThatAreBegunAnewUseNoNumberTwice) {
     }
     std::filesystem::remove_all(folder.path());
     EXPECT_FALSE(isFromTheStart(true));
+}
+
+// An app that used its keychain and ended before it bought anything has lost no purchases.
+TEST(StoreFiles, ThatHaveSoldNothingBeginWithTheFirstNumber) {
+    for (const bool hasBeenOpened : {false, true}) {
+        const TemporaryFolder folder;
+        const auto state = folder.path() / "state"; // not made yet
+        {
+            auto opened = openStore(state);
+            if (hasBeenOpened) opened.setClockRate(2); // a commit that uses no number
+        }
+        auto opened = openStore(state, true);
+        opened.buyElsewhere("gold");
+        EXPECT_EQ(opened.purchases().front().identifier, "200000000000001");
+    }
 }
 
 TEST(StoreFiles, AreSharedByProcessesThatBuyAtOnceAndSeeEachOthersPurchases) {

@@ -45,7 +45,12 @@ std::optional<Counters> CounterFile::read() const {
     return isWhole ? std::optional(counters) : std::nullopt;
 }
 
+void CounterFile::begin() {
+    if (makePrivateFolder(file_.parent_path())) static_cast<void>(writeNewFile(file_, textOf({})));
+}
+
 void CounterFile::keep(const Counters& next) {
+    if (!isBehind({}, next)) return; // none is used
     if (!kept_) kept_ = read();
     if (kept_ && !isBehind(*kept_, next)) return;
     if (const auto current = read(); current && !isBehind(*current, next)) { // another process was here

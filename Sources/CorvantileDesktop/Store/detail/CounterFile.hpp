@@ -17,6 +17,8 @@ public:
 
     // nullopt where there is none that can be read.
     [[nodiscard]] std::optional<StoreStorage::Counters> read() const;
+    // For a store that has none yet, and that was never there before: it has used no number.
+    void begin();
     // Returns once `next` and what comes before it is kept. Errors: none; where the file cannot be written,
     // one that cannot be used is moved aside, and the next call tries again.
     void keep(const StoreStorage::Counters& next);

@@ -102,6 +102,12 @@ StoreFile::StoreFile(StoreFileOptions options)
 
 StoreFile::~StoreFile() = default;
 
+void StoreFile::beginCounters() {
+    std::error_code error;
+    if (!hasPast_ && !std::filesystem::exists(file_, error) && quarantinedFiles(file_).empty())
+        counters_.begin();
+}
+
 void StoreFile::open() {
     connection_.reset();
     auto opened = openOrBeginState(file_, format, nullptr, isDoubtful_);

@@ -34,6 +34,9 @@ public:
     explicit StoreFile(StoreFileOptions options);
     ~StoreFile() override;
 
+    // Notes that no number is used yet, unless there was a store before. To be called before anything else
+    // is saved in the folder: what is there later counts as a past.
+    void beginCounters();
     [[nodiscard]] Rows load() override;
     [[nodiscard]] bool hasChangedElsewhere() override;
     [[nodiscard]] bool commit(const Changes& changes, const Claims& claimed) override;

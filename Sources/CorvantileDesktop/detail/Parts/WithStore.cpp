@@ -41,11 +41,13 @@ std::shared_ptr<StoreStorage> storageIn(const DesktopOptions& options, const Por
     // Looked for now, before this launch makes one. The markers of purchases may be in it.
     std::error_code error;
     const bool hasKeychain = std::filesystem::exists(inState(options, "keychain") / "vault.sqlite", error);
-    return std::make_shared<StoreFile>(
+    const auto storage = std::make_shared<StoreFile>(
         StoreFileOptions{.file = std::move(file),
                          .console = made.console,
                          .inBackground = inBackground(*made.queues, "corvantile.store"),
                          .hasPast = hasKeychain});
+    storage->beginCounters();
+    return storage;
 }
 
 std::shared_ptr<LocalStore> makeStore(const DesktopOptions& options, const Ports& made) {
