@@ -210,6 +210,27 @@ TEST_F(IAPReceiptTracking, SavesNoEventsForARecordThatSendsNoneNorInADryRun) {
     EXPECT_THAT(device_.defaults().values(), IsEmpty());
 }
 
+TEST_F(IAPReceiptTracking, SendsAValidatedPurchaseAgainIfAProcessEndedOverItAndTheHostReportsIt) {
+    {
+        Host ended(device_, 0, Date{0}, true);
+        device_.keychain().denyNextUpdate();
+        ended.plugin->trackValidatedPurchase("pro", std::nullopt);
+        EXPECT_EQ(ended.send({aTrial}).size(), 1u);
+    }
+    Host next(device_, 0, Date{0}, true);
+    next.activate();
+    EXPECT_THAT(next.idle(), IsEmpty());
+    const auto validate = [&] {
+        next.plugin->trackValidatedPurchase("pro", EventParameters{{"shown", 1}});
+        return next.send({aTrial});
+    };
+    next.resign();
+    EXPECT_THAT(validate(), ElementsAre("ostrel_in_app_purchase shown=1"));
+    EXPECT_THAT(validate(), IsEmpty());
+    EXPECT_THAT(device_.keychain().entries(), ElementsAre(marker("validated_1")));
+    EXPECT_THAT(device_.defaults().values(), IsEmpty());
+}
+
 TEST_F(IAPReceiptTracking, LeavesPendingEventsThatItCannotReadToALaterVersion) {
     endWhileSending(device_, aTrial);
     const auto entry = device_.keychain().entries().at(0).dictionary;

@@ -24,14 +24,15 @@ protected:
         for (std::string line; std::getline(stream, line);) lines.push_back(line);
     }
 
-    ProofVerdict verdictOn(const std::vector<std::string>& gone, const std::vector<std::string>& more) const {
+    ProofVerdict verdictOn(const std::vector<std::string>& gone, const std::vector<std::string>& more,
+                           bool atLeastOnce = false) const {
         auto left = lines;
         for (const auto& line : gone) left.erase(std::find(left.begin(), left.end(), line));
         left.insert(left.end(), more.begin(), more.end());
         std::ofstream stream(file);
         for (const auto& line : left) stream << line << '\n';
         stream.close();
-        return judge(folder.path());
+        return judge(folder.path(), atLeastOnce);
     }
 
     const TemporaryFolder folder;
@@ -72,10 +73,46 @@ TEST_F(ProofVerdictTest, AllowsTheLossOfOneTransactionAndNothingElse) {
     }
 }
 
-TEST_F(ProofVerdictTest, MissesAMarker) {
+TEST_F(ProofVerdictTest, AllowsTheRepetitionOfOneTransactionUnderTheSecondPromise) {
+    const std::string total = "event total_subscription", first = "event subscribe_gems";
+    const std::string conversion = "event trial_conversion_pro", report = "subscription 200000000000006";
+    const struct {
+        std::vector<std::string> gone, more;
+        const char* fault; // a part of it; empty: none
+    } cases[] = {
+        {{}, {}, ""},
+        {{}, {conversion, report}, ""},
+        {{}, {first, total}, ""},
+        {{}, {first}, ""},
+        {{conversion}, {}, "trial_conversion_pro never came"},
+        {{total}, {}, "total_subscription never came"},
+        {{}, {conversion, conversion}, "trial_conversion_pro is there too often"},
+        {{}, {total}, "total_subscription is there too often"}, // alone
+        {{}, {conversion, total}, "total_subscription is there too often"},
+        {{}, {conversion, first}, "the events of 2 transactions"},
+        {{}, {"event unheard_of"}, "unheard_of is there too often"},
+    };
+    for (const auto& [gone, more, fault] : cases) {
+        SCOPED_TRACE(testing::PrintToString(gone) + testing::PrintToString(more));
+        const auto verdict = verdictOn(gone, more, true);
+        EXPECT_EQ(verdict.lost.empty(), gone.empty());
+        if (*fault == '\0') {
+            EXPECT_EQ(verdict.repeated.size(), more.size());
+            EXPECT_THAT(verdict.faults, IsEmpty());
+        } else {
+            EXPECT_THAT(verdict.faults, ElementsAre(HasSubstr(fault)));
+        }
+    }
+}
+
+TEST_F(ProofVerdictTest, MissesAMarkerAndFindsAPendingOne) {
     Vault({.folder = stateIn(folder.path()) / "keychain"}).remove("200000000000011", scenarioBundle);
 
     EXPECT_THAT(verdictOn({}, {}).faults, ElementsAre(HasSubstr("marker 200000000000011")));
+
+    Vault({.folder = stateIn(folder.path()) / "keychain"})
+        .save({{"200000000000011", true}, {"events", "{}"}}, "200000000000011", scenarioBundle);
+    EXPECT_THAT(verdictOn({}, {}, true).faults, ElementsAre(HasSubstr("marker 200000000000011")));
 }
 
 } // namespace corvantile::tool::ProofVerdictTest

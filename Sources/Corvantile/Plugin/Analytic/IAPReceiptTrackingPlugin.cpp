@@ -218,6 +218,12 @@ void IAPReceiptTrackingPlugin::reportGracePeriods(const std::vector<RenewalInfo>
     }
 }
 
+bool IAPReceiptTrackingPlugin::claimValidated(const std::string& key) const {
+    if (!pending_ || Corvantile::dryRun()) return claim(key);
+    if (isMarked(key)) return false;
+    return isPending(key) ? pending_->takeOver(key) : isWritten([&] { pending_->saveValidated(key); });
+}
+
 void IAPReceiptTrackingPlugin::reportValidated(const Categories& prepared, const std::string& productID,
                                                const std::optional<EventParameters>& params,
                                                AnalyticPluggable& analytics) const {
@@ -226,8 +232,12 @@ void IAPReceiptTrackingPlugin::reportValidated(const Categories& prepared, const
         if (category.product->productIdentifier() != productID) continue;
         const auto& records = category.receipts;
         const auto first = std::find_if(records.begin(), records.end(), isFirstPurchase);
-        if (first == records.end() || !claim("validated_" + std::to_string(first->transactionID))) continue;
+        if (first == records.end()) continue;
+        const auto key =
+            std::string(PendingPurchases::validatedMarker).append(std::to_string(first->transactionID));
+        if (!claimValidated(key)) continue;
         analytics.track(params ? AnalyticEvent(event.name, *params) : event);
+        if (pending_ && !Corvantile::dryRun()) isWritten([&] { pending_->settle(key); });
     }
 }
 

@@ -41,7 +41,7 @@ public:
     IAPReceiptTrackingPlugin();
     // At least once, each marker is saved together with what was decided, and replaced by the plain marker
     // after the last sink has the last event. What an earlier process has left is sent first at an
-    // activation, inside the call. Validated purchases stay at most once.
+    // activation, inside the call; a validated purchase when the host reports it again.
     explicit IAPReceiptTrackingPlugin(Delivery delivery);
     ~IAPReceiptTrackingPlugin() override;
 
@@ -61,6 +61,7 @@ private:
     void reportSafely(const PurchaseDecision& decision, AnalyticPluggable& analytics) const;
     void reportRecords(const Categories& prepared, AnalyticPluggable& analytics) const;
     void reportGracePeriods(const std::vector<RenewalInfo>& renewals, AnalyticPluggable& analytics) const;
+    [[nodiscard]] bool claimValidated(const std::string& key) const;
     void reportValidated(const Categories& prepared, const std::string& productID,
                          const std::optional<EventParameters>& params, AnalyticPluggable& analytics) const;
     static void send(const PurchaseDecision& decision, AnalyticPluggable& analytics);

@@ -117,6 +117,8 @@ void addProve(CLI::App& app, Call& call) {
     auto* const command =
         app.add_subcommand("prove", "Kill an app at each moment of its purchases, and show what that loses");
     command->add_flag("--short", call.prove.isShort, "At every third moment only");
+    command->add_flag("--at-least-once", call.prove.atLeastOnce,
+                      "Of an app that chose the promise to lose no event, and may send some twice");
     command->add_flag("--json", call.prove.json, jsonHelp);
     command->footer(
         "Exit codes: 0 the promises of purchase analytics hold, 1 one is broken, 3 standard output cannot "
@@ -130,6 +132,7 @@ void addProve(CLI::App& app, Call& call) {
     process->add_option("--catalogue", call.scenario.catalogue)->required();
     process->add_option("--kill", call.scenario.kill);
     process->add_option("--moments", call.scenario.moments);
+    process->add_flag("--at-least-once", call.scenario.atLeastOnce);
     process->callback([&call] { call.run = [&call] { return playScenario(call.scenario); }; });
 }
 

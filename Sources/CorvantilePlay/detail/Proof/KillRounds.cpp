@@ -82,12 +82,6 @@ std::string whatItSaid(const fs::path& folder) {
     return text.empty() ? "" : ": " + text;
 }
 
-// The verdict on a folder whose process has ended by itself.
-ProofVerdict verdictOn(const fs::path& folder, const ProcessEnd& end) {
-    if (end.exitCode == 0) return judge(folder);
-    return {.faults = {"the scenario did not settle" + whatItSaid(folder)}};
-}
-
 } // namespace
 
 struct KillRounds::Running {
@@ -95,7 +89,8 @@ struct KillRounds::Running {
     bool isSettling = false;
 };
 
-KillRounds::KillRounds(fs::path folder) : folder_(std::move(folder)) {
+KillRounds::KillRounds(fs::path folder, bool atLeastOnce)
+    : folder_(std::move(folder)), atLeastOnce_(atLeastOnce) {
     std::ofstream(folder_ / "catalogue.storekit") << scenarioCatalogue();
 }
 
@@ -103,8 +98,16 @@ fs::path KillRounds::folderOf(const KillRound& round) const { return folder_ / s
 
 std::vector<std::string> KillRounds::arguments(const fs::path& folder) const {
     fs::create_directory(folder);
-    return {"prove-process", "--folder", folder.string(), "--catalogue",
-            (folder_ / "catalogue.storekit").string()};
+    std::vector<std::string> made{"prove-process", "--folder", folder.string(), "--catalogue",
+                                  (folder_ / "catalogue.storekit").string()};
+    if (atLeastOnce_) made.emplace_back("--at-least-once");
+    return made;
+}
+
+// On a folder whose process has ended by itself.
+ProofVerdict KillRounds::verdictOn(const fs::path& folder, std::optional<int> exitCode) const {
+    if (exitCode == 0) return judge(folder, atLeastOnce_);
+    return {.faults = {"the scenario did not settle" + whatItSaid(folder)}};
 }
 
 ProofVerdict KillRounds::rehearse() {
@@ -113,7 +116,7 @@ ProofVerdict KillRounds::rehearse() {
     auto call = arguments(folder);
     call.insert(call.end(), {"--moments", noted.string()});
     static_cast<void>(startTool(call, outputIn(folder)));
-    auto verdict = verdictOn(folder, awaitTool());
+    auto verdict = verdictOn(folder, awaitTool().exitCode);
     std::ifstream stream(noted);
     for (std::string moment; std::getline(stream, moment);) moments_.push_back(moment);
     return verdict;
@@ -152,7 +155,7 @@ void KillRounds::run(std::size_t step, const std::function<void(const KillRound&
         }
         job.round.verdict =
             job.isSettling
-                ? verdictOn(folderOf(job.round), end)
+                ? verdictOn(folderOf(job.round), end.exitCode)
                 : ProofVerdict{.faults = {"the moment did not come" + whatItSaid(folderOf(job.round))}};
         finish(std::move(job.round));
     }

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,8 +22,8 @@ struct KillRound {
 // platform is installed.
 class KillRounds {
 public:
-    // What follows is in that folder, which is there.
-    explicit KillRounds(std::filesystem::path folder);
+    // What follows is in that folder, which is there. `atLeastOnce`: about the second promise.
+    KillRounds(std::filesystem::path folder, bool atLeastOnce);
 
     // Plays without a kill. Its verdict has faults when the scenario itself does not do what is expected.
     [[nodiscard]] ProofVerdict rehearse();
@@ -38,7 +39,11 @@ private:
     [[nodiscard]] std::vector<std::string> arguments(const std::filesystem::path& folder) const;
     [[nodiscard]] std::filesystem::path folderOf(const KillRound& round) const;
 
+    [[nodiscard]] ProofVerdict verdictOn(const std::filesystem::path& folder,
+                                         std::optional<int> exitCode) const;
+
     const std::filesystem::path folder_;
+    const bool atLeastOnce_;
     std::vector<std::string> moments_;
 };
 

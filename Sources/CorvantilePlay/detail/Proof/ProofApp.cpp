@@ -62,6 +62,7 @@ ProofApp::ProofApp(const ScenarioOptions& options, std::shared_ptr<WriteSteps> s
 ProofApp::~ProofApp() = default;
 
 void ProofApp::launch() {
+    using Delivery = IAPReceiptTrackingPlugin::Delivery;
     const auto router = std::make_shared<AnalyticPlugin>();
     const auto database = std::make_shared<DatabasePlugin>();
     std::vector<IAPReceiptPlugin::Product> products;
@@ -73,7 +74,8 @@ void ProofApp::launch() {
             std::make_shared<UserPreference>(std::make_shared<UserDefaultsDatabase>()), database, router,
             std::make_shared<FirstDatePlugin>(), std::make_shared<AdjustPlugin>("proofproof12", true),
             std::make_shared<IAPReceiptPlugin>(std::move(products)),
-            std::make_shared<IAPReceiptTrackingPlugin>()}));
+            std::make_shared<IAPReceiptTrackingPlugin>(options_.atLeastOnce ? Delivery::atLeastOnce
+                                                                            : Delivery::atMostOnce)}));
     bag_.insert(database->isLoaded().subscribe([this](bool isLoaded) { isLoaded_ = isLoaded; }));
     registerSinks(*router);
     static_cast<void>(application.delegate()->didFinishLaunchingWithOptions(application, {}));

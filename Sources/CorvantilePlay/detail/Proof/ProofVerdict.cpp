@@ -45,7 +45,8 @@ std::vector<ScenarioRecord> records() {
 
 class Judge {
 public:
-    explicit Judge(std::filesystem::path folder) : folder_(std::move(folder)) {}
+    Judge(std::filesystem::path folder, bool atLeastOnce)
+        : folder_(std::move(folder)), atLeastOnce_(atLeastOnce) {}
 
     [[nodiscard]] ProofVerdict judge() {
         const auto outbox = OutboxAdjust::inspect(state() / "outbox.sqlite");
@@ -53,7 +54,8 @@ public:
         const auto lines = linesIn(outbox);
         compare("outbox", lines);
         compare("file", linesIn(sinkFileIn(folder_)));
-        if (losers_.size() > 1) fault("the events of " + std::to_string(losers_.size()) + " transactions");
+        if (affected_.size() > 1)
+            fault("the events of " + std::to_string(affected_.size()) + " transactions");
         const auto grace = lines.find(eventLine(graceEvent));
         verdict_.gracePeriodReports = grace == lines.end() ? 0 : grace->second;
         if (verdict_.gracePeriodReports < 1) fault("the grace period was never reported");
@@ -73,9 +75,16 @@ private:
     }
 
     // Each line is one transaction's, but for the total: of that it shows only how many there are.
-    void compare(const std::string& sink, Counts left) {
+    void compare(const std::string& sink, Counts found) {
+        found.erase(eventLine(graceEvent));
+        if (atLeastOnce_)
+            allowRepeats(sink, std::move(found));
+        else
+            allowLosses(sink, std::move(found));
+    }
+
+    void allowLosses(const std::string& sink, Counts left) {
         const int totals = std::exchange(left[eventLine(totalEvent)], 0);
-        left.erase(eventLine(graceEvent));
         std::set<std::string> losers;
         int expectedTotals = 0;
         int lostWithTheirRecord = 0;
@@ -86,33 +95,66 @@ private:
                     ++expectedTotals;
                     lostWithTheirRecord += isLastLost ? 1 : 0;
                 } else if ((isLastLost = --left[line] < 0)) {
-                    lose(sink, line);
+                    note(verdict_.lost, sink, line);
                     losers.insert(record.marker);
                 }
         }
-        for (const auto& [line, count] : left)
-            if (count > 0) tooOften(sink, line);
+        noteSurplus(sink, left);
         const int lostTotals = expectedTotals - totals;
-        if (lostTotals > 0) lose(sink, eventLine(totalEvent));
+        if (lostTotals > 0) note(verdict_.lost, sink, eventLine(totalEvent));
         if (lostTotals < lostWithTheirRecord) tooOften(sink, eventLine(totalEvent));
         if (lostTotals > (losers.empty() ? 1 : lostWithTheirRecord))
             fault(sink + ": the total of another transaction is missing");
-        losers_.insert(losers.begin(), losers.end());
+        affected_.insert(losers.begin(), losers.end());
     }
 
-    void lose(const std::string& sink, const std::string& line) {
-        auto& lost = verdict_.lost;
-        const auto sameElsewhere = std::find_if(lost.begin(), lost.end(), [&](const std::string& other) {
+    // All of a transaction is sent again from its first line on, so that a total comes twice only with it.
+    void allowRepeats(const std::string& sink, Counts left) {
+        int surplusTotals = std::exchange(left[eventLine(totalEvent)], 0);
+        int repeatedWithTotal = 0;
+        for (const auto& record : records()) {
+            bool isRepeated = false;
+            for (const auto& line : linesOf(record))
+                if (line == eventLine(totalEvent)) {
+                    --surplusTotals;
+                    repeatedWithTotal += isRepeated ? 1 : 0;
+                } else if (--left[line] < 0) {
+                    missing(sink, line);
+                } else if (left[line] > 0) {
+                    --left[line];
+                    isRepeated = true;
+                    note(verdict_.repeated, sink, line);
+                    affected_.insert(record.marker);
+                }
+        }
+        noteSurplus(sink, left);
+        if (surplusTotals < 0) missing(sink, eventLine(totalEvent));
+        if (surplusTotals > 0) note(verdict_.repeated, sink, eventLine(totalEvent));
+        if (surplusTotals > repeatedWithTotal) tooOften(sink, eventLine(totalEvent));
+    }
+
+    static void note(std::vector<std::string>& list, const std::string& sink, const std::string& line) {
+        const auto sameElsewhere = std::find_if(list.begin(), list.end(), [&](const std::string& other) {
             return other.starts_with(line + " (");
         });
-        if (sameElsewhere == lost.end())
-            lost.push_back(line + " (" + sink + ")");
+        if (sameElsewhere == list.end())
+            list.push_back(line + " (" + sink + ")");
         else
             *sameElsewhere = line;
     }
 
+    void noteSurplus(const std::string& sink, const Counts& left) {
+        for (const auto& [line, count] : left)
+            if (count > 0) tooOften(sink, line);
+    }
+
     void tooOften(const std::string& sink, const std::string& line) {
         fault(sink + ": " + line + " is there too often");
+    }
+
+    void missing(const std::string& sink, const std::string& line) {
+        note(verdict_.lost, sink, line);
+        fault(sink + ": " + line + " never came");
     }
 
     void examineKeychain() {
@@ -121,10 +163,10 @@ private:
         if (!inspection.setAside.empty()) fault("the keychain was set aside");
         std::set<std::string> accounts;
         for (const auto& entry : inspection.entries)
-            if (entry.dictionary)
-                accounts.insert(entry.account);
-            else
+            if (!entry.dictionary)
                 fault("keychain entry " + entry.account + ": " + entry.fault);
+            else if (isPlainMarker(*entry.dictionary, entry.account))
+                accounts.insert(entry.account);
         for (const auto& record : records())
             if (!accounts.contains(record.marker)) fault("the keychain lacks the marker " + record.marker);
     }
@@ -137,6 +179,7 @@ private:
         int records = 0;
         for (const auto& value : values) {
             names.insert(value.name);
+            if (value.name.starts_with("pending_purchase_")) fault(value.name + " was left behind");
             if (value.isRecord) ++records;
             if (!value.fault.empty()) fault(value.name + ": " + value.fault);
         }
@@ -147,12 +190,15 @@ private:
     static constexpr int storedRecords = 2; // application and setting
 
     const std::filesystem::path folder_;
+    const bool atLeastOnce_;
     ProofVerdict verdict_;
-    std::set<std::string> losers_;
+    std::set<std::string> affected_; // transactions that lost, or repeat, a line
 };
 
 } // namespace
 
-ProofVerdict judge(const std::filesystem::path& folder) { return Judge(folder).judge(); }
+ProofVerdict judge(const std::filesystem::path& folder, bool atLeastOnce) {
+    return Judge(folder, atLeastOnce).judge();
+}
 
 } // namespace corvantile::tool

@@ -7,8 +7,9 @@ namespace corvantile::tool {
 class CommandOutput;
 
 struct ProveOptions {
-    bool isShort = false; // some of the moments
-    bool json = false;    // one object a line
+    bool isShort = false;     // some of the moments
+    bool json = false;        // one object a line
+    bool atLeastOnce = false; // about the second promise
 };
 
 // Plays the purchase scenario in processes of its own and kills one at each moment before and after something

@@ -55,6 +55,10 @@ const std::vector<std::string>& scenarioProducts() {
     return products;
 }
 
+bool isPlainMarker(const KeychainDictionary& entry, const std::string& marker) {
+    return entry == KeychainDictionary{{marker, true}};
+}
+
 std::string eventLine(const std::string& name) { return "event " + name; }
 std::string subscriptionLine(const std::string& transaction) { return "subscription " + transaction; }
 

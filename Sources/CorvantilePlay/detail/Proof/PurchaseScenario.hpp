@@ -1,5 +1,7 @@
 #pragma once
 
+#include "CorvantilePlatform/Keychain/KeychainValue.hpp"
+
 #include <string>
 #include <vector>
 
@@ -42,6 +44,9 @@ inline constexpr const char* scenarioBundle = "com.example.proof";
 inline constexpr const char* totalEvent = "total_subscription";
 inline constexpr const char* graceEvent = "enter_grace_period";
 inline constexpr const char* graceMarker = "enter_grace_period_pro";
+
+// All that the keychain holds under `marker` once the events are sent.
+[[nodiscard]] bool isPlainMarker(const KeychainDictionary& entry, const std::string& marker);
 
 // What a sink gets for a record, in order: `event NAME`, `subscription TRANSACTION`.
 [[nodiscard]] std::vector<std::string> linesOf(const ScenarioRecord& record);

@@ -47,12 +47,13 @@ public:
     }
 
 private:
-    // Events of what is marked already were sent by a process before, or lost with it.
+    // Events of what is marked already were sent by a process before, or lost with it. What is pending is
+    // sent once more.
     void rememberMarkers() {
         for (const auto& stage : scenarioStages())
             for (const auto& record : stage.records)
-                if (app_.platform().vault().load(record.marker, scenarioBundle))
-                    markedBefore_.insert(record.marker);
+                if (const auto entry = app_.platform().vault().load(record.marker, scenarioBundle))
+                    if (isPlainMarker(*entry, record.marker)) markedBefore_.insert(record.marker);
     }
 
     void take(const ScenarioStage& stage) {

@@ -13,6 +13,7 @@ struct ScenarioOptions {
     std::filesystem::path catalogue = {}; // the scenario's
     std::string kill = {};                // the moment that is its last; empty: it ends in good order
     std::filesystem::path moments = {};   // the file in which each moment is noted; empty: none
+    bool atLeastOnce = false;             // the second promise of purchase analytics
 };
 
 // What lasts, in the scenario's folder.

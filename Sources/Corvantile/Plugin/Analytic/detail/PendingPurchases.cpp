@@ -108,10 +108,23 @@ bool PendingPurchases::isPending(const KeychainDictionary& entry) {
     return found != entry.end() && found->second.as<std::string>() != nullptr;
 }
 
-// The key is flushed, so that it is there after a power loss whenever the entry is.
 void PendingPurchases::save(const PurchaseDecision& decision) const {
-    const auto& account = decision.transactionID;
-    const auto events = textOf(decision);
+    save(decision.transactionID, textOf(decision));
+}
+
+void PendingPurchases::saveValidated(const std::string& account) const {
+    save(account, recordjson::write({{"version", formatVersion}, {"kind", "validated"}}));
+}
+
+bool PendingPurchases::takeOver(const std::string& account) const {
+    const auto key = begunKeyOf(account);
+    if (userDefaults_->valueForKey(key) == NSUserDefaults::Value(process_)) return false;
+    userDefaults_->setValue(process_, key);
+    return true;
+}
+
+// The key is flushed, so that it is there after a power loss whenever the entry is.
+void PendingPurchases::save(const std::string& account, const std::string& events) const {
     userDefaults_->setValue(process_, begunKeyOf(account));
     userDefaults_->synchronize();
     Locksmith::saveData({{account, true}, {std::string(eventsEntry), events}}, account);
@@ -131,6 +144,8 @@ std::vector<PurchaseDecision> PendingPurchases::takeLeftBehind() const {
         if (!entry) continue; // cannot be read for now, or its save never came: then a pass reports it
         if (!isPending(*entry)) {
             userDefaults_->removeObjectForKey(key);
+        } else if (transactionID.starts_with(validatedMarker)) {
+            continue; // for the host
         } else if (auto decision = decisionOf(*entry->find(eventsEntry)->second.as<std::string>())) {
             userDefaults_->setValue(process_, key);
             decisions.push_back(std::move(*decision));
