@@ -16,6 +16,8 @@ namespace {
 // Long enough for a slow disk's flush; a process that was stopped inside a write holds others up no longer.
 constexpr int busyMilliseconds = 5000;
 
+constexpr std::size_t headerSize = 100; // of a database file
+
 sqlite3_stmt* prepared(sqlite3* database, std::string_view statement, unsigned flags, int& code) {
     sqlite3_stmt* made = nullptr;
     code = sqlite3_prepare_v3(database, statement.data(), static_cast<int>(statement.size()), flags, &made,
@@ -122,6 +124,32 @@ std::optional<std::string> SqliteDatabase::bytesOf(const std::filesystem::path& 
     // A short read has filled the rest with zeros: the file has become shorter.
     if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ) return std::nullopt;
     return bytes;
+}
+
+std::int64_t SqliteDatabase::sizeByHeader(std::string_view bytes) {
+    constexpr std::size_t pageSizePlace = 16, pageCountPlace = 28;
+    constexpr std::int64_t longestPage = 65536; // whose two bytes say 1
+    if (bytes.size() < headerSize) return 0;
+    const auto number = [&](std::size_t place, std::size_t size) {
+        std::int64_t read = 0;
+        for (const char byte : bytes.substr(place, size))
+            read = read * 256 + static_cast<unsigned char>(byte);
+        return read;
+    };
+    const auto pageSize = number(pageSizePlace, 2);
+    return (pageSize == 1 ? longestPage : pageSize) * number(pageCountPlace, 4);
+}
+
+bool SqliteDatabase::isCutShort() const {
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(database_.get(), "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
+    if (file == nullptr || file->pMethods == nullptr) return false; // in memory
+    std::string header(headerSize, '\0');
+    sqlite3_int64 size = 0;
+    if (file->pMethods->xRead(file, header.data(), static_cast<int>(header.size()), 0) != SQLITE_OK ||
+        file->pMethods->xFileSize(file, &size) != SQLITE_OK)
+        return false; // and the next use of the database says why
+    return size < sizeByHeader(header);
 }
 
 void SqliteDatabase::fail(int code) const {

@@ -83,6 +83,8 @@ public:
     // A file's bytes, without those in its log; nullopt when it cannot be read. An ordinary `close` would
     // release the locks of every connection that this process has to the file.
     [[nodiscard]] static std::optional<std::string> bytesOf(const std::filesystem::path& file);
+    // How many bytes a file has, by its header; 0 when that is too short.
+    [[nodiscard]] static std::int64_t sizeByHeader(std::string_view bytes);
 
     // Any number of statements, whose rows are ignored.
     void execute(const char* statements);
@@ -124,6 +126,10 @@ public:
     void noteCommit();
     // What was committed before, by anybody, survives a power loss once it has returned.
     void flush();
+
+    // The file has fewer bytes than its header says, of which SQLite notices nothing in the last page. True
+    // also for a moment while pages are moved out of its log.
+    [[nodiscard]] bool isCutShort() const;
 
     // The name no longer leads to the file that is open here.
     [[nodiscard]] bool hasMoved() const;

@@ -177,6 +177,12 @@ void requireUndamaged(SqliteDatabase& database) {
         throw SqliteError(SQLITE_CORRUPT, "it is damaged");
 }
 
+// Where there was no log. Another process may have begun one since, and be moving its pages just now.
+void requireWhole(const SqliteDatabase& database, const fs::path& file) {
+    if (database.isCutShort() && !hasLog(file) && database.isCutShort())
+        throw SqliteError(SQLITE_CORRUPT, "it is cut short");
+}
+
 void prepareForWriting(SqliteDatabase& database, const StateFormat& format) {
     database.execute(format.isDurable ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
     database.keepLog(format.longLog);
@@ -207,6 +213,7 @@ private:
         const bool hadLog = hasLog(file);
         const bool isCutOff = hadLog && isLogCutOff(file);
         auto database = openUncheckedState(file, format);
+        if (!hadLog) requireWhole(*database, file);
         if (isDoubtful || hadLog || format.isDurable) requireUndamaged(*database);
         prepareForWriting(*database, format);
         if (isCutOff) keepCutOffLog(file, opened.reports);
@@ -280,6 +287,8 @@ std::unique_ptr<SqliteDatabase> openStateImage(const fs::path& file, const State
     requireRegular(found);
     const auto image = databaseImage(found);
     if (!image) cannotOpen("it cannot be read");
+    if (static_cast<std::int64_t>(image->size()) < SqliteDatabase::sizeByHeader(*image))
+        throw SqliteError(SQLITE_CORRUPT, "it is cut short");
     auto database = std::make_unique<SqliteDatabase>(*image);
     requireFormat(*database, format);
     return database;
