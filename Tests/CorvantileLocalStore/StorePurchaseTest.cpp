@@ -145,9 +145,16 @@ TEST_F(StorePurchases, StandInTheReceiptAsTheRealStoreWritesThem) {
 
 TEST_F(StorePurchases, PassOverWhatCannotBeReadAndUseNoNumberTwice) {
     const auto before = shop.pay(coins);
-    ASSERT_TRUE(shop.storage->commit(
-        {{"settings", "{"}, {"purchase/900000000000000", "?"}, {"future/thing", "left alone"}}, {}));
+    const auto rows = shop.storage->load();
+    const auto aPurchase = *rows.lower_bound("purchase/");
+    ASSERT_TRUE(shop.storage->commit({{"settings", "{"},
+                                      {"purchase/900000000000000", "?"},
+                                      {aPurchase.first, std::nullopt},
+                                      {"purchase/1", aPurchase.second}, // whose key has changed
+                                      {"future/thing", "left alone"}},
+                                     {}));
     shop.launch();
+    EXPECT_THAT(shop.store->purchases(), IsEmpty());
 
     const auto later = shop.pay(coins);
     EXPECT_GT(later.number, before.number);

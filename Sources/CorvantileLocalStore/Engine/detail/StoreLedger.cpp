@@ -33,11 +33,11 @@ std::int64_t numberAtEnd(std::string_view text) {
     return number;
 }
 
+// False where the record cannot be read, or `store` refuses it.
 template <class Record, class Take>
 bool take(std::string_view text, Take store) {
     auto record = recordFromText<Record>(text);
-    if (record) store(std::move(*record));
-    return record.has_value();
+    return record && store(std::move(*record));
 }
 
 } // namespace
@@ -50,23 +50,8 @@ StoreLedger::StoreLedger(const StoreStorage::Rows& rows, std::vector<std::string
         settings_ = std::move(read).value_or(StoreSettings());
     }
     for (const auto& [key, text] : rows) {
-        bool isRead = true; // somebody else's rows are left alone
-        if (key.starts_with(purchaseKey))
-            isRead = take<StorePurchase>(text, [&](auto record) {
-                auto name = record.identifier;
-                if (record.refundDate) ++refunds_;
-                purchases_.emplace_hint(purchases_.end(), std::move(name), std::move(record));
-            });
-        else if (key.starts_with(transactionKey))
-            isRead = take<StoreTransaction>(
-                text, [&](auto record) { transactions_.emplace(record.number, std::move(record)); });
-        else if (key.starts_with(subscriptionKey))
-            isRead = take<StoreSubscription>(text, [&](auto record) {
-                subscriptions_.emplace(record.groupIdentifier, std::move(record));
-            });
-        else if (key == clockKey)
-            isRead = take<StoreClockSetting>(text, [&](auto record) { clock_ = record; });
-        if (!isRead) unreadable.push_back(key);
+        if (key == settingsKey) continue;
+        if (!readRow(key, text)) unreadable.push_back(key);
         // Should the counters be unreadable, or older than what they have counted.
         if (key.starts_with(transactionKey))
             settings_.nextNumber = std::max(settings_.nextNumber, numberAtEnd(key) + 1);
@@ -76,6 +61,36 @@ StoreLedger::StoreLedger(const StoreStorage::Rows& rows, std::vector<std::string
     for (const auto& [number, transaction] : transactions_)
         settings_.nextIdentifier =
             std::max(settings_.nextIdentifier, numberAtEnd(transaction.identifier.value_or("")) + 1);
+}
+
+// A record under another's key is one of which a byte has changed. Rows of a kind that is not known are left
+// alone.
+bool StoreLedger::readRow(const std::string& key, const std::string& text) {
+    if (key == clockKey)
+        return take<StoreClockSetting>(text, [&](auto record) { return clock_ = record, true; });
+    if (key.starts_with(purchaseKey))
+        return take<StorePurchase>(text, [&](auto record) {
+            auto name = record.identifier;
+            if (key != keyed(purchaseKey, name)) return false;
+            if (record.refundDate) ++refunds_;
+            purchases_.emplace_hint(purchases_.end(), std::move(name), std::move(record));
+            return true;
+        });
+    if (key.starts_with(transactionKey))
+        return take<StoreTransaction>(text, [&](auto record) {
+            const auto number = record.number;
+            if (key != keyed(transactionKey, nameOf(number))) return false;
+            transactions_.emplace(number, std::move(record));
+            return true;
+        });
+    if (key.starts_with(subscriptionKey))
+        return take<StoreSubscription>(text, [&](auto record) {
+            auto name = record.groupIdentifier;
+            if (key != keyed(subscriptionKey, name)) return false;
+            subscriptions_.emplace(std::move(name), std::move(record));
+            return true;
+        });
+    return false;
 }
 
 StoreStorage::Counters StoreLedger::counters() const {

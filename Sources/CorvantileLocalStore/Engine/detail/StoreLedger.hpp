@@ -65,6 +65,9 @@ public:
     [[nodiscard]] Changes takeChanges();
 
 private:
+    // False when it is left out.
+    [[nodiscard]] bool readRow(const std::string& key, const std::string& text);
+
     Purchases purchases_;
     std::size_t refunds_ = 0;
     Transactions transactions_;
