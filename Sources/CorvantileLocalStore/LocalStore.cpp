@@ -25,10 +25,20 @@ auto listOf(const Records& records) {
     throw localStoreError(LocalStoreErrorCode::impossible, message);
 }
 
+void requireRate(double rate) {
+    if (!(rate >= 0 && rate <= 1e9)) // nor is it no number
+        refuse("The store's clock runs forwards, a thousand million times as fast at most.");
+}
+
+LocalStoreOptions usable(LocalStoreOptions options) {
+    if (options.clockRate) requireRate(*options.clockRate);
+    return options;
+}
+
 } // namespace
 
 LocalStore::LocalStore(LocalStoreOptions options)
-    : session_(std::make_unique<StoreSession>(std::move(options))) {}
+    : session_(std::make_unique<StoreSession>(usable(std::move(options)))) {}
 LocalStore::~LocalStore() = default;
 
 void LocalStore::failNextPayment(const std::string& productIdentifier, SKErrorCode reason) {
@@ -98,8 +108,7 @@ void LocalStore::advance(std::chrono::duration<double> duration) {
 }
 
 void LocalStore::setClockRate(double rate) {
-    if (!(rate >= 0 && rate <= 1e9))
-        refuse("The store's clock runs forwards, a thousand million times as fast at most.");
+    requireRate(rate);
     session_->command([&] {
         session_->clock->setRate(session_->deviceNow(), rate);
         session_->ledger.put(session_->clock->setting());

@@ -32,7 +32,8 @@ struct LocalStoreOptions {
     std::shared_ptr<Clock> clock{};          // the device's
     std::shared_ptr<StoreStorage> storage{}; // what survives the process
     // Seconds of the store per second of the device, from this launch on; 0 stops its clock. Not set: as it
-    // was, at first 1.
+    // was, at first 1. A store that is to run backwards cannot be made: NSError (localStoreErrorDomain,
+    // impossible).
     std::optional<double> clockRate{};
     // What a new store's clock shows. Not set: the device's time.
     std::optional<Date> start{};

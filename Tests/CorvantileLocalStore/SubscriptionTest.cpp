@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 #include <string>
 
 namespace corvantile::SubscriptionTest {
@@ -125,6 +126,10 @@ TEST(StoreClock, FollowsTheDeviceAtItsRateAndNeverGoesBack) {
     shop.pay("plan"); // three days free
     EXPECT_EQ(shop.store->catchUp()->delay, std::chrono::milliseconds(259200));
     EXPECT_THROW(shop.store->advance(std::chrono::seconds(-1)), NSError);
+    for (const double rate : {-1.0, std::numeric_limits<double>::quiet_NaN()}) {
+        EXPECT_THROW(shop.store->setClockRate(rate), NSError);
+        EXPECT_THROW(LocalStore({.clock = shop.clock, .storage = shop.storage, .clockRate = rate}), NSError);
+    }
 }
 
 TEST(StoreClock, RenewsAfterAJumpOfExactlyThePeriodWhereverItBegan) {
