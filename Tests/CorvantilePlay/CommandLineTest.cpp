@@ -140,9 +140,10 @@ TEST_F(CommandLineTest, RemovesTemporaryFoldersThatAKillLeftBehindAndNoOthers) {
     const auto temporary = folder_.app() / "tmp";
     for (const auto* const name : {"corvantile-tool-leftbe", "corvantile-tool-in-use", "corvantile-tools"})
         std::filesystem::create_directories(temporary / name);
-    const auto outcome = run.shell("cd '" + temporary.string() + "'; " +
-                                   "flock corvantile-tool-in-use sh -c \"sleep 3; TMPDIR=. " +
-                                   ToolRun::tool() + " doctor --state .\"; ls");
+    const auto outcome =
+        run.shell("cd '" + temporary.string() + "'; " +
+                  "touch -d '1 minute ago' *; flock corvantile-tool-in-use sh -c \"TMPDIR=. " +
+                  ToolRun::tool() + " doctor --state .\"; ls");
     EXPECT_THAT(outcome.output, EndsWith("corvantile-tool-in-use\ncorvantile-tools\n"));
     EXPECT_EQ(run.shell("TMPDIR=/nowhere " + ToolRun::tool()).errors,
               "corvantile: there is no folder for temporary files; TMPDIR names one\n");

@@ -29,7 +29,7 @@ bool isLeftBehind(const Descriptor& lock) {
     constexpr std::chrono::seconds longEnough{2}; // between making a folder and locking it
     struct stat status {};
     if (::fstat(lock.value(), &status) != 0 || status.st_uid != ::geteuid()) return false;
-    return std::chrono::system_clock::now() - std::chrono::system_clock::from_time_t(status.st_ctime) >
+    return std::chrono::system_clock::now() - std::chrono::system_clock::from_time_t(status.st_mtime) >
            longEnough;
 }
 
