@@ -39,7 +39,8 @@ struct DesktopOptions {
     // Where the console writes. Borrowed: stays open until the platform has ended.
     int consoleDescriptor = 1;
 
-    // Prints a line for each load that finds an entry in the keychain but cannot read it.
+    // Prints a line for each load that finds an entry in the keychain but cannot read it; else only for the
+    // first that is damaged, and the first whose master key is gone.
     bool reportsUnreadableEntries = false;
 
     // Replaces the console on `consoleDescriptor`, unless null.

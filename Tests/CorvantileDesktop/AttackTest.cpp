@@ -59,7 +59,6 @@ protected:
     [[nodiscard]] DesktopOptions options(int descriptor) const {
         return {.stateFolder = state,
                 .consoleDescriptor = descriptor,
-                .reportsUnreadableEntries = true,
                 .adjust = {.isOffline = true},
                 .store = {.catalogue = home.path() / "shop.storekit"}};
     }
@@ -99,8 +98,9 @@ protected:
                 found.insert("purchase " + purchase.identifier);
         } catch (const NSError&) { // reported by the store
         }
+        int packages = 0;
         for (const auto& package : platform.adjust().packages())
-            if (package.kind == PackageKind::event) found.insert("package " + package.identifier);
+            if (package.kind != PackageKind::session) found.insert("package " + std::to_string(++packages));
         found.insert("vendor " + ports.device->identifierForVendor().value_or(""));
         return found;
     }

@@ -96,6 +96,13 @@ struct Vault::Parts {
         if (options.reportsUnreadableEntries) print(unreadableEntryLine(account, service, reason));
     }
 
+    // For good, unlike what is locked: the first entry of each reason is told to everybody.
+    void reportLost(std::string_view account, std::string_view service, const std::string& reason) {
+        const ReportingLock lock(mutex);
+        const bool isFirst = reported.insert(reason).second;
+        if (isFirst || options.reportsUnreadableEntries) print(unreadableEntryLine(account, service, reason));
+    }
+
     const VaultOptions options;
     std::atomic<bool> locked{false};
     VaultSeal sealing;
@@ -117,7 +124,7 @@ std::optional<KeychainDictionary> Vault::load(std::string_view account, std::str
         const auto entry = parts_->reader.find(account, service);
         if (!entry) return std::nullopt;
         auto [dictionary, fault] = parts_->sealing.open(*entry);
-        if (!dictionary) parts_->reportUnreadable(account, service, fault);
+        if (!dictionary) parts_->reportLost(account, service, fault);
         return std::move(dictionary);
     } catch (const NSError& error) {
         parts_->reportOnce(error);

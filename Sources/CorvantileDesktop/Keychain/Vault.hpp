@@ -27,7 +27,8 @@ struct VaultOptions {
     // Gets a line, once, for each fault that a person has to put right. May be null.
     std::shared_ptr<Console> console = nullptr;
 
-    // Prints a line for each load that finds an entry but cannot read it.
+    // Prints a line for each load that finds an entry but cannot read it; else only for the first that is
+    // damaged, and the first whose master key is gone.
     bool reportsUnreadableEntries = false;
 
     // Runs work that waits for the disk, on another thread or never. Empty: the save that caused it does it.
