@@ -8,14 +8,14 @@
 
 namespace corvantile {
 
-// The numbers that a store may have used, beside its file: a store that is begun anew goes on above them, or
-// the markers that the keychain still holds would silence what is bought from then on. It is written far
+// The numbers that a store may have used, beside its file: where that is lost, a new store starts above them,
+// or the markers that the keychain still holds would silence what is bought from then on. It is written far
 // ahead of what is used, so that few purchases wait for it. Threads: one at a time.
 class CounterFile {
 public:
     explicit CounterFile(std::filesystem::path file) : file_(std::move(file)) {}
 
-    // nullopt where there is none that can be read.
+    // nullopt when the file is missing or damaged.
     [[nodiscard]] std::optional<StoreStorage::Counters> read() const;
     // For a store that has none yet, and that was never there before: it has used no number.
     void begin();
