@@ -16,7 +16,7 @@ namespace {
 // Long enough for a slow disk's flush; a process that was stopped inside a write holds others up no longer.
 constexpr int busyMilliseconds = 5000;
 
-constexpr std::size_t headerSize = 100; // of a database file
+constexpr std::size_t databaseHeaderSize = 100; // of a database file
 
 sqlite3_stmt* prepared(sqlite3* database, std::string_view statement, unsigned flags, int& code) {
     sqlite3_stmt* made = nullptr;
@@ -129,7 +129,7 @@ std::optional<std::string> SqliteDatabase::bytesOf(const std::filesystem::path& 
 std::int64_t SqliteDatabase::sizeByHeader(std::string_view bytes) {
     constexpr std::size_t pageSizePlace = 16, pageCountPlace = 28;
     constexpr std::int64_t longestPage = 65536; // whose two bytes say 1
-    if (bytes.size() < headerSize) return 0;
+    if (bytes.size() < databaseHeaderSize) return 0;
     const auto number = [&](std::size_t place, std::size_t size) {
         std::int64_t read = 0;
         for (const char byte : bytes.substr(place, size))
@@ -144,7 +144,7 @@ bool SqliteDatabase::isCutShort() const {
     sqlite3_file* file = nullptr;
     sqlite3_file_control(database_.get(), "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
     if (file == nullptr || file->pMethods == nullptr) return false; // in memory
-    std::string header(headerSize, '\0');
+    std::string header(databaseHeaderSize, '\0');
     sqlite3_int64 size = 0;
     if (file->pMethods->xRead(file, header.data(), static_cast<int>(header.size()), 0) != SQLITE_OK ||
         file->pMethods->xFileSize(file, &size) != SQLITE_OK)

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* prefix = "corvantile-tool-";
+constexpr const char* folderPrefix = "corvantile-tool-";
 
 Descriptor lockOf(const fs::path& folder) {
     Descriptor lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -36,7 +36,7 @@ bool isLeftBehind(const Descriptor& lock) {
 void removeLeftBehind(const fs::path& among) {
     std::error_code ignored; // what cannot be looked at or removed is another user's
     for (fs::directory_iterator at(among, ignored), end; !ignored && at != end; at.increment(ignored)) {
-        if (!at->path().filename().string().starts_with(prefix)) continue;
+        if (!at->path().filename().string().starts_with(folderPrefix)) continue;
         const auto lock = lockOf(at->path());
         std::error_code kept;
         if (lock && isLeftBehind(lock)) fs::remove_all(at->path(), kept);
@@ -50,7 +50,7 @@ TemporaryFolder::TemporaryFolder() {
     const auto among = fs::temp_directory_path(error);
     if (error) throw UsageError("there is no folder for temporary files; TMPDIR names one");
     removeLeftBehind(among);
-    path_ = (among / (std::string(prefix) + "XXXXXX")).string();
+    path_ = (among / (std::string(folderPrefix) + "XXXXXX")).string();
     if (::mkdtemp(path_.data()) == nullptr) throw UsageError("a temporary folder cannot be made: " + path_);
     lock_ = lockOf(path_);
 }
