@@ -2,12 +2,8 @@
 #include "CorvantilePlatform/Security/SecureRandom.hpp"
 #include "Tests/Contracts/Harness.hpp"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
-#include <optional>
-#include <string>
 
 namespace corvantile::CryptorContractTest {
 

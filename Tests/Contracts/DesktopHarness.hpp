@@ -5,12 +5,7 @@
 #include "Tests/Contracts/ContractApp.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 
-#include <chrono>
-#include <filesystem>
 #include <fstream>
-#include <functional>
-#include <memory>
-#include <utility>
 
 namespace corvantile {
 

@@ -4,16 +4,6 @@
 #include "Tests/Contracts/Harness.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <thread>
-#include <utility>
-#include <vector>
-
 namespace corvantile::DispatchQueueContractTest {
 
 using namespace std::chrono_literals;

@@ -1,19 +1,7 @@
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
 
-#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tests/Contracts/HTTPServers.hpp"
 #include "Tests/Contracts/Harness.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
-
-#include <atomic>
-#include <chrono>
-#include <exception>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
 
 namespace corvantile::HTTPClientContractTest {
 

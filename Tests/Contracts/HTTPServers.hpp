@@ -1,8 +1,6 @@
 #pragma once
 
-#include "CorvantilePlatform/Network/HTTPClient.hpp"
 #include "CorvantileTest/ScriptedHTTP.hpp"
-#include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/Contracts/TestHarness.hpp"
 
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
@@ -10,11 +8,7 @@
 #include "Tests/CorvantileDesktop/LoopbackServer.hpp"
 #endif
 
-#include <cstddef>
 #include <future>
-#include <mutex>
-#include <string>
-#include <vector>
 
 namespace corvantile {
 

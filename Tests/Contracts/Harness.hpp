@@ -1,20 +1,11 @@
 #pragma once
 
-#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
-#include "CorvantilePlatform/Platform.hpp"
 #include "Tests/Contracts/TestHarness.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
 #include "Tests/Contracts/DesktopHarness.hpp"
 #endif
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
 
 namespace corvantile {
 

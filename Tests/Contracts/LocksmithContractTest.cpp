@@ -1,15 +1,7 @@
 #include "CorvantilePlatform/Keychain/Locksmith.hpp"
 
-#include "CorvantilePlatform/Keychain/KeychainError.hpp"
 #include "Tests/Contracts/Harness.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <limits>
-#include <string>
-#include <vector>
 
 namespace corvantile::LocksmithContractTest {
 

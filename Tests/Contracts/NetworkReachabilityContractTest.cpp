@@ -1,14 +1,6 @@
 #include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
 
-#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "Tests/Contracts/Harness.hpp"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
-#include <functional>
-#include <memory>
 
 namespace corvantile::NetworkReachabilityContractTest {
 

@@ -1,19 +1,9 @@
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
-#include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "Tests/Contracts/Harness.hpp"
 #include "Tests/Corvantile/PurchaseFakes.hpp"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
-#include <cstdint>
-#include <memory>
 #include <semaphore>
-#include <set>
-#include <string>
-#include <vector>
 
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
 namespace corvantile::OverlappingPassesTest {

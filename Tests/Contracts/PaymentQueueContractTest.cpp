@@ -1,19 +1,9 @@
 #include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
 
-#include "CorvantilePlatform/Foundation/NSError.hpp"
-#include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
 #include "Tests/Contracts/StoreHarness.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
-#include <atomic>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
 namespace corvantile::PaymentQueueContractTest {
 

@@ -1,14 +1,8 @@
 #pragma once
 
 #include "CorvantileLocalStore/LocalStore.hpp"
-#include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
-#include "CorvantilePlatform/Store/SKProduct.hpp"
 #include "CorvantileTest/ScriptedStore.hpp"
 #include "Tests/Contracts/Harness.hpp"
-
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace corvantile {
 

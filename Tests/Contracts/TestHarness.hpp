@@ -4,10 +4,6 @@
 #include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/Contracts/ContractApp.hpp"
 
-#include <functional>
-#include <memory>
-#include <utility>
-
 namespace corvantile {
 
 // TestPlatform as the contracts see it: waiting means that virtual time passes.

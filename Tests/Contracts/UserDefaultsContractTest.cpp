@@ -2,11 +2,6 @@
 #include "Tests/Contracts/Harness.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
 
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
-
 namespace corvantile::UserDefaultsContractTest {
 
 using namespace std::string_literals;

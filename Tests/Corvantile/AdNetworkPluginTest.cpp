@@ -1,14 +1,9 @@
 #include "Corvantile/Plugin/AdNetwork/AdNetworkPlugin.hpp"
 
-#include "CorvantilePlatform/Application/UIApplication.hpp"
-#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantileTest/ScriptedAds.hpp"
 #include "CorvantileTest/ScriptedHTTP.hpp"
 #include "HostCore/detail/URLText.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
-
-#include <chrono>
 
 namespace corvantile::AdNetworkPluginTest {
 

@@ -1,8 +1,6 @@
 #include "Corvantile/Plugin/Analytic/AdjustAnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/AdjustPlugin.hpp"
-#include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantileTest/RecordingAdjust.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::AdjustTest {

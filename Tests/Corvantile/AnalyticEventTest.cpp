@@ -2,11 +2,8 @@
 
 #include "Corvantile/Plugin/AdNetwork/NetworkReachability.hpp"
 #include "Corvantile/Plugin/Analytic/DefaultEvent.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantileTest/ScriptedReachability.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
-
-#include <cstdint>
 
 namespace corvantile::AnalyticEventTest {
 

@@ -3,13 +3,9 @@
 #include "Corvantile/Corvantile.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 #include "Tests/Corvantile/RecordingAnalytics.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-#include <functional>
-#include <memory>
 #include <thread>
-#include <utility>
 
 namespace corvantile::AnalyticPluginTest {
 

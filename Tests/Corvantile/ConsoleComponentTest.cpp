@@ -1,11 +1,8 @@
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
 
-#include "CorvantilePlatform/Foundation/Console.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <cmath>
-#include <limits>
 
 namespace corvantile::ConsoleComponentTest {
 

@@ -6,10 +6,7 @@
 #include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
 #include "Corvantile/RequireService.hpp"
 #include "CorvantileIAP/InappHelper.hpp"
-#include "CorvantilePlatform/Application/UIApplication.hpp"
-#include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "HostCore/HostCore.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::CorvantileTest {

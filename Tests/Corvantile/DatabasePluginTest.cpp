@@ -4,18 +4,10 @@
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
 #include "Corvantile/Plugin/Database/ApplicationState.hpp"
 #include "Corvantile/Plugin/Database/UserPreference.hpp"
-#include "CorvantilePlatform/Application/UIApplication.hpp"
-#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantileTest/ScriptedRandom.hpp"
-#include "HostCore/PluggableApplicationDelegate.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-#include <chrono>
-#include <functional>
 #include <stdexcept>
-#include <string_view>
 
 namespace corvantile::DatabasePluginTest {
 

@@ -2,13 +2,8 @@
 
 #include "Corvantile/Plugin/AdNetwork/AnalyticPlugin.hpp"
 #include "Corvantile/Plugin/Analytic/ConsoleComponent.hpp"
-#include "CorvantilePlatform/Application/UIApplication.hpp"
-#include "CorvantilePlatform/Keychain/KeychainError.hpp"
 #include "HostCore/PluggableApplicationDelegate.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
-
-#include <chrono>
 
 namespace corvantile::FirstDatePluginTest {
 

@@ -1,12 +1,9 @@
 #include "Corvantile/Plugin/Analytic/IAPReceiptTrackingPlugin.hpp"
 
 #include "Corvantile/Corvantile.hpp"
-#include "CorvantilePlatform/Application/UIApplication.hpp"
-#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
 #include "CorvantileTest/ForEachSeed.hpp"
 #include "HostCore/HostCore.hpp"
 #include "Tests/Corvantile/PurchaseFakes.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::IAPReceiptTrackingPluginTest {

@@ -3,10 +3,6 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <cstdint>
-#include <string>
-#include <utility>
-
 namespace corvantile::PromoteInstallTest {
 
 constexpr const char* texts =

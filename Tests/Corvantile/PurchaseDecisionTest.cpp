@@ -1,10 +1,7 @@
 #include "Corvantile/Plugin/Analytic/detail/PurchaseDecision.hpp"
 
 #include "Tests/Corvantile/PurchaseFakes.hpp"
-
-#include <gtest/gtest.h>
-
-#include <vector>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::PurchaseDecisionTest {
 

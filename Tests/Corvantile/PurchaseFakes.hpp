@@ -5,11 +5,6 @@
 #include "CorvantileReactive/ReplaySubject.hpp"
 #include "Tests/Corvantile/RecordingAnalytics.hpp"
 
-#include <cstdint>
-#include <memory>
-#include <utility>
-#include <vector>
-
 // What purchase analytics reads from and writes to, in plain sight.
 namespace corvantile {
 

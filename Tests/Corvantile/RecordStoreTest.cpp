@@ -3,14 +3,7 @@
 #include "Corvantile/Extension/UserDefaultsDatabase.hpp"
 #include "Corvantile/Plugin/Database/Application.hpp"
 #include "Corvantile/Plugin/Database/Setting.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
-#include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
-
-#include <limits>
-#include <string>
-#include <vector>
 
 namespace corvantile::RecordStoreTest {
 

@@ -3,15 +3,7 @@
 #include "Corvantile/Plugin/Analytic/AnalyticComponent.hpp"
 #include "Corvantile/Plugin/Analytic/AnalyticPluggable.hpp"
 
-#include <functional>
-#include <initializer_list>
-#include <memory>
 #include <mutex>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 namespace corvantile {
 

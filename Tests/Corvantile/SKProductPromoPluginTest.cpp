@@ -1,10 +1,6 @@
 #include "Corvantile/Plugin/Products/SKProductPromoPlugin.hpp"
 
-#include "CorvantilePlatform/Application/UIApplication.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
-#include "CorvantilePlatform/Store/SKProduct.hpp"
 #include "CorvantileTest/ScriptedStore.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::SKProductPromoPluginTest {

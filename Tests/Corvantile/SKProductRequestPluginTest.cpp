@@ -2,14 +2,9 @@
 #include "Corvantile/Plugin/Products/detail/RequestSlot.hpp"
 
 #include "Corvantile/Corvantile.hpp"
-#include "CorvantilePlatform/Application/UIApplication.hpp"
-#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantileTest/ForEachSeed.hpp"
 #include "CorvantileTest/ScriptedStore.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
-
-#include <functional>
 
 namespace corvantile::SKProductRequestPluginTest {
 

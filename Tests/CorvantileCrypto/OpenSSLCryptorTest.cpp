@@ -1,10 +1,7 @@
 #include "CorvantileCrypto/OpenSSLCryptor.hpp"
 
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
-
-#include <gtest/gtest.h>
-
-#include <string>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <openssl/err.h>
 

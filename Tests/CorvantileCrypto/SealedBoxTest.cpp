@@ -1,9 +1,6 @@
 #include "CorvantileCrypto/SealedBox.hpp"
 
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::SealedBoxTest {
 

@@ -1,25 +1,13 @@
 #pragma once
 
 #include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
-#include "CorvantileDesktop/Adjust/OutboxEntry.hpp"
 #include "CorvantileDesktop/Adjust/detail/FormText.hpp"
-#include "CorvantilePlatform/Platform.hpp"
 #include "CorvantileTest/RecordingConsole.hpp"
 #include "CorvantileTest/ScriptedHTTP.hpp"
 #include "CorvantileTest/TestDevice.hpp"
 #include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <filesystem>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile {
 

@@ -2,13 +2,8 @@
 #include "Tests/CorvantileDesktop/AdjustOutboxFixture.hpp"
 #include "Tests/CorvantileDesktop/ChildProcess.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
-#include <chrono>
-#include <iterator>
-
-#include <unistd.h>
 
 namespace corvantile::AdjustOutboxStorageTest {
 

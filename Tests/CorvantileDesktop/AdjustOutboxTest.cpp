@@ -1,12 +1,7 @@
 #include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
 #include "Tests/CorvantileDesktop/AdjustOutboxFixture.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
-#include <chrono>
-#include <cstdint>
-#include <functional>
-#include <limits>
 
 namespace corvantile::AdjustOutboxTest {
 

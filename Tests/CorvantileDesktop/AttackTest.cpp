@@ -1,33 +1,20 @@
 #include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
 #include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantileLocalStore/LocalStore.hpp"
-#include "CorvantilePlatform/Adjust/ADJConfig.hpp"
-#include "CorvantilePlatform/Adjust/ADJEvent.hpp"
 #include "CorvantilePlatform/Application/UIDevice.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Foundation/NSUserDefaults.hpp"
 #include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "Tests/CorvantileDesktop/ChildProcess.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
-
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
-#include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
 #include <random>
-#include <set>
 #include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 // What damage to a state folder does to the next session: all is kept, or the loss is reported and a copy
 // kept.

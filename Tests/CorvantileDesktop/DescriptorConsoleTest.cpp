@@ -2,16 +2,12 @@
 #include "CorvantileDesktop/detail/Files/Descriptor.hpp"
 #include "CorvantilePlatform/Foundation/Console.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
-
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <csignal>
-#include <string>
-#include <thread>
 
 #include <fcntl.h>
 #include <pthread.h>
-#include <unistd.h>
 
 namespace corvantile::DescriptorConsoleTest {
 

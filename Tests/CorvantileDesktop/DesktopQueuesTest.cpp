@@ -1,16 +1,10 @@
 #include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
 #include <csignal>
-#include <functional>
 #include <latch>
-#include <memory>
 #include <thread>
-#include <vector>
 
 #include <pthread.h>
 

@@ -11,14 +11,6 @@
 #include <openssl/evp.h>
 #include <openssl/x509.h>
 
-#include <atomic>
-#include <chrono>
-#include <exception>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-
 namespace corvantile::HTTPRoutesTest {
 
 using namespace std::chrono_literals;

@@ -1,10 +1,7 @@
 #include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <string>
 #include <thread>
 
 namespace corvantile::MainLoopTest {

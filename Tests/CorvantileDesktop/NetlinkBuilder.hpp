@@ -3,10 +3,7 @@
 #include "CorvantileDesktop/detail/Network/RoutingStatus.hpp"
 
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include <linux/if_link.h>
 #include <linux/netlink.h>

@@ -1,13 +1,9 @@
 #include "CorvantileDesktop/detail/Network/NetlinkMessages.hpp"
 
 #include "Tests/CorvantileDesktop/NetlinkBuilder.hpp"
-
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <cerrno>
-#include <cstddef>
-#include <utility>
-#include <vector>
 
 #include <linux/if.h>
 #include <linux/if_arp.h>

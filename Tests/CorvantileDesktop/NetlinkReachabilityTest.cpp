@@ -1,16 +1,12 @@
 #include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <string>
-#include <vector>
 
 #include <sched.h>
 #include <unistd.h>

@@ -5,14 +5,6 @@
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace corvantile::SQLiteUserDefaultsTest {
 
 namespace fs = std::filesystem;

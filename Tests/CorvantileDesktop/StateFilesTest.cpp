@@ -1,25 +1,14 @@
 #include "CorvantileDesktop/detail/Files/Quarantine.hpp"
-#include "CorvantileDesktop/detail/Storage/StateDatabase.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tests/CorvantileDesktop/ChildProcess.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 #include "Tests/CorvantileDesktop/TextFiles.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <chrono>
-#include <cstddef>
-#include <cstdlib>
-#include <filesystem>
-#include <memory>
 #include <random>
-#include <string>
 #include <thread>
 #include <type_traits>
-#include <vector>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 // What holds for each of the files that processes share.
 namespace corvantile::StateFilesTest {

@@ -3,20 +3,10 @@
 #include "CorvantileDesktop/Foundation/detail/SystemClock.hpp"
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
-#include "CorvantilePlatform/Store/StoreRequests.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
-
-#include <cstdint>
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <set>
-#include <string>
-#include <utility>
 
 namespace corvantile::StoreFileTest {
 

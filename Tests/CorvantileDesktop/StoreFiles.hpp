@@ -4,13 +4,9 @@
 #include "CorvantilePlatform/Foundation/Console.hpp"
 
 #include <csignal>
-#include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include <sys/resource.h>

@@ -1,27 +1,14 @@
 #include "CorvantileDesktop/DesktopOptions.hpp"
 #include "CorvantileDesktop/DesktopPlatform.hpp"
 #include "CorvantileDesktop/detail/Application/LocalDevice.hpp"
-#include "CorvantilePlatform/Application/UIDevice.hpp"
 #include "CorvantilePlatform/Foundation/Clock.hpp"
 #include "CorvantilePlatform/Foundation/NSBundle.hpp"
 #include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <cstddef>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <limits>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <utility>
 
 #include <unistd.h>
 

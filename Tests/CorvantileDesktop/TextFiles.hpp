@@ -1,22 +1,13 @@
 #pragma once
 
 #include "CorvantileDesktop/Adjust/detail/Outbox.hpp"
-#include "CorvantileDesktop/Adjust/detail/OutboxFile.hpp"
 #include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
 #include "CorvantileDesktop/Foundation/detail/DefaultsFile.hpp"
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantileDesktop/Keychain/detail/VaultFormat.hpp"
 #include "CorvantileDesktop/Store/detail/StoreFile.hpp"
 #include "CorvantilePlatform/Foundation/Console.hpp"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <map>
-#include <memory>
-#include <string>
-#include <utility>
-#include <variant>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 // The files that processes share, each as one process sees it: `save` stores a text by its name, and `in`
 // tells which ones a file holds.

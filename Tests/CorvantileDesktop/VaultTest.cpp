@@ -1,7 +1,6 @@
 #include "CorvantileDesktop/Keychain/Vault.hpp"
 
 #include "CorvantileDesktop/Keychain/detail/MasterKey.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Keychain/KeychainError.hpp"
 #include "Tests/CorvantileDesktop/FlushCount.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
@@ -10,15 +9,7 @@
 #include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <atomic>
-#include <cstdint>
 #include <cstdio>
-#include <fstream>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <sys/stat.h>
 

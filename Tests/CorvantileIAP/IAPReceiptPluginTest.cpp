@@ -1,9 +1,7 @@
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
 
 #include "CorvantileIAP/InappHelper.hpp"
-#include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantileTest/ScriptedStore.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::IAPReceiptPluginTest {

@@ -1,14 +1,9 @@
 #include "CorvantileIAP/StoreReceipt.hpp"
 
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <cmath>
-#include <cstdint>
 #include <regex>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace corvantile::StoreReceiptTest {
 

@@ -1,10 +1,6 @@
 #include "CorvantileLocalStore/Catalogue/CatalogueReader.hpp"
-#include "CorvantileLocalStore/LocalStoreError.hpp"
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
-
-#include <gtest/gtest.h>
-
-#include <string>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::CatalogueReaderTest {
 

@@ -2,11 +2,9 @@
 
 #include "CorvantilePlatform/Foundation/detail/CalendarText.hpp"
 
-#include <chrono>
 #include <ctime>
 #include <iomanip>
 #include <sstream>
-#include <string>
 
 namespace corvantile {
 

@@ -1,18 +1,10 @@
 #include "CorvantileLocalStore/detail/Ports/LocalPaymentQueue.hpp"
-#include "CorvantileLocalStore/Engine/StoreStorage.hpp"
-#include "CorvantileLocalStore/LocalStore.hpp"
-#include "CorvantilePlatform/Foundation/Clock.hpp"
-#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantilePlatform/Foundation/NSBundle.hpp"
 #include "CorvantileTest/RecordingConsole.hpp"
 #include "CorvantileTest/TestDevice.hpp"
 #include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
-
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace corvantile::LocalPaymentQueueTest {
 

@@ -1,23 +1,13 @@
 #include "CorvantileLocalStore/LocalStore.hpp"
-#include "CorvantilePlatform/Platform.hpp"
-#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
 #include "CorvantileTest/ForEachSeed.hpp"
 #include "CorvantileTest/TestDevice.hpp"
 #include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
-
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <functional>
-#include <map>
-#include <memory>
-#include <random>
-#include <set>
-#include <string>
-#include <vector>
 
 namespace corvantile::RandomWalkTest {
 

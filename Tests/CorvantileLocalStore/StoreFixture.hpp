@@ -6,13 +6,9 @@
 #include "CorvantilePlatform/Foundation/Clock.hpp"
 #include "Tests/CorvantileLocalStore/Days.hpp"
 
-#include <chrono>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <utility>
 
 namespace corvantile {
 

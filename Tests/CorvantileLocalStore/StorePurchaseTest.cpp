@@ -3,8 +3,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <string>
-
 namespace corvantile::StorePurchaseTest {
 
 using State = SKPaymentTransactionState;

@@ -1,10 +1,8 @@
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
 
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <functional>
 #include <limits>
-#include <string>
 
 namespace corvantile::SubscriptionTest {
 

@@ -1,11 +1,8 @@
 #include "CorvantilePlatform/Foundation/Date.hpp"
 #include "CorvantilePlatform/Foundation/detail/CalendarText.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
 #include <limits>
-#include <string>
 #include <string_view>
 
 namespace corvantile::DateTest {

@@ -2,10 +2,7 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <exception>
 #include <stdexcept>
-#include <string>
-#include <string_view>
 
 namespace corvantile::ErrorTest {
 

@@ -1,19 +1,10 @@
 #include "CorvantilePlatform/Platform.hpp"
 
-#include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantilePlatform/Application/UIApplicationDelegate.hpp"
-#include "CorvantilePlatform/Foundation/Console.hpp"
-#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantileTest/RecordingConsole.hpp"
 #include "CorvantileTest/TestDevice.hpp"
 #include "CorvantileTest/TestPlatform.hpp"
-
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <memory>
-#include <string>
-#include <vector>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::PlatformTest {
 

@@ -1,14 +1,9 @@
 #include "CorvantilePlatform/Process.hpp"
 
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <set>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace corvantile::ProcessTest {
 

@@ -1,13 +1,7 @@
 #include "CorvantilePlatform/Foundation/Console.hpp"
 #include "CorvantilePlatform/Foundation/detail/Base64.hpp"
 #include "CorvantilePlatform/Foundation/detail/Unicode.hpp"
-
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <optional>
-#include <string>
-#include <string_view>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::TextTest {
 

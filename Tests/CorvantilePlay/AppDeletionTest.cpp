@@ -3,10 +3,7 @@
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
-
-#include <gmock/gmock.h>
-
-#include <functional>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::AppDeletionTest {
 

@@ -3,8 +3,6 @@
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <string>
-
 namespace corvantile::tool::AppDescriptionTest {
 
 // What is said about an app.json of this text; empty when nothing is wrong with it.

@@ -1,14 +1,10 @@
 #include "CorvantileDesktop/detail/Files/Descriptor.hpp"
-#include "CorvantilePlay/PlayRegistry.hpp"
 #include "CorvantilePlay/detail/Inspection/Inspect.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <algorithm>
 #include <array>
-#include <cstdint>
 #include <sstream>
 
 #include <arpa/inet.h>

@@ -1,14 +1,10 @@
 #include "Tests/CorvantilePlay/GoldenState.hpp"
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
-#include "Tests/CorvantilePlay/SampleFolder.hpp"
 #include "Tests/CorvantilePlay/ToolRun.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <csignal>
-#include <fstream>
 #include <regex>
-#include <string>
-#include <utility>
 
 namespace corvantile::tool::CommandLineTest {
 

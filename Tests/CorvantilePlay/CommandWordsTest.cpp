@@ -1,12 +1,7 @@
 #include "CorvantilePlay/detail/Text/NearestName.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
-#include "CorvantilePlay/detail/Text/Words.hpp"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::CommandWordsTest {
 

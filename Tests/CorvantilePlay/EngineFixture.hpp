@@ -1,18 +1,10 @@
 #pragma once
 
 #include "CorvantilePlay/detail/Commands/Engine.hpp"
-#include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
-
-#include <gmock/gmock.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
-#include <filesystem>
-#include <mutex>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace corvantile::tool {
 

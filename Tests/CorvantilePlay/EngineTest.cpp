@@ -1,6 +1,5 @@
 #include "CorvantilePlatform/Platform.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::EngineTest {
 

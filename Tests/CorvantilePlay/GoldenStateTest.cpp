@@ -1,6 +1,5 @@
 #include "Tests/CorvantilePlay/GoldenState.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::GoldenStateTest {
 

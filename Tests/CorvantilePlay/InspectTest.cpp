@@ -2,7 +2,6 @@
 #include "CorvantilePlay/PlayRegistry.hpp"
 
 #include "CorvantileDesktop/Foundation/SQLiteUserDefaults.hpp"
-#include "CorvantileDesktop/Keychain/Vault.hpp"
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlay/detail/Inspection/StateCopy.hpp"
 #include "CorvantilePlay/detail/Output/CommandOutput.hpp"
@@ -11,12 +10,7 @@
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <functional>
-#include <map>
-#include <memory>
 #include <sstream>
-#include <string>
-#include <utility>
 
 namespace corvantile::tool::InspectTest {
 

@@ -7,17 +7,10 @@
 #include "CorvantileIAP/StoreReceipt.hpp"
 #include "CorvantileLocalStore/Catalogue/CatalogueReader.hpp"
 #include "CorvantileLocalStore/Engine/detail/RecordCoding.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantilePlatform/Network/HTTPClient.hpp"
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
-
-#include <gmock/gmock.h>
-
-#include <cstddef>
-#include <exception>
-#include <functional>
-#include <string>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::JSONDepthTest {
 

@@ -1,14 +1,12 @@
 #include "Tests/CorvantilePlay/ToolRun.hpp"
 
-#include <gmock/gmock.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
+
 #include <nlohmann/json.hpp>
 
-#include <fstream>
 #include <map>
 #include <regex>
 #include <sstream>
-#include <string>
-#include <vector>
 
 // What the tool prints as JSON is what its page promises to scripts.
 namespace corvantile::tool::JSONFormatTest {

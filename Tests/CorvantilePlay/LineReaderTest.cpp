@@ -1,13 +1,10 @@
 #include "CorvantilePlay/detail/CommandLine/LineReader.hpp"
 
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <array>
 #include <cerrno>
-#include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include <sys/mman.h>
 #include <unistd.h>

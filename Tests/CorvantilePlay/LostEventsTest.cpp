@@ -1,9 +1,6 @@
 #include "CorvantilePlay/detail/Session/MarkedTransactions.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
-
-#include <thread>
 
 namespace corvantile::tool::LostEventsTest {
 

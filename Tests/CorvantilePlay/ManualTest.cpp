@@ -8,10 +8,8 @@
 
 #include <array>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <string>
 
 namespace corvantile::tool::ManualTest {
 

@@ -1,19 +1,12 @@
 #include "CorvantilePlay/detail/Output/OutputFormat.hpp"
 
 #include "CorvantilePlay/detail/Output/ToolProcess.hpp"
-#include "CorvantilePlay/detail/Text/TerminalText.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <functional>
 #include <limits>
 #include <new>
-#include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace corvantile::tool::OutputFormatTest {
 

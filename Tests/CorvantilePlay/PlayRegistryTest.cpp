@@ -5,14 +5,8 @@
 #include "CorvantilePlay/detail/Inspection/StoredValues.hpp"
 #include "CorvantilePlay/detail/Kinds/RecordingSink.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
-#include "CorvantileReactive/DisposeBag.hpp"
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
-
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace corvantile::tool::PlayRegistryTest {
 

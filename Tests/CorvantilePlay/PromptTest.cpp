@@ -2,16 +2,11 @@
 #include "Tests/CorvantilePlay/ToolRun.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <array>
 #include <chrono>
 #include <csignal>
-#include <fstream>
-#include <string>
 
 #include <poll.h>
 #include <pty.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace corvantile::tool::PromptTest {
 

@@ -8,8 +8,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <string>
-#include <vector>
 
 // A proof that finds nothing must be able to find something.
 namespace corvantile::tool::ProofVerdictTest {

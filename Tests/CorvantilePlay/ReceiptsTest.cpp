@@ -8,7 +8,6 @@
 #include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <sstream>
-#include <string>
 
 namespace corvantile::tool::ReceiptsTest {
 

@@ -2,9 +2,7 @@
 
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 
-#include <filesystem>
 #include <fstream>
-#include <string>
 
 namespace corvantile::tool {
 

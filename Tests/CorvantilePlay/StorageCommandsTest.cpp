@@ -1,6 +1,5 @@
 #include "Tests/CorvantilePlay/EngineFixture.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::StorageCommandsTest {
 

@@ -4,10 +4,7 @@
 
 #include <array>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <string>
 
 #include <sys/wait.h>
 

@@ -1,10 +1,6 @@
 #include "CorvantileReactive/CombineLatest.hpp"
 #include "Tests/CorvantileReactive/Recorder.hpp"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 namespace corvantile::rx::CombineLatestTest {
 
 TEST(CombineLatest, PairsTheLatestElementsUntilNoneCanFollow) {

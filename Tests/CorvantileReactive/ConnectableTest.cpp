@@ -1,8 +1,6 @@
 #include "CorvantileReactive/ConnectableObservable.hpp"
 #include "Tests/CorvantileReactive/Recorder.hpp"
 
-#include <gtest/gtest.h>
-
 namespace corvantile::rx::ConnectableTest {
 
 TEST(Connectables, ShareOneSubscriptionAndItsReplayFromEachConnectionOn) {

@@ -1,12 +1,5 @@
 #include "Tests/CorvantileReactive/PlatformTest.hpp"
 
-#include <chrono>
-#include <map>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace corvantile::rx::DebugTest {
 
 namespace {

@@ -2,11 +2,6 @@
 #include "CorvantileReactive/DisposeBag.hpp"
 #include "Tests/CorvantileReactive/Recorder.hpp"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <utility>
-
 namespace corvantile::rx::DisposableTest {
 
 TEST(Disposables, RunTheirActionOnceForAllCopiesAndLetItGo) {

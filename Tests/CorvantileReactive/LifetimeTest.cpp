@@ -1,13 +1,6 @@
 #include "CorvantileReactive/CombineLatest.hpp"
 #include "Tests/CorvantileReactive/PlatformTest.hpp"
 
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace corvantile::rx::LifetimeTest {
 
 namespace {

@@ -1,12 +1,7 @@
 #include "CorvantileReactive/CombineLatest.hpp"
 #include "Tests/CorvantileReactive/Recorder.hpp"
 
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <stdexcept>
-#include <string>
-#include <utility>
 
 namespace corvantile::rx::OperatorTest {
 

@@ -4,9 +4,6 @@
 #include "Tests/CorvantileReactive/Recorder.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-#include <memory>
-#include <string>
-
 namespace corvantile::rx {
 
 // A fresh process for each test, and a trace.

@@ -1,16 +1,9 @@
 #pragma once
 
-#include "CorvantilePlatform/Foundation/NSError.hpp"
-#include "CorvantileReactive/Describe.hpp"
 #include "CorvantileReactive/Factories.hpp"
-#include "CorvantileReactive/Observable.hpp"
 #include "CorvantileReactive/PublishSubject.hpp"
 #include "CorvantileReactive/ReplaySubject.hpp"
-
-#include <exception>
-#include <functional>
-#include <string>
-#include <utility>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 // What nearly every test of streams needs.
 namespace corvantile::rx {

@@ -1,12 +1,5 @@
 #include "Tests/CorvantileReactive/Recorder.hpp"
 
-#include <gtest/gtest.h>
-
-#include <exception>
-#include <memory>
-#include <string>
-#include <utility>
-
 namespace corvantile::rx::ReplaySubjectTest {
 
 TEST(ReplaySubjects, ReplayTheNewestElementsAndTheTerminal) {

@@ -2,10 +2,6 @@
 #include "CorvantileReactive/MainScheduler.hpp"
 #include "Tests/CorvantileReactive/PlatformTest.hpp"
 
-#include <chrono>
-#include <memory>
-#include <string>
-
 namespace corvantile::rx::SchedulerTest {
 
 using namespace std::chrono_literals;

@@ -1,13 +1,5 @@
 #include "Tests/CorvantileReactive/Recorder.hpp"
 
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
-
 namespace corvantile::rx::SubjectTest {
 
 // Observers A and B of a subject; what A does when it gets 1 decides what both see. Who is disposed of gets

@@ -1,12 +1,6 @@
 #include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "CorvantileReactive/CombineLatest.hpp"
-#include "CorvantileReactive/Hooks.hpp"
 #include "Tests/CorvantileReactive/PlatformTest.hpp"
-
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace corvantile::rx::SubscriptionTest {
 

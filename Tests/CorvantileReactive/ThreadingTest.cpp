@@ -2,13 +2,7 @@
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
 #include "Tests/CorvantileReactive/PlatformTest.hpp"
 
-#include <atomic>
-#include <functional>
-#include <map>
 #include <numeric>
-#include <thread>
-#include <utility>
-#include <vector>
 
 // Real threads; meant for the thread sanitizer as much as for what the tests assert.
 namespace corvantile::rx::ThreadingTest {

@@ -4,9 +4,6 @@
 #include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <memory>
-#include <string>
-
 // What a test can do to the device under an app.
 namespace corvantile::FaultsTest {
 

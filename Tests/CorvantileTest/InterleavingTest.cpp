@@ -2,16 +2,9 @@
 #include "CorvantileTest/ForEachSeed.hpp"
 #include "CorvantileTest/TestDevice.hpp"
 #include "CorvantileTest/TestPlatform.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <cstdint>
-#include <memory>
-#include <set>
 #include <stdexcept>
-#include <string>
-#include <utility>
 
 namespace corvantile::InterleavingTest {
 

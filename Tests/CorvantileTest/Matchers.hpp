@@ -3,9 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace corvantile {
 
-// The matchers that most tests use.
+// The matchers that most tests use. Tests do not repeat the includes above.
 using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;

@@ -3,15 +3,7 @@
 #include "CorvantileTest/RecordingConsole.hpp"
 #include "CorvantileTest/TestDevice.hpp"
 #include "CorvantileTest/TestPlatform.hpp"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile {
 

@@ -1,13 +1,7 @@
 #include "CorvantilePlatform/Foundation/Clock.hpp"
-#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace corvantile::VirtualTimeTest {
 

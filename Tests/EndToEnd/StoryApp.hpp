@@ -8,13 +8,8 @@
 #include "Corvantile/Plugin/Database/FirstDatePlugin.hpp"
 #include "Corvantile/Plugin/Products/ConsumablePlugin.hpp"
 #include "CorvantileIAP/IAPReceiptPlugin.hpp"
-#include "CorvantilePlatform/Application/UIApplication.hpp"
 #include "CorvantilePlatform/Store/SKPayment.hpp"
 #include "Tests/Corvantile/RecordingAnalytics.hpp"
-
-#include <memory>
-#include <string>
-#include <vector>
 
 // The app of the story: all that has to do with purchases, and a back end of its own beside the SDK.
 namespace corvantile {

@@ -4,6 +4,7 @@
 #include "CorvantileTest/RecordingAdjust.hpp"
 #include "CorvantileTest/TestDevice.hpp"
 #include "CorvantileTest/TestPlatform.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/EndToEnd/StoryApp.hpp"
 
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM
@@ -13,15 +14,6 @@
 
 #include <fstream>
 #endif
-
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <utility>
-#include <variant>
 
 // The story's app on a platform: `launch`, `terminate`, `goTo` a date, running or not; `settle` until `done`;
 // what the attribution SDK was given, over all processes: tokens of events, transactions of subscriptions.

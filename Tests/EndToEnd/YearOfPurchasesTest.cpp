@@ -2,14 +2,6 @@
 #include "Tests/CorvantileLocalStore/Days.hpp"
 #include "Tests/EndToEnd/StoryProcess.hpp"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <string>
-
 // From the store to the attribution SDK, over a year.
 namespace corvantile::YearOfPurchasesTest {
 

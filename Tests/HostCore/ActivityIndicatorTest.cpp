@@ -1,17 +1,11 @@
 #include "HostCore/ActivityIndicator.hpp"
 
-#include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantileReactive/Factories.hpp"
 #include "CorvantileReactive/PublishSubject.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace corvantile::ActivityIndicatorTest {
 

@@ -1,15 +1,10 @@
 #include "CorvantilePlatform/Foundation/NSDecimalNumber.hpp"
 
-#include <gtest/gtest.h>
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <cstddef>
-#include <cstdint>
 #include <iterator>
 #include <limits>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <utility>
 
 namespace corvantile::NSDecimalNumberTest {
 

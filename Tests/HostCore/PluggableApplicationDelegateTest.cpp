@@ -1,16 +1,8 @@
 #include "HostCore/PluggableApplicationDelegate.hpp"
 
-#include "CorvantilePlatform/Application/UIApplication.hpp"
-#include "CorvantilePlatform/Store/SKPaymentQueue.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 #include "Tests/CorvantileTest/ProcessTest.hpp"
 
-#include <functional>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace corvantile::PluggableApplicationDelegateTest {
 

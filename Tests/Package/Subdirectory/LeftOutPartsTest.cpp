@@ -8,25 +8,12 @@
 #include "CorvantilePlatform/Store/SKPaymentTransaction.hpp"
 #include "CorvantilePlatform/Store/StoreRequests.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <exception>
-#include <memory>
 #include <mutex>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
 
 namespace corvantile {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 template <class Platform>
 concept ShowsLeftOutParts = requires(Platform& platform) {
