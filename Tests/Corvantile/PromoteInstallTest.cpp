@@ -14,12 +14,7 @@ std::string prompt(const std::string& members) {
 
 // The error that decoding ends with; empty when it does not.
 std::string failure(const std::string& json) {
-    try {
-        static_cast<void>(decodeJSON<PromoteInstall>(json));
-        return "";
-    } catch (const NSError& error) {
-        return error.localizedDescription();
-    }
+    return thrownText<NSError>([&] { static_cast<void>(decodeJSON<PromoteInstall>(json)); });
 }
 
 TEST(PromoteInstalls, SurviveEncoding) {

@@ -26,4 +26,15 @@ using testing::SizeIs;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
+// What an `Error` that the call throws says; empty when it throws none.
+template <class Error, class Call>
+std::string thrownText(Call call) {
+    try {
+        call();
+    } catch (const Error& error) {
+        return error.what();
+    }
+    return {};
+}
+
 } // namespace corvantile
