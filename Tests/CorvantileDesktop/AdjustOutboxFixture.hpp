@@ -2,12 +2,9 @@
 
 #include "CorvantileDesktop/Adjust/OutboxAdjust.hpp"
 #include "CorvantileDesktop/Adjust/detail/FormText.hpp"
-#include "CorvantileTest/RecordingConsole.hpp"
 #include "CorvantileTest/ScriptedHTTP.hpp"
-#include "CorvantileTest/TestDevice.hpp"
-#include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile {
 
@@ -33,15 +30,15 @@ public:
 };
 
 // The desktop's SDK in virtual time, on a scripted network that takes everything.
-class AdjustOutbox : public testing::Test {
+class AdjustOutbox : public ProcessTest {
 protected:
     static constexpr const char* appToken = "abcdefghijkl";
     static constexpr const char* server = "https://adjust.example";
 
-    AdjustOutbox() { platform->http().answer(server, {.status = 200, .body = R"({"message":"fine"})"}); }
+    AdjustOutbox() { platform_->http().answer(server, {.status = 200, .body = R"({"message":"fine"})"}); }
 
     [[nodiscard]] std::unique_ptr<OutboxAdjust> make(AdjustOptions options = {.endpoint = server}) const {
-        return std::make_unique<OutboxAdjust>(file, std::move(options), platform->ports());
+        return std::make_unique<OutboxAdjust>(file, std::move(options), platform_->ports());
     }
     [[nodiscard]] std::shared_ptr<ADJConfig> validConfig(OutboxAdjust& adjust) const {
         auto config = adjust.makeConfig(appToken, ADJEnvironmentSandbox);
@@ -57,15 +54,12 @@ protected:
     // What was posted so far: path and event token.
     [[nodiscard]] std::vector<std::string> posted(std::size_t from = 0) const {
         std::vector<std::string> found;
-        for (const auto& [request, isCancelled] : platform->http().sent())
+        for (const auto& [request, isCancelled] : platform_->http().sent())
             found.push_back(request.url.substr(std::string(server).size()) + " " +
                             formField(*request.body, "event_token"));
         return {found.begin() + static_cast<std::ptrdiff_t>(from), found.end()};
     }
-    [[nodiscard]] std::vector<std::string> lines() const { return platform->console().lines(); }
 
-    TestDevice device;
-    std::unique_ptr<TestPlatform> platform = TestPlatform::launch(device);
     const TemporaryFolder home;
     std::filesystem::path file = home.path() / "outbox.sqlite";
     const std::shared_ptr<ListeningDelegate> delegate = std::make_shared<ListeningDelegate>();

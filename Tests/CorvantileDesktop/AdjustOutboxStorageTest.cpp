@@ -49,7 +49,8 @@ TEST_F(AdjustOutbox, SendsEachPackageInOrderWhoeverIsKilledWhileDelivering) {
 }
 
 TEST_F(AdjustOutbox, RemembersTransactionsAttributionAndPushTokenInTheNextProcess) {
-    platform->http().answer(server, {.status = 200, .body = R"({"adid":"A","attribution":{"network":"N"}})"});
+    platform_->http().answer(server,
+                             {.status = 200, .body = R"({"adid":"A","attribution":{"network":"N"}})"});
     auto adjust = launch();
     adjust->setPushToken({0xAB});
     const auto sendTransaction = [&](int number) {
@@ -58,17 +59,17 @@ TEST_F(AdjustOutbox, RemembersTransactionsAttributionAndPushTokenInTheNextProces
         adjust->send(event);
     };
     for (int number = 0; number < 11; ++number) sendTransaction(number);
-    platform->runUntilIdle();
+    platform_->runUntilIdle();
     adjust = launch();
-    platform->console().clear();
+    platform_->console().clear();
     sendTransaction(1);
     EXPECT_THAT(lines(), ElementsAre(HasSubstr("'T1' has been sent before")));
     sendTransaction(0); // eleven transactions ago
     EXPECT_THAT(lines(), SizeIs(1));
-    platform->runUntilIdle();
+    platform_->runUntilIdle();
 
     EXPECT_THAT(posted(), SizeIs(13));
-    EXPECT_THAT(*platform->http().sent().back().request.body, HasSubstr("&push_token=ab&"));
+    EXPECT_THAT(*platform_->http().sent().back().request.body, HasSubstr("&push_token=ab&"));
     EXPECT_EQ(std::count(delegate->heard.begin(), delegate->heard.end(), "attribution N A"), 1);
 }
 
@@ -78,24 +79,24 @@ TEST_F(AdjustOutbox, HasItsLogEmptiedWhateverMadeItLong) {
         ADJEvent event("token1");
         event.setTransactionId(std::to_string(number));
         adjust->send(event);
-        platform->advance(10ms);
+        platform_->advance(10ms);
     }
     EXPECT_LT(std::filesystem::file_size(beside(file, "-wal")), 300 * 4096);
 }
 
 TEST_F(AdjustOutbox, LetsOneProcessDeliverAtATime) {
     const auto first = launch();
-    platform->runUntilIdle();
-    platform->http().hang(server);
+    platform_->runUntilIdle();
+    platform_->http().hang(server);
     first->send(ADJEvent("token1"));
-    platform->runUntilIdle();
+    platform_->runUntilIdle();
     auto second = launch();
     second->send(ADJEvent("token2"));
-    platform->advance(10s);
+    platform_->advance(10s);
     EXPECT_THAT(posted(), ElementsAre("/session ", "/event token1"));
 
-    platform->http().answer(server, {.status = 200, .body = "{}"});
-    platform->advance(10min);
+    platform_->http().answer(server, {.status = 200, .body = "{}"});
+    platform_->advance(10min);
 
     EXPECT_THAT(posted(2), ElementsAre("/event token1", "/event token2"));
     for (const auto& package : second->packages()) EXPECT_EQ(package.state, PackageState::sent);
@@ -107,7 +108,7 @@ TEST_F(AdjustOutbox, KeepsInMemoryWhatAFullDiskDoesNotTake) {
         const SmallDisk full(std::filesystem::file_size(beside(file, "-wal")));
         adjust->send(ADJEvent("token1"));
         adjust->send(ADJEvent("token2"));
-        platform->runUntilIdle();
+        platform_->runUntilIdle();
         adjust->send(ADJEvent("token3"));
     }
     EXPECT_THAT(posted(), ElementsAre("/session ", "/event token1", "/event token2"));
@@ -129,12 +130,12 @@ TEST_F(AdjustOutbox, GoesOnOverALaunchThatCannotReadItsFileAndForgetsNothing) {
     file = state / "outbox.sqlite";
     std::unique_ptr<OutboxAdjust> adjust;
     const auto launchAndSend = [&](const char* transaction) {
-        platform->advance(1h);
+        platform_->advance(1h);
         adjust = launch();
         ADJEvent event("token1");
         event.setTransactionId(transaction);
         adjust->send(event);
-        platform->runUntilIdle();
+        platform_->runUntilIdle();
     };
     launchAndSend("T1");
     launchAndSend("T2");
@@ -147,10 +148,10 @@ TEST_F(AdjustOutbox, GoesOnOverALaunchThatCannotReadItsFileAndForgetsNothing) {
     std::filesystem::remove(state);
     std::filesystem::rename(away, state);
     adjust.reset();
-    platform->console().clear();
+    platform_->console().clear();
 
     launchAndSend("T1");
-    EXPECT_THAT(*platform->http().sent().back().request.body, HasSubstr("session_count=3&"));
+    EXPECT_THAT(*platform_->http().sent().back().request.body, HasSubstr("session_count=3&"));
     launchAndSend("T3");
     EXPECT_THAT(lines(), ElementsAre(HasSubstr("'T1' has been sent"), HasSubstr("'T3' has been sent")));
 }
@@ -159,7 +160,7 @@ TEST_F(AdjustOutbox, DeliversFromMemoryWhereThereIsNoPlaceForAFile) {
     file.clear();
     const auto adjust = launch();
     adjust->send(ADJEvent("token1"));
-    platform->runUntilIdle();
+    platform_->runUntilIdle();
 
     EXPECT_THAT(posted(), ElementsAre("/session ", "/event token1"));
     EXPECT_EQ(adjust->packages().back().state, PackageState::sent);

@@ -39,7 +39,7 @@ TEST_F(AdjustOutbox, SaysWhatItRefusesAndWhy) {
     for (const auto& [line, packages, action] : cases) {
         SCOPED_TRACE(line);
         file = home.path() / line;
-        platform->console().clear();
+        platform_->console().clear();
         const auto adjust = packages > 0 ? launch({}) : make({});
 
         action(*adjust);
@@ -52,7 +52,7 @@ TEST_F(AdjustOutbox, SaysWhatItRefusesAndWhy) {
     auto config = validConfig(*quiet);
     config->setLogLevel(ADJLogLevel::suppress);
     quiet->launch(config);
-    platform->console().clear();
+    platform_->console().clear();
     quiet->send(ADJEvent(""));
     EXPECT_THAT(lines(), IsEmpty());
 }
@@ -70,20 +70,20 @@ TEST_F(AdjustOutbox, PostsFormsAsTheServerReadsThem) {
     subscription.setSalesRegion("DEU");
     adjust->send(subscription);
 
-    platform->runUntilIdle();
+    platform_->runUntilIdle();
 
-    const std::string idfv = *device.vendorIdentifier();
+    const std::string idfv = *device_.vendorIdentifier();
     const auto common = "s2s=1&app_token=abcdefghijkl&environment=sandbox&idfv=" + idfv +
                         "&push_token=0aff00&created_at_unix=1704164645&package_id=";
     const auto packages = adjust->packages();
     ASSERT_THAT(packages, SizeIs(3));
     const std::pair<std::string, std::string> expected[] = {
-        {"/session", "&session_count=1&os_version=" + device.systemVersion()},
+        {"/session", "&session_count=1&os_version=" + device_.systemVersion()},
         {"/event", "&event_token=a+b%26c&revenue=4.99000&currency=EUR"},
         {"/v2/purchase",
          "&revenue=9.99&currency=USD&transaction_id=1000%2F1&transaction_date="
          "2024-01-02T03%3A04%3A05.678Z%2B0000&sales_region=DEU&billing_store=iOS&receipt=%2FwD%2B"}};
-    const auto sent = platform->http().sent();
+    const auto sent = platform_->http().sent();
     ASSERT_THAT(sent, SizeIs(3));
     for (std::size_t i = 0; i < sent.size(); ++i) {
         const auto& request = sent[i].request;
@@ -123,29 +123,29 @@ TEST_F(AdjustOutbox, KeepsAPackageUntilItIsAnswered) {
         {{.delay = 24h}, PackageState::waiting, ""},
     };
     const auto adjust = launch();
-    platform->runUntilIdle();
+    platform_->runUntilIdle();
     EXPECT_THAT(delegate->heard, ElementsAre("session sent fine"));
     for (const auto& one : cases) {
         SCOPED_TRACE(one.heard);
         delegate->heard.clear();
-        platform->http().handle(server, [&](const HTTPRequest&) { return one.reply; });
-        const auto before = platform->http().sent().size();
+        platform_->http().handle(server, [&](const HTTPRequest&) { return one.reply; });
+        const auto before = platform_->http().sent().size();
         adjust->send(ADJEvent("token1"));
         adjust->send(ADJEvent("token2"));
-        platform->advance(60s);
+        platform_->advance(60s);
 
         const auto package = *(adjust->packages().end() - 2);
         EXPECT_EQ(package.state, one.state);
         EXPECT_EQ(package.tries, 1);
         EXPECT_THAT(delegate->heard.at(0), HasSubstr(one.heard));
 
-        platform->http().answer(server, {.status = 200, .body = "{}"});
-        platform->advance(121s); // by then it has been tried again, before the other
+        platform_->http().answer(server, {.status = 200, .body = "{}"});
+        platform_->advance(121s); // by then it has been tried again, before the other
         EXPECT_NE(adjust->packages().back().state, PackageState::waiting);
         std::vector<std::string> expected(one.state == PackageState::waiting ? 2 : 1, "/event token1");
         expected.emplace_back("/event token2");
         EXPECT_EQ(posted(before), expected);
-        const auto sent = platform->http().sent();
+        const auto sent = platform_->http().sent();
         EXPECT_TRUE(expected.size() == 2 || sent[before].request.body == sent[before + 1].request.body);
     }
 }
@@ -153,8 +153,8 @@ TEST_F(AdjustOutbox, KeepsAPackageUntilItIsAnswered) {
 TEST_F(AdjustOutbox, WaitsLongerAfterEachFailureUnlessTheNetworkComesBack) {
     std::vector<std::chrono::nanoseconds> moments;
     bool fails = true;
-    platform->http().handle(server, [&](const HTTPRequest&) {
-        moments.push_back(device.uptime());
+    platform_->http().handle(server, [&](const HTTPRequest&) {
+        moments.push_back(device_.uptime());
         return fails ? ScriptedReply{} : answered(200, "{}");
     });
     const auto adjust = launch();
@@ -163,7 +163,7 @@ TEST_F(AdjustOutbox, WaitsLongerAfterEachFailureUnlessTheNetworkComesBack) {
     for (const auto& [first, longest] : waits) {
         moments.clear();
         adjust->send(ADJEvent("token1"));
-        platform->advance(24h * 10);
+        platform_->advance(24h * 10);
         ASSERT_THAT(moments, SizeIs(testing::Gt(14)));
         for (std::size_t i = 1; i < moments.size(); ++i) {
             const auto most =
@@ -172,39 +172,39 @@ TEST_F(AdjustOutbox, WaitsLongerAfterEachFailureUnlessTheNetworkComesBack) {
             EXPECT_LE(moments[i] - moments[i - 1], most) << i;
         }
         fails = false;
-        platform->advance(24h);
+        platform_->advance(24h);
         fails = true;
     }
     adjust->send(ADJEvent("token1"));
-    platform->runUntilIdle();
+    platform_->runUntilIdle();
     moments.clear();
     adjust->setOnline(false);
-    platform->advance(48h);
+    platform_->advance(48h);
     EXPECT_THAT(moments, IsEmpty());
     adjust->setOnline(true);
-    platform->runUntilIdle();
+    platform_->runUntilIdle();
     EXPECT_THAT(moments, SizeIs(1));
 }
 
 TEST_F(AdjustOutbox, RestsWithoutEndpointOfflineAndWhileTheAppIsNotActive) {
     auto adjust = launch({});
     adjust->send(ADJEvent("token1"));
-    platform->advance(1h);
+    platform_->advance(1h);
     adjust = launch({.endpoint = server, .isOffline = true});
-    platform->advance(1h);
+    platform_->advance(1h);
     EXPECT_THAT(posted(), IsEmpty());
     adjust->setOnline(true);
-    platform->runUntilIdle();
+    platform_->runUntilIdle();
     EXPECT_THAT(posted(), ElementsAre("/session ", "/event token1", "/session "));
 
     for (const auto rest : {29min, 30min}) { // the first too short for another session
         adjust->setActive(false);
         adjust->send(ADJEvent("token2"));
         const auto before = posted();
-        platform->advance(rest);
+        platform_->advance(rest);
         EXPECT_EQ(posted(), before);
         adjust->setActive(true);
-        platform->runUntilIdle();
+        platform_->runUntilIdle();
     }
     EXPECT_THAT(posted(3), ElementsAre("/event token2", "/event token2", "/session "));
 
@@ -214,7 +214,7 @@ TEST_F(AdjustOutbox, RestsWithoutEndpointOfflineAndWhileTheAppIsNotActive) {
     adjust->launch(config);
     adjust->setActive(false);
     adjust->send(ADJEvent("token3"));
-    platform->runUntilIdle();
+    platform_->runUntilIdle();
     EXPECT_EQ(posted().back(), "/event token3");
 }
 

@@ -6,8 +6,6 @@
 #include "CorvantilePlatform/Keychain/Locksmith.hpp"
 #include "Tests/CorvantileDesktop/ChildProcess.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
-#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
 #include <random>

@@ -11,8 +11,6 @@
 
 namespace corvantile::DescriptorConsoleTest {
 
-namespace {
-
 struct Pipe {
     Pipe() {
         int ends[2];
@@ -30,8 +28,6 @@ struct Pipe {
     }
     Descriptor out, in;
 };
-
-} // namespace
 
 TEST(DescriptorConsole, KeepsLinesOfSeveralThreadsWholeOnAFullPipe) {
     Pipe pipe;

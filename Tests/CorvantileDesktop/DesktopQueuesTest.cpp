@@ -10,15 +10,11 @@
 
 namespace corvantile::DesktopQueuesTest {
 
-namespace {
-
 using namespace std::chrono_literals;
 
 std::shared_ptr<DispatchQueue> makeQueue() {
     return Platform::current().ports().queues->makeSerial("test", QualityOfService::standard);
 }
-
-} // namespace
 
 TEST(DesktopQueues, LoseNoItemThatIsPostedWhileThePlatformEnds) {
     for (int round = 0; round < 20; ++round) {

@@ -6,8 +6,6 @@
 
 namespace corvantile::MainLoopTest {
 
-namespace {
-
 using namespace std::chrono_literals;
 
 struct MainLoop : testing::Test {
@@ -23,8 +21,6 @@ struct MainLoop : testing::Test {
 };
 
 using MainLoopDeathTest = MainLoop;
-
-} // namespace
 
 TEST_F(MainLoop, StopsAfterTheItemThatAsksForItAndKeepsTheRestForTheNextRun) {
     post('a');

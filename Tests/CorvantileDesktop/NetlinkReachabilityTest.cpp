@@ -13,8 +13,6 @@
 
 namespace corvantile::NetlinkReachabilityTest {
 
-namespace {
-
 using namespace std::chrono_literals;
 using Status = NetworkReachabilityStatus;
 
@@ -60,8 +58,6 @@ bool enterOwnNetwork() {
     }
     std::_Exit(seen.size() == std::size(steps) ? 0 : 3);
 }
-
-} // namespace
 
 TEST(NetlinkReachability, FollowsDefaultRoutesAsTheyComeAndGo) {
     if (!canMakeOwnNetwork()) GTEST_SKIP() << "No network of one's own can be made here.";

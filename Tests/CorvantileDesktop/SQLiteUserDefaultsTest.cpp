@@ -2,8 +2,6 @@
 
 #include "Tests/CorvantileDesktop/FlushCount.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
-#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::SQLiteUserDefaultsTest {
 

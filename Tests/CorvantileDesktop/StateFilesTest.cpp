@@ -1,7 +1,6 @@
 #include "CorvantileDesktop/detail/Files/Quarantine.hpp"
 #include "Tests/CorvantileDesktop/ChildProcess.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
-#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 #include "Tests/CorvantileDesktop/TextFiles.hpp"
 
 #include <random>
@@ -211,11 +210,7 @@ TYPED_TEST(StateFiles, OfALaterVersionAreLeftAlone) {
     alter(this->file, "PRAGMA user_version = 2; PRAGMA wal_checkpoint(TRUNCATE)");
     const auto before = bytesOf(this->file);
 
-    try {
-        this->open().save("new", "text");
-    } catch (const NSError& error) {
-        this->console->print(error.localizedDescription());
-    }
+    this->console->print(thrownText<NSError>([&] { this->open().save("new", "text"); }));
 
     EXPECT_EQ(bytesOf(this->file), before);
     EXPECT_THAT(quarantinedFiles(this->file), IsEmpty());

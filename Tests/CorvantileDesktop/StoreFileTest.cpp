@@ -4,9 +4,7 @@
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
-#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::StoreFileTest {
 
@@ -38,10 +36,7 @@ TEST(StoreFiles, ThatAreBegunAnewUseNoNumberTwice) {
     ASSERT_TRUE(isFromTheStart(false));
     std::string last = "200000000000001";
     std::int64_t lastPlace = 1;
-    const struct {
-        const char* what;
-        std::function<void()> damage;
-    } cases[] = {
+    const std::pair<const char*, std::function<void()>> cases[] = {
         {"an earlier version's, then no store",
          [&] {
              std::filesystem::remove(counters);

@@ -2,12 +2,12 @@
 
 #include "CorvantileDesktop/detail/Storage/Sqlite.hpp"
 #include "CorvantilePlatform/Foundation/Console.hpp"
+#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <csignal>
 #include <fstream>
-#include <functional>
 #include <iterator>
-#include <vector>
 
 #include <sys/resource.h>
 

@@ -5,8 +5,6 @@
 #include "CorvantilePlatform/Foundation/NSBundle.hpp"
 #include "CorvantilePlatform/Network/NetworkReachabilityManager.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
-#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <limits>
 

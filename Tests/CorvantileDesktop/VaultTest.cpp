@@ -4,9 +4,7 @@
 #include "CorvantilePlatform/Keychain/KeychainError.hpp"
 #include "Tests/CorvantileDesktop/FlushCount.hpp"
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
-#include "Tests/CorvantileDesktop/TemporaryFolder.hpp"
 #include "Tests/CorvantilePlatform/AtOnce.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <atomic>
 #include <cstdio>
