@@ -3,7 +3,6 @@
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::AppDeletionTest {
 

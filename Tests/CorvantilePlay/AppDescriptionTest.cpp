@@ -1,7 +1,6 @@
 #include "CorvantilePlay/detail/Description/AppDescription.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::tool::AppDescriptionTest {
 
@@ -9,14 +8,10 @@ namespace corvantile::tool::AppDescriptionTest {
 std::string complaint(const std::string& text) {
     const SampleFolder folder;
     const auto file = folder.write("app.json", text).string();
-    try {
-        static_cast<void>(readAppDescription(folder.app(), PlayRegistry::framework()));
-        return {};
-    } catch (const UsageError& error) {
-        const std::string message = error.what();
-        EXPECT_TRUE(message.starts_with(file + ":")) << message;
-        return message.substr(file.size() + 1);
-    }
+    const auto message = thrownText<UsageError>(
+        [&] { static_cast<void>(readAppDescription(folder.app(), PlayRegistry::framework())); });
+    EXPECT_TRUE(message.empty() || message.starts_with(file + ":")) << message;
+    return message.empty() ? "" : message.substr(file.size() + 1);
 }
 
 std::string withMembers(const std::string& members) {
@@ -25,10 +20,7 @@ std::string withMembers(const std::string& members) {
 
 TEST(AppDescription, SaysWhereItIsWrongAndWhatWasExpected) {
     const std::string router = R"("plugins": [{"kind": "AnalyticPlugin"}], )";
-    const struct {
-        std::string text;
-        const char* complaint;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"", "1: syntax error"},
         {"{\n \"name\": \"A\"\n \"plugins\": []}", "3: syntax error"},
         {R"({"bundleIdentifier": 1e999})", " number overflow parsing '1e999'"},

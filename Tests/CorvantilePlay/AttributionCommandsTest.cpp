@@ -43,12 +43,6 @@ protected:
 
     void beginWith(const std::string& members) { begin(appWith(members).c_str()); }
 
-    // What the command tells.
-    std::string told(const std::string& command) {
-        play({command});
-        return events().back().text;
-    }
-
     std::string inspected(ExitCode (*show)(const InspectOptions&, const PlayRegistry&, CommandOutput&),
                           bool json = false) {
         std::ostringstream out;
@@ -87,14 +81,13 @@ TEST_F(AttributionCommands, DeliverWhatWasTrackedOffline) {
 }
 
 TEST_F(AttributionCommands, KeepWhatTheServerDoesNotTake) {
-    play({"launch", "server answer 500", "online", "deliver"});
-    EXPECT_EQ(events().back().text, "still waiting in the outbox: 1");
+    EXPECT_EQ(shown({"launch", "server answer 500", "online", "deliver"}), "still waiting in the outbox: 1");
 
-    play({"server answer ok", "offline", "online", "deliver"});
-    EXPECT_EQ(events().back().text, "nothing waits in the outbox any more");
+    EXPECT_EQ(shown({"server answer ok", "offline", "online", "deliver"}),
+              "nothing waits in the outbox any more");
 
-    play({"server answer 400 '{\"error\": \"no\"}'", "track open", "deliver", "outbox"});
-    EXPECT_EQ(events().back().text, "event o1: refused at try 1, answer 400 {\"error\": \"no\"}");
+    EXPECT_EQ(shown({"server answer 400 '{\"error\": \"no\"}'", "track open", "deliver", "outbox"}),
+              "event o1: refused at try 1, answer 400 {\"error\": \"no\"}");
 }
 
 TEST_F(AttributionCommands, ShowWhatALaunchLearnsOfItsCampaign) {
@@ -111,9 +104,9 @@ TEST_F(AttributionCommands, ShowWhatALaunchLearnsOfItsCampaign) {
     };
     for (const auto& [ads, answer, learnt] : cases) {
         play({ads, std::string("server answer ") + answer, "relaunch"});
-        EXPECT_EQ(told("attribution"), std::string("this launch has learnt ") + learnt) << ads << answer;
+        EXPECT_EQ(shown({"attribution"}), std::string("this launch has learnt ") + learnt) << ads << answer;
     }
-    EXPECT_EQ(told("idfa"), "the advertising identifier is 00112233-4455-6677-8899-AABBCCDDEEFF");
+    EXPECT_EQ(shown({"idfa"}), "the advertising identifier is 00112233-4455-6677-8899-AABBCCDDEEFF");
 }
 
 TEST_F(AttributionCommands, RefuseADryRunThatWouldReachAnotherMachine) {
@@ -145,7 +138,7 @@ TEST_F(AttributionCommands, SayWhatIsWrongWithTheAppsFiles) {
     EXPECT_THAT(errorOf("promote-install"), HasSubstr("no promotion.json"));
     folder().write("promotion.json", R"({"isEnabled": "true", "threshold": "3", "appID": "1", "appName": "A",
         "messageTitle": "T", "messageBody": "B", "noButtonTitle": "N", "yesButtonTitle": "Y"})");
-    EXPECT_EQ(told("promote-install"), R"(asks at 3: "T" "B" [N] [Y], for A (1))");
+    EXPECT_EQ(shown({"promote-install"}), R"(asks at 3: "T" "B" [N] [Y], for A (1))");
 
     folder().write("events.json", R"([{"name": "open"}])");
     EXPECT_THAT(errorOf("relaunch"), HasSubstr("events.json: expected event tokens"));
@@ -191,8 +184,7 @@ TEST_F(AttributionCommands, ServeAnAppBesideIdleConnectionsAndBodiesOfAnySize) {
             port = std::stoi(event.text.substr(at + before.size()));
     std::vector<Client> idle;
     for (int connection = 0; connection < 150; ++connection) idle.emplace_back(port);
-    play({"launch", "online", "deliver"});
-    EXPECT_EQ(events().back().text, "nothing waits in the outbox any more");
+    EXPECT_EQ(shown({"launch", "online", "deliver"}), "nothing waits in the outbox any more");
 
     const std::string body(5 << 20, 'x');
     EXPECT_THAT(Client(port).answerTo("POST /a HTTP/1.1\r\nContent-Length: 99999999999\r\n\r\n"),

@@ -1,7 +1,6 @@
 #include "Tests/CorvantilePlay/GoldenState.hpp"
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
 #include "Tests/CorvantilePlay/ToolRun.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <csignal>
 #include <regex>
@@ -108,7 +107,6 @@ TEST_F(CommandLineTest, SaysWhyItFailsOnStandardError) {
         {"receipts " + good + "--app '" + folder_.app().string() + "'", 2, noReceipts},
         {"receipts /nowhere --catalogue " + catalogue, 2, "/nowhere: expected a receipt"},
         {"catalogue /nowhere", 2, "/nowhere: expected a StoreKit configuration file"},
-        {"paly", 2, "corvantile: "},
         {"play --scrip x", 2, "corvantile: "},
         {"'pa\x1b[2J\xC2\x9By'", 2, R"(pa\u{1B}[2J\u{9B}y)"},
         {"play --script /dev/zero", 2, "/dev/zero: it cannot be read to its end: a line is longer than any"},

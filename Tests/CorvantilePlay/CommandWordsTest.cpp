@@ -16,10 +16,7 @@ std::vector<std::string> texts(std::string_view line) {
 EventParameters parameters(std::string_view line) { return parseParameters(splitWords(line)).value(); }
 
 TEST(Words, ArePartedByBlanksOutsideQuotes) {
-    const struct {
-        const char* line;
-        std::vector<std::string> words;
-    } cases[] = {
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
         {"", {}},
         {"  \t\r", {}},
         {"# all of it", {}},
@@ -34,10 +31,7 @@ TEST(Words, ArePartedByBlanksOutsideQuotes) {
 }
 
 TEST(Values, AreReadByTheirForm) {
-    const struct {
-        const char* text;
-        EventValue value;
-    } cases[] = {
+    const std::pair<const char*, EventValue> cases[] = {
         {"true", true},
         {"True", "True"},
         {"-3", -3},
@@ -88,12 +82,10 @@ TEST(Values, DurationsTellTheirUnit) {
 
 TEST(NearestName, IsTheOneThatWasMostLikelyMeant) {
     const Names names{"launch", "activate", "relaunch", "track", "status"};
-    const struct {
-        const char* text;
-        const char* meant;
-    } cases[] = {{"trak", "track"},  {"lanuch", "launch"},  {"Status", "status"},
-                 {"stat", "status"}, {"rlaunch", "launch"}, {"x", ""},
-                 {"", ""},           {"terminal", ""}};
+    const std::pair<const char*, const char*> cases[] = {
+        {"trak", "track"},  {"lanuch", "launch"},  {"Status", "status"},
+        {"stat", "status"}, {"rlaunch", "launch"}, {"x", ""},
+        {"", ""},           {"terminal", ""}};
     for (const auto& [text, meant] : cases) EXPECT_EQ(nearestName(text, names), meant) << text;
 }
 

@@ -2,7 +2,6 @@
 
 #include "CorvantilePlay/detail/Commands/Engine.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <algorithm>
 
@@ -31,6 +30,12 @@ protected:
     void play(const Texts& lines) {
         for (const auto& line : lines)
             EXPECT_TRUE(engine_->play(line)) << line << ": " << events().back().text;
+    }
+
+    // What the last of the lines shows last.
+    std::string shown(const Texts& lines) {
+        play(lines);
+        return events().back().text;
     }
 
     // Runs the app until an event has a text that begins so.

@@ -47,8 +47,9 @@ TEST_F(EngineTest, ShowsWhatEachSinkGetsOrWhyItKeepsSilent) {
     EXPECT_THAT(takeTexts("router"),
                 ElementsAre(StartsWith("no sink is registered: the router keeps early without")));
 
-    play({"register console", "register backend", "flush", "ignore console quiet loud", "track quiet"});
-    EXPECT_EQ(events().back().text, "no sink got quiet");
+    EXPECT_EQ(
+        shown({"register console", "register backend", "flush", "ignore console quiet loud", "track quiet"}),
+        "no sink got quiet");
     EXPECT_THAT(takeTexts("sink"), ElementsAre("console ignores quiet: it is on its list",
                                                "backend ignores quiet: it is on its list"));
 
@@ -77,13 +78,12 @@ TEST_F(EngineTest, SwitchesOfTheCallHoldForEveryLaunchAndThoseOfALaunchForThatOn
 }
 
 TEST_F(EngineTest, LooksServicesUpAsAPlugInWould) {
-    play({"launch", "lookup AnalyticPluggable"});
-    EXPECT_EQ(events().back().text, "AnalyticPluggable → AnalyticPlugin, number 2 of 2");
+    EXPECT_EQ(shown({"launch", "lookup AnalyticPluggable"}),
+              "AnalyticPluggable → AnalyticPlugin, number 2 of 2");
 
     begin(R"({"bundleIdentifier": "a", "plugins": []})");
     EXPECT_THAT(errorOf("launch debug"), HasSubstr("by a DebugPlugin, and this app has none"));
-    play({"launch", "lookup AnalyticPluggable"});
-    EXPECT_EQ(events().back().text, "AnalyticPluggable → no plug-in offers it");
+    EXPECT_EQ(shown({"launch", "lookup AnalyticPluggable"}), "AnalyticPluggable → no plug-in offers it");
     EXPECT_THAT(errorOf("track open"),
                 HasSubstr("no plug-in that offers AnalyticPluggable; one would be AnalyticPlugin"));
 }

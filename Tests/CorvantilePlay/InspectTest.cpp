@@ -8,7 +8,6 @@
 #include "CorvantilePlay/detail/Output/Consoles.hpp"
 #include "Tests/CorvantilePlay/GoldenState.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <sstream>
 
@@ -121,10 +120,7 @@ TEST_F(Inspect, SaysWhatIsWrong) {
     const auto setKey = [&](KeychainValue key) {
         vault().update({{"key", std::move(key)}}, keyAccount, service);
     };
-    const struct {
-        std::function<void()> damage;
-        const char* finding;
-    } cases[] = {
+    const std::pair<std::function<void()>, const char*> cases[] = {
         {[&] { fs::permissions(state, fs::perms::all); }, "other users get in; chmod go-w"},
         {[&] { fs::permissions(state / "keychain/master.key", fs::perms::all); },
          "Others can open master.key"},

@@ -33,57 +33,35 @@ std::string nested(std::string text, std::size_t depth) {
                                   ((depth - outer) % 2 == 1 ? "[]" : "") + repeated("]}", pairs) + ",");
 }
 
-// What a reader says of the text; empty when it has read it.
-using Read = std::function<std::string(const std::string& json)>;
-std::string refusal(const Read& read, const std::string& json) {
-    try {
-        return read(json);
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-}
-
-std::string unless(bool isRead) { return isRead ? "" : "absent"; }
-template <class Value>
-std::string after(const Value&) {
-    return "";
-}
-
 TEST(JSONFromOutside, IsReadUpToALimitOfNestingByEveryReader) {
     const struct {
         const char* reader;
         std::string valid;
-        Read read;
+        std::function<void(const std::string& json)> read; // throws where it cannot
     } cases[] = {
         {"decoding container", encodeJSON(PromoteInstall()),
-         [](const auto& json) { return after(decodeJSON<PromoteInstall>(json)); }},
+         [](const auto& json) { return decodeJSON<PromoteInstall>(json); }},
         {"event-token file", R"([{"token": "t", "name": "n"}])",
-         [](const auto& json) {
-             JSONDecoder::decodeArray(json, [](const auto&) {});
-             return "";
-         }},
+         [](const auto& json) { JSONDecoder::decodeArray(json, [](const auto&) {}); }},
         {"search-ads answer", encodeJSON(AdNetworkAttributionPayload()),
-         [](const auto& json) { return after(decodeJSON<AdNetworkAttributionPayload>(json)); }},
-        {"record", encodeJSON(Setting()),
-         [](const auto& json) { return unless(Setting::fromJSON(json).has_value()); }},
-        {"receipt", R"({"status": 0})", [](const auto& json) { return after(readStoreReceipt(json)); }},
+         [](const auto& json) { return decodeJSON<AdNetworkAttributionPayload>(json); }},
+        {"record", encodeJSON(Setting()), [](const auto& json) { return Setting::fromJSON(json).value(); }},
+        {"receipt", R"({"status": 0})", [](const auto& json) { return readStoreReceipt(json); }},
         {"attribution server's answer", R"({"attribution": {"a": 1}})",
          [](const auto& json) {
-             return unless(answerOf({.status = 200, .headers = {}, .body = json}).isAnswer);
+             const auto answer = answerOf({.status = 200, .headers = {}, .body = json});
+             if (!answer.isAnswer) throw std::runtime_error("no answer");
          }},
-        {"catalogue", sampleCatalogue,
-         [](const auto& json) { return after(readCatalogue(json, "c.storekit")); }},
+        {"catalogue", sampleCatalogue, [](const auto& json) { return readCatalogue(json, "c.storekit"); }},
         {"record of the store", text(StoreClockSetting()),
-         [](const auto& json) { return unless(recordFromText<StoreClockSetting>(json).has_value()); }},
+         [](const auto& json) { return recordFromText<StoreClockSetting>(json).value(); }},
         {"app.json", R"({"plugins": [], "bundleIdentifier": "com.example.app", "name": "n"})",
-         [](const auto& json) {
-             return after(parseAppDescription(json, "app.json", PlayRegistry::framework()));
-         }},
+         [](const auto& json) { return parseAppDescription(json, "app.json", PlayRegistry::framework()); }},
     };
     for (const auto& [reader, valid, read] : cases) {
         SCOPED_TRACE(reader);
         const auto refused = [&, &readText = read, &text = valid](std::size_t depth) {
-            return refusal(readText, nested(text, depth));
+            return thrownText<std::exception>([&] { readText(nested(text, depth)); });
         };
         const auto beyond = refused(greatestJSONDepth + 1);
         EXPECT_NE(beyond, "");

@@ -1,7 +1,5 @@
 #include "Tests/CorvantilePlay/ToolRun.hpp"
 
-#include "Tests/CorvantileTest/Matchers.hpp"
-
 #include <nlohmann/json.hpp>
 
 #include <map>

@@ -1,28 +1,16 @@
 #include "CorvantilePlay/detail/CommandLine/CommandLine.hpp"
 #include "CorvantilePlay/detail/CommandLine/Completion.hpp"
-#include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
+#include "Tests/CorvantilePlay/ToolRun.hpp"
 
 #include <CLI/CLI.hpp>
 
-#include <array>
-#include <cstdio>
-#include <fstream>
 #include <sstream>
 
 namespace corvantile::tool::ManualTest {
 
 // What a line prints in the shell, standard error too.
-std::string printedBy(const std::string& line) {
-    std::FILE* const stream = ::popen(("exec 2>&1; " + line).c_str(), "r");
-    std::string output;
-    std::array<char, 4096> bytes;
-    while (const auto count = std::fread(bytes.data(), 1, bytes.size(), stream))
-        output.append(bytes.data(), count);
-    ::pclose(stream);
-    return output;
-}
+std::string printedBy(const std::string& line) { return ToolRun().shell("exec 2>&1; " + line).output; }
 
 bool hasProgram(const std::string& name) { return !printedBy("command -v " + name).empty(); }
 
@@ -101,10 +89,7 @@ private:
 constexpr const char* nothing = "\n";
 
 TEST_F(Completion, OffersSubcommandsOptionsFoldersAndFilesInBash) {
-    const struct {
-        const char* words;
-        const char* offered;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"pro", "prove\n"},
         {"--v", "--version\n"},
         {"play --s", "--script\n--server\n--state\n"},

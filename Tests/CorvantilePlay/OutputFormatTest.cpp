@@ -17,10 +17,7 @@ TEST(TerminalFormat, ShowsOneReadableLineThatMovesNoCursor) {
               "100:01.999  somebody  error: no");
     EXPECT_EQ(terminalLine({0ns, "console", "console", "a\x1b[2J\rb\nc\td"}),
               "00:00.000  console  a\\u{1B}[2J\\u{0D}b\n                    c\td");
-    const struct {
-        const char* text;
-        const char* line;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"ä 日本 😀 \xE2\x80\xA7", "ä 日本 😀 \xE2\x80\xA7"},
         {"\x7F\xC2\x80\xC2\x9F\xC2\xA0", "\\u{7F}\\u{80}\\u{9F}\xC2\xA0"},
         {"\xE2\x80\xA8\xE2\x80\xAE\xE2\x80\xAF", "\\u{2028}\\u{202E}\xE2\x80\xAF"},

@@ -1,6 +1,5 @@
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
 #include "Tests/CorvantilePlay/ToolRun.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <chrono>
 #include <csignal>
@@ -12,14 +11,19 @@ namespace corvantile::tool::PromptTest {
 
 using namespace std::chrono_literals;
 
-// The tool on a terminal of its own.
+constexpr const char* prompt = "corvantile> ";
+
+// The tool on a terminal of its own, at its prompt.
 class Terminal {
 public:
     explicit Terminal(const std::string& arguments, unsigned short columns = 80) {
         const winsize size{.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
         const auto command = "exec " + ToolRun::tool() + " " + arguments;
         process_ = ::forkpty(&descriptor_, nullptr, nullptr, &size);
-        if (process_ != 0) return;
+        if (process_ != 0) {
+            await(prompt);
+            return;
+        }
         ::setenv("TERM", "xterm", 1);
         ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
         ::_exit(127);
@@ -34,6 +38,13 @@ public:
 
     void type(const std::string& keys) const {
         EXPECT_EQ(::write(descriptor_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+
+    // Awaits what the line shows, and the next prompt.
+    void enter(const std::string& line, const std::string& shown) {
+        type(line + "\n");
+        await(shown);
+        await(prompt);
     }
 
     // What the terminal shows up to `text`, since the last call.
@@ -88,25 +99,17 @@ protected:
 
     [[nodiscard]] std::string play() const { return "play --app '" + folder_.app().string() + "'"; }
 
-    const std::string prompt_ = "corvantile> ";
     SampleFolder folder_;
 };
 
 TEST_F(Prompt, CompletesCommandsAndTheirArguments) {
     Terminal terminal(play());
-    terminal.await(prompt_);
-    terminal.type("lau\tdry\t\n"); // a switch
-    terminal.await("debug on, dry run on");
-    terminal.await(prompt_);
-    terminal.type("register ba\t"); // several sinks are listed
+    terminal.enter("lau\tdry\t", "debug on, dry run on"); // a switch
+    terminal.type("register ba\t");                       // several sinks are listed
     terminal.await("backend  band");
-    terminal.await(prompt_ + "register ba");
-    terminal.type("n\t\n");
-    terminal.await("registers sink band");
-    terminal.await(prompt_);
-    terminal.type("look\tAnaly\t\n");
-    terminal.await("AnalyticPluggable → AnalyticPlugin, number 2 of 3");
-    terminal.await(prompt_);
+    terminal.await(std::string(prompt) + "register ba");
+    terminal.enter("n\t", "registers sink band");
+    terminal.enter("look\tAnaly\t", "AnalyticPluggable → AnalyticPlugin, number 2 of 3");
     terminal.type("quit\n");
     EXPECT_EQ(terminal.exitCode(), 0);
 }
@@ -114,18 +117,12 @@ TEST_F(Prompt, CompletesCommandsAndTheirArguments) {
 TEST_F(Prompt, RemembersLinesOfEarlierPlays) {
     {
         Terminal terminal(play());
-        terminal.await(prompt_);
-        terminal.type("say première\n");
-        terminal.await("you      première");
-        terminal.await(prompt_);
+        terminal.enter("say première", "you      première");
         terminal.type("quit\n");
         EXPECT_EQ(terminal.exitCode(), 0);
     }
     Terminal terminal(play());
-    terminal.await(prompt_);
-    terminal.type("\x1b[A\x1b[A, encore\n"); // the line before quit
-    terminal.await("you      première, encore");
-    terminal.await(prompt_);
+    terminal.enter("\x1b[A\x1b[A, encore", "you      première, encore"); // the line before quit
     terminal.type("\x04");
     EXPECT_EQ(terminal.exitCode(), 0);
     EXPECT_TRUE(std::filesystem::exists(folder_.state() / "corvantile" / "prompt_history"));
@@ -133,42 +130,34 @@ TEST_F(Prompt, RemembersLinesOfEarlierPlays) {
 
 TEST_F(Prompt, MovesTheCursorInsideTheLine) {
     Terminal terminal(play());
-    terminal.await(prompt_);
     terminal.type("say llo\x1b[D\x1b[D\x1b[Dhe\n");
     terminal.await("you      hello");
 }
 
 TEST_F(Prompt, ClearsTheLineOnInterruptAndEndsOnAnEmptyOne) {
     Terminal terminal(play());
-    terminal.await(prompt_);
     terminal.type("nonsense");
     terminal.await("nonsense");
     terminal.type("\x03say still here\n");
     EXPECT_THAT(terminal.await("you      still here"), Not(HasSubstr("there is no command")));
-    terminal.await(prompt_);
+    terminal.await(prompt);
     terminal.type("\x03");
     EXPECT_EQ(terminal.exitCode(), 130);
 }
 
 TEST_F(Prompt, DrawsAHalfTypedLineAgainBelowWhatIsPrintedMeanwhile) {
     Terminal terminal(play());
-    terminal.await(prompt_);
-    terminal.type("launch\n");
-    terminal.await("didFinishLaunching");
-    terminal.await(prompt_);
+    terminal.enter("launch", "didFinishLaunching");
     terminal.type("say half");
     terminal.await("publishes isLoaded: true"); // a second after the launch
-    terminal.await(prompt_ + "say half");
+    terminal.await(std::string(prompt) + "say half");
     terminal.type(" and whole\n");
     terminal.await("you      half and whole");
 }
 
 TEST_F(Prompt, ErasesEveryRowOfALineThatWraps) {
     Terminal terminal(play(), 40);
-    terminal.await(prompt_);
-    terminal.type("launch\n");
-    terminal.await("didFinishLaunching");
-    terminal.await(prompt_);
+    terminal.enter("launch", "didFinishLaunching");
     terminal.type("say " + std::string(60, 'x'));
     EXPECT_THAT(terminal.await("publishes isLoaded: true"), HasSubstr("\x1b[1A\r\x1b[J"));
 }

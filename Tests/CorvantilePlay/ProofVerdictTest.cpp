@@ -33,74 +33,63 @@ protected:
         return judge(folder.path(), atLeastOnce);
     }
 
+    struct Case {
+        std::vector<std::string> gone, more;
+        const char* fault; // a part of it; empty: none
+    };
+    void expectFaults(bool atLeastOnce, const std::vector<Case>& cases) const {
+        for (const auto& [gone, more, fault] : cases) {
+            SCOPED_TRACE(testing::PrintToString(gone) + testing::PrintToString(more));
+            const auto verdict = verdictOn(gone, more, atLeastOnce);
+            EXPECT_EQ(verdict.lost.empty(), gone.empty());
+            EXPECT_EQ(verdict.gracePeriodReports, 1);
+            if (*fault == '\0') {
+                EXPECT_EQ(verdict.repeated.size(), more.size());
+                EXPECT_THAT(verdict.faults, IsEmpty());
+            } else {
+                EXPECT_THAT(verdict.faults, ElementsAre(HasSubstr(fault)));
+            }
+        }
+    }
+
+    const std::string total = "event total_subscription", first = "event subscribe_gems";
+    const std::string conversion = "event trial_conversion_pro", report = "subscription 200000000000006";
     const TemporaryFolder folder;
     const std::filesystem::path file = sinkFileIn(folder.path());
     std::vector<std::string> lines;
 };
 
 TEST_F(ProofVerdictTest, AllowsTheLossOfOneTransactionAndNothingElse) {
-    const std::string total = "event total_subscription";
-    const std::string conversion = "event trial_conversion_pro";
-    const std::string first = "event subscribe_gems";
-    const struct {
-        std::vector<std::string> gone, more;
-        const char* fault; // a part of it; empty: none
-    } cases[] = {
-        {{}, {}, ""},
-        {{conversion}, {}, ""},
-        {{conversion, "subscription 200000000000006"}, {}, ""},
-        {{first, total}, {}, ""},
-        {{total}, {}, ""},
-        {{}, {conversion}, "trial_conversion_pro is there too often"},
-        {{}, {total}, "total_subscription is there too often"},
-        {{first}, {}, "total_subscription is there too often"}, // which goes with it
-        {{conversion, "event renew_pro"}, {}, "the events of 2 transactions"},
-        {{total, total}, {}, "the total of another transaction"},
-        {{conversion, total}, {}, "the total of another transaction"},
-        {{}, {"event unheard_of"}, "unheard_of is there too often"},
-    };
-    for (const auto& [gone, more, fault] : cases) {
-        SCOPED_TRACE(testing::PrintToString(gone) + testing::PrintToString(more));
-        const auto verdict = verdictOn(gone, more);
-        EXPECT_EQ(verdict.lost.empty(), gone.empty());
-        EXPECT_EQ(verdict.gracePeriodReports, 1);
-        if (*fault == '\0')
-            EXPECT_THAT(verdict.faults, IsEmpty());
-        else
-            EXPECT_THAT(verdict.faults, ElementsAre(HasSubstr(fault)));
-    }
+    expectFaults(false, {
+                            {{}, {}, ""},
+                            {{conversion}, {}, ""},
+                            {{conversion, report}, {}, ""},
+                            {{first, total}, {}, ""},
+                            {{total}, {}, ""},
+                            {{}, {conversion}, "trial_conversion_pro is there too often"},
+                            {{}, {total}, "total_subscription is there too often"},
+                            {{first}, {}, "total_subscription is there too often"}, // which goes with it
+                            {{conversion, "event renew_pro"}, {}, "the events of 2 transactions"},
+                            {{total, total}, {}, "the total of another transaction"},
+                            {{conversion, total}, {}, "the total of another transaction"},
+                            {{}, {"event unheard_of"}, "unheard_of is there too often"},
+                        });
 }
 
 TEST_F(ProofVerdictTest, AllowsTheRepetitionOfOneTransactionUnderTheSecondPromise) {
-    const std::string total = "event total_subscription", first = "event subscribe_gems";
-    const std::string conversion = "event trial_conversion_pro", report = "subscription 200000000000006";
-    const struct {
-        std::vector<std::string> gone, more;
-        const char* fault; // a part of it; empty: none
-    } cases[] = {
-        {{}, {}, ""},
-        {{}, {conversion, report}, ""},
-        {{}, {first, total}, ""},
-        {{}, {first}, ""},
-        {{conversion}, {}, "trial_conversion_pro never came"},
-        {{total}, {}, "total_subscription never came"},
-        {{}, {conversion, conversion}, "trial_conversion_pro is there too often"},
-        {{}, {total}, "total_subscription is there too often"}, // alone
-        {{}, {conversion, total}, "total_subscription is there too often"},
-        {{}, {conversion, first}, "the events of 2 transactions"},
-        {{}, {"event unheard_of"}, "unheard_of is there too often"},
-    };
-    for (const auto& [gone, more, fault] : cases) {
-        SCOPED_TRACE(testing::PrintToString(gone) + testing::PrintToString(more));
-        const auto verdict = verdictOn(gone, more, true);
-        EXPECT_EQ(verdict.lost.empty(), gone.empty());
-        if (*fault == '\0') {
-            EXPECT_EQ(verdict.repeated.size(), more.size());
-            EXPECT_THAT(verdict.faults, IsEmpty());
-        } else {
-            EXPECT_THAT(verdict.faults, ElementsAre(HasSubstr(fault)));
-        }
-    }
+    expectFaults(true, {
+                           {{}, {}, ""},
+                           {{}, {conversion, report}, ""},
+                           {{}, {first, total}, ""},
+                           {{}, {first}, ""},
+                           {{conversion}, {}, "trial_conversion_pro never came"},
+                           {{total}, {}, "total_subscription never came"},
+                           {{}, {conversion, conversion}, "trial_conversion_pro is there too often"},
+                           {{}, {total}, "total_subscription is there too often"}, // alone
+                           {{}, {conversion, total}, "total_subscription is there too often"},
+                           {{}, {conversion, first}, "the events of 2 transactions"},
+                           {{}, {"event unheard_of"}, "unheard_of is there too often"},
+                       });
 }
 
 TEST_F(ProofVerdictTest, MissesAMarkerAndFindsAPendingOne) {

@@ -5,7 +5,6 @@
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "Tests/CorvantilePlay/SampleCatalogue.hpp"
 #include "Tests/CorvantilePlay/SampleFolder.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <sstream>
 

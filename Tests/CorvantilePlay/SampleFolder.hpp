@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CorvantilePlay/detail/Inspection/TemporaryFolder.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <fstream>
 

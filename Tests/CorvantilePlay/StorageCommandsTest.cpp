@@ -68,12 +68,12 @@ TEST_F(StorageCommands, AReinstallDeletesWhatGoesWithTheAppAndNothingElse) {
 
 TEST_F(StorageCommands, ALockedKeychainStaysSoUntilUnlock) {
     copyGoldenState(folder().state());
-    play({"lock", "launch", "relaunch", "activate", "firstdate"});
-    EXPECT_EQ(events().back().text, "no first date is published yet: activate does it");
+    EXPECT_EQ(shown({"lock", "launch", "relaunch", "activate", "firstdate"}),
+              "no first date is published yet: activate does it");
     EXPECT_THAT(takeTexts("console"), Contains(HasSubstr("cannot be read and counts as absent")));
 
-    play({"unlock", "resign", "activate", "firstdate"});
-    EXPECT_EQ(events().back().text, "the first date is 2026-11-23 00:00:00 +0000");
+    EXPECT_EQ(shown({"unlock", "resign", "activate", "firstdate"}),
+              "the first date is 2026-11-23 00:00:00 +0000");
 }
 
 TEST_F(StorageCommands, ExplainWhatTheyCannotDo) {
@@ -81,8 +81,7 @@ TEST_F(StorageCommands, ExplainWhatTheyCannotDo) {
     play({"launch"});
     EXPECT_THAT(errorOf("setting reviewAppEnabled=false"), HasSubstr("no setting to change yet"));
     EXPECT_THAT(errorOf("delete"), HasSubstr("there is no user whose records could be deleted"));
-    play({"reset"});
-    EXPECT_THAT(events().back().text, StartsWith("that waits for the first record"));
+    EXPECT_THAT(shown({"reset"}), StartsWith("that waits for the first record"));
     awaitRecords();
     expectErrors({
         {"setting {}", "expected KEY=VALUE, such as reviewAppEnabled=false"},

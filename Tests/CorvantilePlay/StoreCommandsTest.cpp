@@ -46,10 +46,7 @@ TEST_F(StoreCommands, ReportASubscriptionOnceAndItsConversion) {
 }
 
 TEST_F(StoreCommands, ShowWhatBecomesOfAPayment) {
-    const struct {
-        Texts lines;
-        const char* last;
-    } cases[] = {
+    const std::pair<Texts, const char*> cases[] = {
         {{"fail coins cancelled", "buy coins"},
          "the queue reports app.coins failed: The customer has cancelled the payment."},
         {{"defer coins", "buy coins"}, "the queue reports app.coins deferred"},
