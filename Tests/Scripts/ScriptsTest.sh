@@ -50,6 +50,13 @@ do echo installed \$name; done
 exit $#"
 }
 
+# A case on a machine that has everything.
+complete_case() {
+    new_case "$1"
+    packages_but
+    compiler
+}
+
 # expect STATUS TEXT… -- COMMAND…: the command ends so, and says all these texts, * being anything; of those behind ! none.
 expect() {
     local wanted=$1 status=0 texts=() text problems=
@@ -73,9 +80,7 @@ expect() {
     fi
 }
 
-new_case 'all is there: the tool is built and run, arguments are passed on'
-packages_but
-compiler
+complete_case 'all is there: the tool is built and run, arguments are passed on'
 expect 0 'Configuring release' 'Building release' 'hello' -- ./run hello
 
 new_case 'packages are missing, neither root nor sudo: one line with the command'
@@ -115,20 +120,14 @@ new_case 'another system'
 fake uname 'echo Darwin'
 expect 1 'need Linux' 'cmake -B build && cmake --build build' -- ./run
 
-new_case 'the compiler does not exist'
-packages_but
-compiler
+complete_case 'the compiler does not exist'
 expect 1 'no-such-compiler' 'Configuring release failed.' -- CXX=no-such-compiler ./run
 
-new_case 'a source does not compile: the compiler says why'
-packages_but
-compiler
+complete_case 'a source does not compile: the compiler says why'
 echo 'int main() { return nothing; }' >"$checkout/main.cpp"
 expect 1 "main.cpp:1*nothing" 'Building dev failed.' -- ./test
 
-new_case 'a long build tells how far it is'
-packages_but
-compiler
+complete_case 'a long build tells how far it is'
 fake ninja 'for i in 1 2 3; do echo "[$i/3] Building"; done; exec sleep 0.1'
 real sleep
 # Ten seconds pass at once.
@@ -136,15 +135,11 @@ sed -i 's/-t 10 line/-t 0.05 line/; s/>= 10/>= 0/' "$checkout/cmake/build.bash"
 fake cmake 'exit 0'
 expect 127 '3 of 3 steps done' -- ./run
 
-new_case 'without nproc the tests run'
-packages_but
-compiler
+complete_case 'without nproc the tests run'
 fake ctest 'echo "ctest $*"'
 expect 0 '--parallel' '-R Router' -- ./test -R Router
 
-new_case 'a checkout that cannot be written'
-packages_but
-compiler
+complete_case 'a checkout that cannot be written'
 chmod 555 "$checkout"
 as_nobody=()
 [ "$(id -u)" -ne 0 ] || { real setpriv; as_nobody=(setpriv --reuid=65534 --clear-groups); }
