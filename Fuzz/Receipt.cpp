@@ -1,5 +1,4 @@
 #include "CorvantileIAP/StoreReceipt.hpp"
-#include "CorvantilePlatform/Foundation/NSError.hpp"
 #include "Fuzz/Input.hpp"
 
 #include <algorithm>

@@ -1,11 +1,9 @@
 #include "CorvantilePlay/detail/Text/UsageError.hpp"
 #include "CorvantilePlay/detail/Text/Values.hpp"
-#include "CorvantilePlay/detail/Text/Words.hpp"
 #include "Fuzz/Input.hpp"
 
 #include <algorithm>
 #include <cctype>
-#include <span>
 
 using namespace corvantile;
 

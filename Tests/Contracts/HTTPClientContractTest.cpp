@@ -105,10 +105,7 @@ TYPED_TEST(HTTPClientContract, CarriesARequestAndAnAnswerOfWhateverStatusByteFor
 
 TYPED_TEST(HTTPClientContract, TellsWhyThereIsNoAnswer) {
     const std::string origin = this->server_.origin();
-    const struct {
-        HTTPRequest request;
-        HTTPFailure failure;
-    } cases[] = {
+    const std::pair<HTTPRequest, HTTPFailure> cases[] = {
         {{.url = this->server_.closedOrigin()}, HTTPFailure::cannotConnectToHost},
         {{.method = "POST", .url = origin + "/circle"}, HTTPFailure::tooManyRedirections},
         {{.url = origin + "/broken"}, HTTPFailure::networkConnectionLost},

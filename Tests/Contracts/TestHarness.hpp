@@ -1,8 +1,7 @@
 #pragma once
 
-#include "CorvantileTest/TestDevice.hpp"
-#include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/Contracts/ContractApp.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile {
 

@@ -1,6 +1,5 @@
 #include "CorvantileLocalStore/Catalogue/CatalogueReader.hpp"
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 namespace corvantile::CatalogueReaderTest {
 
@@ -32,10 +31,7 @@ std::string text(const Catalogue& catalogue) {
 }
 
 TEST(CatalogueReader, ReadsEveryVersionOfTheFormat) {
-    constexpr struct {
-        const char* version;
-        const char* expected;
-    } cases[] = {
+    constexpr std::pair<const char*, const char*> cases[] = {
         {"1.0", "1.0 US USD\ngems Consumable 1.99 'Gems'\nunlock NonConsumable 29 ''\n"},
         {"2.0",
          "2.0 CH CHF\nseason NonRenewingSubscription 12.5 'Saison'\n"
@@ -59,9 +55,7 @@ TEST(CatalogueReader, NamesFilePlaceAndWhatWasExpected) {
                R"({"productID": "a", "displayPrice": "1", )" +
                keys + "}]}]}";
     };
-    const struct {
-        std::string text, expected;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"{\n\"products\": [\n}",
          "f, line 3: syntax error while parsing value - unexpected '}'; expected '[', '{', or a literal."},
         {R"({"big": 1e999})", "f: number overflow parsing '1e999'."},

@@ -1,10 +1,7 @@
 #include "CorvantileLocalStore/detail/Ports/LocalPaymentQueue.hpp"
 #include "CorvantilePlatform/Foundation/NSBundle.hpp"
-#include "CorvantileTest/RecordingConsole.hpp"
-#include "CorvantileTest/TestDevice.hpp"
-#include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 namespace corvantile::LocalPaymentQueueTest {
 

@@ -1,9 +1,7 @@
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantileTest/ForEachSeed.hpp"
-#include "CorvantileTest/TestDevice.hpp"
-#include "CorvantileTest/TestPlatform.hpp"
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -5,6 +5,7 @@
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantilePlatform/Foundation/Clock.hpp"
 #include "Tests/CorvantileLocalStore/Days.hpp"
+#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <fstream>
 #include <iterator>

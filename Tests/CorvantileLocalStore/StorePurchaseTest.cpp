@@ -1,5 +1,4 @@
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
 
 #include <nlohmann/json.hpp>
 

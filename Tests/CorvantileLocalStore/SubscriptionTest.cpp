@@ -1,7 +1,5 @@
 #include "Tests/CorvantileLocalStore/StoreFixture.hpp"
 
-#include "Tests/CorvantileTest/Matchers.hpp"
-
 #include <limits>
 
 namespace corvantile::SubscriptionTest {

@@ -9,16 +9,14 @@ using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 TEST(Base64, WritesAndReadsThePublishedExamples) {
-    const struct {
-        std::string bytes;
-        std::string_view text;
-    } cases[] = {{"", ""},
-                 {"f", "Zg=="},
-                 {"fo", "Zm8="},
-                 {"foo", "Zm9v"},
-                 {"foobar", "Zm9vYmFy"},
-                 {"\0\x10\x83\x10\x51\x87\x20\x92\x8b"s, "ABCDEFGHIJKL"},
-                 {"\xfb\xff\xbf\xff"s, "+/+//w=="}};
+    const std::pair<std::string, std::string_view> cases[] = {
+        {"", ""},
+        {"f", "Zg=="},
+        {"fo", "Zm8="},
+        {"foo", "Zm9v"},
+        {"foobar", "Zm9vYmFy"},
+        {"\0\x10\x83\x10\x51\x87\x20\x92\x8b"s, "ABCDEFGHIJKL"},
+        {"\xfb\xff\xbf\xff"s, "+/+//w=="}};
     for (const auto& [bytes, text] : cases) {
         EXPECT_EQ(base64(bytes), text);
         EXPECT_EQ(base64Lines(bytes), text);
@@ -28,14 +26,11 @@ TEST(Base64, WritesAndReadsThePublishedExamples) {
 
 TEST(Base64, BreaksLinesAfter64CharactersButNotAfterTheLast) {
     const std::string line(64, 'A');
-    const struct {
-        std::size_t zeroBytes;
-        std::string text;
-    } cases[] = {{47, line.substr(1).append("=")},
-                 {48, line},
-                 {49, line + "\r\nAA=="},
-                 {96, line + "\r\n" + line},
-                 {97, line + "\r\n" + line + "\r\nAA=="}};
+    const std::pair<std::size_t, std::string> cases[] = {{47, line.substr(1).append("=")},
+                                                         {48, line},
+                                                         {49, line + "\r\nAA=="},
+                                                         {96, line + "\r\n" + line},
+                                                         {97, line + "\r\n" + line + "\r\nAA=="}};
     for (const auto& [zeroBytes, text] : cases) EXPECT_EQ(base64Lines(std::string(zeroBytes, '\0')), text);
 }
 
@@ -55,10 +50,7 @@ TEST(Base64, RefusesWhatCannotBeWholeButIgnoresBitsThatFillNoByte) {
 }
 
 TEST(DebugText, QuotesAndEscapes) {
-    constexpr struct {
-        std::string_view text;
-        std::string_view shown;
-    } cases[] = {
+    constexpr std::pair<std::string_view, std::string_view> cases[] = {
         {""sv, R"("")"sv},
         {"plain ~ text"sv, R"("plain ~ text")"sv},
         {R"(quote " ' back\slash)"sv, R"("quote \" \' back\\slash")"sv},
@@ -94,13 +86,11 @@ TEST(Unicode, ReadsOneScalarAtATime) {
 }
 
 TEST(Unicode, StepsOverAMalformedByteAlone) {
-    constexpr struct {
-        const char* fault;
-        std::string_view text;
-    } cases[] = {{"lone continuation", "\x80x"sv},        {"lead without an end", "\xE2\x82"sv},
-                 {"lead before a letter", "\xC3x"sv},     {"overlong", "\xC0\x80"sv},
-                 {"overlong of three", "\xE0\x9F\xBF"sv}, {"surrogate", "\xED\xA0\x80"sv},
-                 {"past the last", "\xF4\x90\x80\x80"sv}, {"five bytes", "\xF8\x88\x80\x80\x80"sv}};
+    constexpr std::pair<const char*, std::string_view> cases[] = {
+        {"lone continuation", "\x80x"sv},        {"lead without an end", "\xE2\x82"sv},
+        {"lead before a letter", "\xC3x"sv},     {"overlong", "\xC0\x80"sv},
+        {"overlong of three", "\xE0\x9F\xBF"sv}, {"surrogate", "\xED\xA0\x80"sv},
+        {"past the last", "\xF4\x90\x80\x80"sv}, {"five bytes", "\xF8\x88\x80\x80\x80"sv}};
 
     for (const auto& [fault, text] : cases) {
         SCOPED_TRACE(fault);

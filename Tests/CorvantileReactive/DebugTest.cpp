@@ -2,8 +2,6 @@
 
 namespace corvantile::rx::DebugTest {
 
-namespace {
-
 struct Plain {};
 struct Described {
     friend std::string describe(const Described&) { return "Described(1)"; }
@@ -43,8 +41,6 @@ std::string repeated(int count, const std::string& text) {
     for (int i = 0; i < count; ++i) all += text;
     return all;
 }
-
-} // namespace
 
 TEST_F(Debug, PrintsOneLineEachAndIsDisposedBeforeItsSourceIsLeft) {
     PublishSubject<int> subject;

@@ -3,8 +3,6 @@
 
 namespace corvantile::rx::LifetimeTest {
 
-namespace {
-
 // Counts itself: as an element, and in whatever captures one.
 struct Live {
     Live() { ++count; }
@@ -57,8 +55,6 @@ Disposable subscribe(const Stream& stream) {
 }
 
 using Lifetimes = PlatformTest;
-
-} // namespace
 
 TEST_F(Lifetimes, ReturnToZeroHoweverASubscriptionEnds) {
     using Subject = std::optional<ReplaySubject<Live>>;

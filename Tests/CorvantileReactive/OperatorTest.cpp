@@ -5,9 +5,7 @@
 
 namespace corvantile::rx::OperatorTest {
 
-namespace {
 using Apply = std::function<Observable<int>(const Observable<int>&)>;
-}
 
 TEST(Operators, TransformAndSelect) {
     const auto isOdd = [](int value) { return value % 2 != 0; };

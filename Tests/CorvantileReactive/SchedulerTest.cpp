@@ -6,8 +6,6 @@ namespace corvantile::rx::SchedulerTest {
 
 using namespace std::chrono_literals;
 
-namespace {
-
 class Schedulers : public PlatformTest {
 protected:
     // Also says whether this runs on `scheduler_`.
@@ -29,8 +27,6 @@ protected:
 
 using ObserveOn = Schedulers;
 using SubscribeOn = Schedulers;
-
-} // namespace
 
 TEST_F(Schedulers, RunActionsLaterAndInOrderUnlessDisposed) {
     auto scheduler = makeScheduler();

@@ -7,8 +7,6 @@
 // Real threads; meant for the thread sanitizer as much as for what the tests assert.
 namespace corvantile::rx::ThreadingTest {
 
-namespace {
-
 constexpr int rounds = 100;
 
 using Threading = PlatformTest;
@@ -16,8 +14,6 @@ using Threading = PlatformTest;
 void repeat(const std::function<void(int)>& body) {
     for (int i = 0; i < rounds; ++i) body(i);
 }
-
-} // namespace
 
 TEST_F(Threading, GivesASubscriberThatEntersMeanwhileEachElementOnceAndInOrder) {
     std::vector<int> expected(1000);

@@ -1,8 +1,5 @@
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
-#include "CorvantileTest/RecordingConsole.hpp"
-#include "CorvantileTest/TestDevice.hpp"
-#include "CorvantileTest/TestPlatform.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 // What a test can do to the device under an app.
 namespace corvantile::FaultsTest {

@@ -1,8 +1,6 @@
 #include "CorvantilePlatform/Foundation/DispatchQueue.hpp"
 #include "CorvantileTest/ForEachSeed.hpp"
-#include "CorvantileTest/TestDevice.hpp"
-#include "CorvantileTest/TestPlatform.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 
 #include <stdexcept>
 

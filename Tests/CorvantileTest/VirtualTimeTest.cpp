@@ -89,10 +89,7 @@ TEST_F(VirtualTime, PassesForBothProcessesOfADeviceWhenTheirTurnComes) {
 using VirtualTimeDeathTest = VirtualTime;
 
 TEST_F(VirtualTimeDeathTest, NamesWhatATestDoesWrong) {
-    const struct {
-        std::function<void()> mistake;
-        const char* report;
-    } cases[] = {
+    const std::pair<std::function<void()>, const char*> cases[] = {
         {[&] { main_->async([&] { platform_->runUntilIdle(); }); }, "from inside one of its own items"},
         {[&] { main_->async([&] { platform_.reset(); }); }, "never from inside one of its items"},
         {[&] { std::thread([&] { platform_->runUntilIdle(); }).join(); }, "on the thread that launched it"},

@@ -2,9 +2,7 @@
 
 #include "CorvantileLocalStore/LocalStore.hpp"
 #include "CorvantileTest/RecordingAdjust.hpp"
-#include "CorvantileTest/TestDevice.hpp"
-#include "CorvantileTest/TestPlatform.hpp"
-#include "Tests/CorvantileTest/Matchers.hpp"
+#include "Tests/CorvantileTest/ProcessTest.hpp"
 #include "Tests/EndToEnd/StoryApp.hpp"
 
 #ifdef CORVANTILE_HAS_DESKTOP_PLATFORM

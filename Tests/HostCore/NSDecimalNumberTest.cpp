@@ -17,9 +17,7 @@ NSDecimalNumber number(std::string_view text) {
 }
 
 TEST(NSDecimalNumber, ReadsTextAndWritesItNormalised) {
-    constexpr struct {
-        std::string_view text, description;
-    } cases[] = {
+    constexpr std::pair<std::string_view, std::string_view> cases[] = {
         {"4.99", "4.99"},
         {"+007.00", "7"},
         {"-1.5", "-1.5"},
