@@ -8,6 +8,7 @@
 #include "Tests/CorvantileDesktop/StoreFiles.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <random>
 #include <sstream>
 
@@ -150,24 +151,34 @@ protected:
         fs::copy(prepared, state, fs::copy_options::recursive);
     }
 
-    // Everything is kept; or the console names what is lost, and a copy lies there.
-    void expectKeptOrReported(bool canKeepCopy) const {
+    // Everything is kept; or the console names what is lost, and a copy of `damaged` lies there.
+    void expectKeptOrReported(const fs::path& damaged, bool isOneBit = false) const {
+        const auto bytes = fs::is_regular_file(state / damaged) ? bytesOf(state / damaged) : std::string();
         const auto seen = session("former", "later");
         EXPECT_TRUE(seen.hasEnded) << "the session has crashed: " << seen.console;
-        if (std::includes(seen.found.begin(), seen.found.end(), before.begin(), before.end())) return;
-        std::string lost;
-        for (const auto& thing : before)
-            if (!seen.found.contains(thing)) lost += thing + ", ";
-        EXPECT_NE(seen.console, "") << "lost without a word: " << lost;
-        // A single record that cannot be read stays where it is.
-        const bool isInPlace = seen.console.find("passes over a record") != std::string::npos ||
-                               seen.console.find("cannot be read") != std::string::npos ||
-                               seen.console.find("cannot be decrypted") != std::string::npos;
-        if (!canKeepCopy || isInPlace) return;
-        bool isCopied = false;
+        std::vector<std::string> lost;
+        std::set_difference(before.begin(), before.end(), seen.found.begin(), seen.found.end(),
+                            std::back_inserter(lost));
+        // SQLite has no checksums: one bit of a key makes it another key. `doctor` finds that in a keychain.
+        const bool isRenamed = isOneBit && lost.size() == 1 &&
+                               (lost[0].starts_with("defaults ") || lost[0].starts_with("keychain "));
+        if (lost.empty() || isRenamed) return;
+        EXPECT_NE(seen.console, "") << "not reported: " << testing::PrintToString(lost);
+        // A single entry that cannot be read stays in its file.
+        const bool isOneEntry = seen.console.find("passes over a record") != std::string::npos ||
+                                seen.console.find("cannot be read and counts as absent") != std::string::npos;
+        EXPECT_TRUE(bytes.empty() || isOneEntry || isKept(bytes))
+            << "no copy of what is lost: " << testing::PrintToString(lost) << "; printed: " << seen.console;
+    }
+
+    // As it was, since the session has refused it, or moved aside.
+    [[nodiscard]] bool isKept(const std::string& bytes) const {
         for (const auto& entry : fs::recursive_directory_iterator(state))
-            isCopied |= entry.path().filename().string().find(".set-aside-") != std::string::npos;
-        EXPECT_TRUE(isCopied) << "no copy of what is lost: " << lost << "; printed: " << seen.console;
+            if (entry.is_regular_file() &&
+                (bytesOf(entry.path()) == bytes ||
+                 entry.path().filename().string().find(".set-aside-") != std::string::npos))
+                return true;
+        return false;
     }
 
     const TemporaryFolder home;
@@ -190,7 +201,7 @@ TEST_F(Attack, FlippedBytesAreSurvived) {
         bytes[place] = static_cast<char>(bytes[place] ^ (1 << (random() % 8)));
         SCOPED_TRACE(file.string() + ", byte " + std::to_string(place));
         writeFile(state / file, bytes);
-        expectKeptOrReported(true);
+        expectKeptOrReported(file, true);
     }
 }
 
@@ -202,11 +213,10 @@ TEST_F(Attack, DamagedFilesAreSurvived) {
     const struct {
         const char* what;
         std::function<void(const fs::path& file)> damage;
-        bool canKeepCopy = true;
         bool mustReport = true;
     } damages[] = {
         {"cut", [&](const fs::path& file) { fs::resize_file(file, random() % (fs::file_size(file) + 1)); }},
-        {"cut to nothing", [](const fs::path& file) { fs::resize_file(file, 0); }, false},
+        {"cut to nothing", [](const fs::path& file) { fs::resize_file(file, 0); }},
         {"other text", [](const fs::path& file) { writeFile(file, "These are no records.\n"); }},
         {"a page of zeros",
          [](const fs::path& file) {
@@ -218,18 +228,18 @@ TEST_F(Attack, DamagedFilesAreSurvived) {
         {"a link to nothing",
          [](const fs::path& file) { fs::remove(file), fs::create_symlink("nowhere", file); }},
         {"no rights", [](const fs::path& file) { fs::permissions(file, fs::perms::none); }},
-        // Nobody can tell a file that a person deleted from one that was never there.
-        {"deleted", [](const fs::path& file) { fs::remove(file); }, false, false},
+        // A deleted file looks as one that was never there.
+        {"deleted", [](const fs::path& file) { fs::remove(file); }, false},
     };
     int left = rounds();
-    for (const auto& [what, damage, canKeepCopy, mustReport] : damages)
+    for (const auto& [what, damage, mustReport] : damages)
         for (const auto& file : all) {
             if (left-- == 0) return;
             restore();
             SCOPED_TRACE(file.string() + ": " + what);
             damage(state / file);
             if (mustReport) {
-                expectKeptOrReported(canKeepCopy);
+                expectKeptOrReported(file);
             } else {
                 EXPECT_TRUE(session("former", "later").hasEnded);
             }

@@ -203,6 +203,11 @@ TEST_F(VaultTest, RefusesAKeyThatOthersCanReach) {
         fs::permissions(path, fs::perms::group_exec, fs::perm_options::remove);
         EXPECT_EQ(vault.load("account", service), entry);
     }
+    fs::remove(key);
+    fs::create_directory(key);
+    console->lines.clear();
+    EXPECT_EQ(open().load("account", service), std::nullopt);
+    EXPECT_THAT(console->lines, ElementsAre(HasSubstr("master.key is not a file.")));
 }
 
 // Its entries may well be there again later: a keychain that forgets would let purchases be reported twice.

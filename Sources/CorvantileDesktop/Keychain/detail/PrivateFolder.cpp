@@ -25,9 +25,10 @@ namespace fs = std::filesystem;
                         what + ": " + std::strerror(cause) + ".");
 }
 
-void requirePrivate(int descriptor, const std::string& name, const char* permissions) {
+void requirePrivate(int descriptor, mode_t type, const std::string& name, const char* permissions) {
     struct stat status {};
     if (::fstat(descriptor, &status) != 0) refuseWithCause("Cannot look at " + name);
+    if ((status.st_mode & S_IFMT) != type) refuse(name + " is not a file.");
     if (status.st_uid != ::geteuid()) refuse("Another user owns " + name + ".");
     if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
         refuse("Others can open " + name + ": its permissions must be " + permissions + ".");
@@ -65,7 +66,7 @@ std::optional<PrivateFolder> PrivateFolder::find(const fs::path& path) {
     const auto name = "the folder " + path.filename().string();
     if (!folder && errno == ENOENT) return std::nullopt;
     if (!folder) refuseWithCause("Cannot open " + name);
-    requirePrivate(folder.value(), name, "0700");
+    requirePrivate(folder.value(), S_IFDIR, name, "0700");
     return PrivateFolder(path, std::move(folder));
 }
 
@@ -89,7 +90,7 @@ std::optional<std::string> PrivateFolder::readPrivateFile(const std::string& nam
         ::openat(folder_.value(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!file && errno == ENOENT) return std::nullopt;
     if (!file) refuseWithCause("Cannot open " + name);
-    requirePrivate(file.value(), name, "0600");
+    requirePrivate(file.value(), S_IFREG, name, "0600");
     return readAtMost(file.value(), limit, name);
 }
 
